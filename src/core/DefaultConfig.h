@@ -1,0 +1,28 @@
+// The process-wide configuration that the lower folders read. Defined by the composition root
+// (library/defaults), which builds it before any other library code runs.
+#pragma once
+
+#include "vx3/core/ISystemConfig.h"
+
+#include <memory>
+#include <string>
+
+namespace VX3 {
+
+std::shared_ptr<ISystemConfig> DefaultSystemConfig();
+
+namespace ConfigKeys {
+constexpr const char* ReadXmlFromFile = "ReadXmlFromFile";
+constexpr const char* WriteXmlToFile = "WriteXmlToFile";
+constexpr const char* ForceNoFilter = "ForceNoFilter";
+constexpr const char* CreateRemoteDevice = "CreateRemoteDevice";
+constexpr const char* RemoteStreamXml = "RemoteStreamXml";
+} // namespace ConfigKeys
+
+// The value of `key` in the default configuration, or the type's zero when it is absent or malformed.
+std::string ConfigString(const char* key, const char* section = nullptr);
+long long ConfigInteger(const char* key, const char* section = nullptr);
+double ConfigFloat(const char* key, const char* section = nullptr);
+bool ConfigBool(const char* key, const char* section = nullptr);
+
+} // namespace VX3
