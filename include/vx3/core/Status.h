@@ -49,11 +49,15 @@ constexpr StatusCode FromGvcp(std::uint16_t gvcpStatus) {
     return static_cast<StatusCode>(0x80010000U + gvcpStatus);
 }
 // True for the codes FromGvcp makes.
-constexpr bool IsGvcp(StatusCode code) { return (static_cast<std::uint32_t>(code) & 0xFFFF0000U) == 0x80010000U; }
+constexpr bool IsGvcp(StatusCode code) {
+    return (static_cast<std::uint32_t>(code) & 0xFFFF0000U) == 0x80010000U;
+}
 } // namespace Status
 
 // True when an operation failed (negative code).
-constexpr bool Failed(StatusCode code) { return code < 0; }
+constexpr bool Failed(StatusCode code) {
+    return code < 0;
+}
 
 // The code in words, for logs and tools; GVCP statuses are named as GigE Vision names them. Never empty.
 VX3_API std::string StatusText(StatusCode code);

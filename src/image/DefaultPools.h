@@ -1,0 +1,18 @@
+// The process-wide pools that the image and processing folders draw from. Defined by the composition root
+// (library/defaults).
+#pragma once
+
+#include "vx3/image/IBufferPool.h"
+#include "vx3/image/IImagePool.h"
+
+#include <memory>
+
+namespace VX3 {
+
+std::shared_ptr<IBufferPool> DefaultSimpleBufferPool();
+std::shared_ptr<IBufferPool> DefaultRecycleBufferPool();
+std::shared_ptr<IBufferPool> HistogramBufferPool();
+std::shared_ptr<IBufferPool> ProfileBufferPool();
+std::shared_ptr<IImagePool> DefaultImagePoolInstance();
+
+} // namespace VX3
