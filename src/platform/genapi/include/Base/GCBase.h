@@ -1,0 +1,7 @@
+// Umbrella of the GenICam base layer.
+#pragma once
+
+#include "Base/GCException.h"
+#include "Base/GCString.h"
+#include "Base/GCStringVector.h"
+#include "Base/GCTypes.h"
