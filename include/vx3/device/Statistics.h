@@ -1,0 +1,48 @@
+// A stream's counters.
+#pragma once
+
+#include "vx3/core/Export.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace VX3 {
+
+// A copy of a stream's counters, in the order of the C interface's record.
+struct VX3_API Statistics {
+    std::uint64_t blocks = 0;           // frames handed on, complete or not
+    std::uint64_t lostBlocks = 0;       // frames of which nothing arrived
+    std::uint64_t resentPackets = 0;    // packets asked for again
+    std::uint64_t missingPackets = 0;   // packets that never came, summed over frames handed on
+    std::uint64_t incompleteBlocks = 0; // frames handed on with packets missing
+    std::uint64_t reserved = 0;
+    std::uint64_t droppedImages = 0; // dropped because the delivery queue was full
+};
+
+// The live counters: one thread writes each, any thread reads.
+struct LiveStatistics {
+    std::atomic<std::uint64_t> blocks{0};
+    std::atomic<std::uint64_t> lostBlocks{0};
+    std::atomic<std::uint64_t> resentPackets{0};
+    std::atomic<std::uint64_t> missingPackets{0};
+    std::atomic<std::uint64_t> incompleteBlocks{0};
+    std::atomic<std::uint64_t> reserved{0};
+    std::atomic<std::uint64_t> droppedImages{0};
+
+    static void Add(std::atomic<std::uint64_t>& counter, std::uint64_t n = 1) {
+        counter.fetch_add(n, std::memory_order_relaxed);
+    }
+    Statistics Snapshot() const {
+        constexpr auto relaxed = std::memory_order_relaxed;
+        return {blocks.load(relaxed),         lostBlocks.load(relaxed),       resentPackets.load(relaxed),
+                missingPackets.load(relaxed), incompleteBlocks.load(relaxed), reserved.load(relaxed),
+                droppedImages.load(relaxed)};
+    }
+    void Reset() {
+        for (auto* counter : {&blocks, &lostBlocks, &resentPackets, &missingPackets, &incompleteBlocks,
+                              &reserved, &droppedImages})
+            counter->store(0, std::memory_order_relaxed);
+    }
+};
+
+} // namespace VX3
