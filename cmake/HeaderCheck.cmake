@@ -1,0 +1,15 @@
+# The target `headers` compiles every header of src/ and include/ alone, so that each includes what it uses.
+file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
+     ${PROJECT_SOURCE_DIR}/include/vx3/*.h ${PROJECT_SOURCE_DIR}/src/*.h)
+set(sources)
+foreach(header IN LISTS headers)
+  string(MAKE_C_IDENTIFIER ${header} id)
+  set(source ${CMAKE_BINARY_DIR}/headers/${id}.cpp)
+  if(NOT EXISTS ${source})
+    file(WRITE ${source} "#include \"${PROJECT_SOURCE_DIR}/${header}\"\n")
+  endif()
+  list(APPEND sources ${source})
+endforeach()
+add_library(headers OBJECT EXCLUDE_FROM_ALL ${sources})
+target_compile_options(headers PRIVATE -fsyntax-only -Wno-pragma-once-outside-header)
+target_link_libraries(headers PRIVATE vx3_options vx3_genapi PkgConfig::libhwy PkgConfig::pugixml PkgConfig::log4cpp)

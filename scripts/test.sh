@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Builds everything and runs all tests. From nothing it installs what it needs.
+#   BUILD=DIR   build folder (default build/test)     JOBS=N   parallel jobs (default: the cores)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+./scripts/setup.sh
+build=${BUILD:-build/test}
+jobs=${JOBS:-$(nproc)}
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVX3_WERROR=ON >/dev/null
+cmake --build "$build" -j "$jobs"
+ctest --test-dir "$build" --output-on-failure -j "$jobs"
