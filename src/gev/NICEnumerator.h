@@ -1,0 +1,29 @@
+// Lists the host's IPv4 network interfaces that can reach cameras and looks addresses up among them.
+// Stateless: every call asks the kernel afresh, from any thread. Nothing here throws for a refused query;
+// the answer is then empty or partly filled.
+#pragma once
+
+#include "vx3/gev/NetParam.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace VX3 {
+
+class NICEnumerator {
+public:
+    // True for the interfaces that are never listed: loopback, USB gadgets, containers.
+    static bool IsReservedIfName(const std::string& name);
+    // In the kernel's order.
+    static std::vector<std::string> GetAllIfNames();
+    static std::vector<NICInfo> EnumerateNICs();
+    // One entry, with ip 0 when the interface has no IPv4 address.
+    static NicParams NetParamEx(const std::string& name);
+    // The first listed interface whose subnet holds `address`; empty when none does or address is 0.
+    static NicParams FindNicParamByAddr(std::uint32_t address);
+    // The first listed interface that owns `address`; empty when none does.
+    static std::string GetNicNameByIp(std::uint32_t address);
+};
+
+} // namespace VX3
