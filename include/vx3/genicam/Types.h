@@ -52,7 +52,7 @@ enum class ELinkType : int {
     TerminalNodes = 5
 };
 enum class EContentType : int { Xml = 0, ZippedXml = 1 };
-enum class ECacheUsage : int { Automatic = 0, ForceRead = 1, ForceWrite = 2, Ignore = 3 };
+enum class ECacheUsage : int { Automatic = 0, ForceWrite = 1, ForceRead = 2, Ignore = 3 };
 
 // True when a node of this mode can be read (written).
 constexpr bool IsReadable(EAccessMode mode) {
