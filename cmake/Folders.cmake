@@ -21,6 +21,11 @@ endif()
 # vx3_folder(NAME PATH LINKS...): the archive vx3_NAME over every source in src/PATH.
 function(vx3_folder name path)
   file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${path}/*.cpp)
+  if(NOT sources)
+    # A folder that has only headers so far still is an archive to link.
+    set(sources ${CMAKE_BINARY_DIR}/empty.cpp)
+    file(WRITE ${sources} "")
+  endif()
   add_library(vx3_${name} STATIC ${sources})
   target_link_libraries(vx3_${name} PUBLIC vx3_options ${ARGN})
   set_property(GLOBAL APPEND PROPERTY VX3_FOLDERS vx3_${name})

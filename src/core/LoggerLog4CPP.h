@@ -1,0 +1,33 @@
+// Logger over log4cpp, configured by "log/log4cpp.cfg" in the library's directory.
+#pragma once
+
+#include "core/LoggerAbs.h"
+
+namespace log4cpp {
+class Category;
+}
+
+namespace VX3 {
+
+class LoggerLog4CPP : public LoggerAbs {
+public:
+    // Without a usable configuration file everything goes to `fallbackTarget`: "std::cout",
+    // "StringQueueAppender", or the name of a file to append to (relative to the library's directory).
+    LoggerLog4CPP(const char* categoryName, const char* fallbackTarget);
+
+    int WriteLogData(bool debugOnly, LogLevel level, const char* source, const char* device, const char* fmt,
+                     ...) override __attribute__((format(printf, 6, 7)));
+    int WriteLogDataVa(bool debugOnly, LogLevel level, const char* source, const char* device,
+                       const char* fmt, va_list args) override __attribute__((format(printf, 6, 0)));
+
+    // "OK!", or what was wrong with the configuration.
+    const std::string& StatusText() const { return status_; }
+
+private:
+    void UseFallback(const std::string& target);
+
+    log4cpp::Category* category_ = nullptr; // log4cpp owns categories and their appenders
+    std::string status_ = "OK!";
+};
+
+} // namespace VX3
