@@ -1,0 +1,88 @@
+// Runs a kernel beside its scalar reference, on every vector target of this machine, with its lines flush
+// against guard pages.
+#pragma once
+
+#include "support/GuardedBuffer.h"
+
+#include <hwy/targets.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace VX3::Testing {
+
+inline void ForEachTarget(const std::function<void()>& body) {
+    const std::int64_t supported = hwy::SupportedTargets();
+    for (std::int64_t left = supported; left != 0; left &= left - 1) {
+        const std::int64_t target = left & -left;
+        hwy::SetSupportedTargetsForTest(target);
+        SCOPED_TRACE(hwy::TargetName(target));
+        body();
+    }
+    hwy::SetSupportedTargetsForTest(0);
+}
+
+// Every small width, and some around the steps of long lines.
+inline std::vector<std::size_t> AwkwardWidths() {
+    std::vector<std::size_t> widths;
+    for (std::size_t width = 0; width <= 150; ++width) {
+        widths.push_back(width);
+    }
+    for (std::size_t width : {255, 256, 257, 511, 640, 1023, 1029, 4001}) {
+        widths.push_back(width);
+    }
+    return widths;
+}
+
+inline void FillRandom(std::uint8_t* data, std::size_t size, unsigned int seed) {
+    std::mt19937 random(seed);
+    std::generate(data, data + size, [&random] { return static_cast<std::uint8_t>(random() >> 8); });
+}
+
+// Kernel(source, targets): `targets` buffers of `targetBytes` each.
+using LineKernel = std::function<void(const std::uint8_t* source, std::uint8_t* const* targets)>;
+
+struct LineCase {
+    std::size_t sourceBytes;
+    std::size_t targetBytes;
+    unsigned int targets = 1;
+    // Makes other sources than random bytes.
+    std::function<void(std::uint8_t*)> fill = nullptr;
+};
+
+// The targets are filled alike beforehand, so bytes that must stay are compared as well.
+inline void ExpectLikeReference(const LineCase& line, const LineKernel& kernel, const LineKernel& reference) {
+    for (const Guard guard : {Guard::Behind, Guard::Before}) {
+        GuardedBuffer source(line.sourceBytes, guard);
+        FillRandom(source.Data(), source.Size(), static_cast<unsigned int>(line.sourceBytes));
+        if (line.fill) {
+            line.fill(source.Data());
+        }
+        std::vector<std::unique_ptr<GuardedBuffer>> actual;
+        std::vector<std::vector<std::uint8_t>> expected;
+        std::vector<std::uint8_t*> actualPointers;
+        std::vector<std::uint8_t*> expectedPointers;
+        for (unsigned int i = 0; i < line.targets; ++i) {
+            actual.push_back(std::make_unique<GuardedBuffer>(line.targetBytes, guard));
+            FillRandom(actual[i]->Data(), line.targetBytes, i + 1);
+            expected.emplace_back(actual[i]->begin(), actual[i]->end());
+            actualPointers.push_back(actual[i]->Data());
+        }
+        for (auto& target : expected) {
+            expectedPointers.push_back(target.data());
+        }
+        kernel(source.Data(), actualPointers.data());
+        reference(source.Data(), expectedPointers.data());
+        for (unsigned int i = 0; i < line.targets; ++i) {
+            ASSERT_TRUE(std::equal(actual[i]->begin(), actual[i]->end(), expected[i].begin()))
+                << "target " << i << ", " << line.sourceBytes << " source bytes";
+        }
+    }
+}
+
+} // namespace VX3::Testing
