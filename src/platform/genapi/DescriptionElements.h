@@ -42,22 +42,19 @@ enum class NodeKind : std::uint8_t {
 };
 
 // Each enumerator is the element's name in the file.
-#define GENAPI_ELEMENTS(X)                                                                                   \
-    X(AccessMode)                                                                                            \
-    X(Address) X(Bit) X(Cachable) X(CacheChunkData) X(ChunkID) X(CommandValue) X(Constant) X(Description)    \
-        X(DisplayName) X(DisplayNotation) X(DisplayPrecision) X(DocuURL) X(Endianess) X(EnumEntry)           \
-            X(EventID) X(Expression) X(Extension) X(FeatureID) X(Formula) X(FormulaFrom) X(FormulaTo)        \
-                X(ImposedAccessMode) X(ImposedVisibility) X(Inc) X(IntSwissKnife) X(IsDeprecated)            \
-                    X(IsLinear) X(IsSelfClearing) X(Key) X(LSB) X(Length) X(MSB) X(Max) X(Min)               \
-                        X(NumericValue) X(OffValue) X(OnValue) X(PollingTime) X(Representation) X(Sign)      \
-                            X(Slope) X(Streamable) X(StructEntry) X(SwapEndianess) X(Symbolic) X(Timeout)    \
-                                X(ToolTip) X(Unit) X(ValidValueSet) X(Value) X(ValueDefault) X(ValueIndexed) \
-                                    X(Visibility) X(p1212Parser) X(pAddress) X(pAlias) X(pBlockPolling)      \
-                                        X(pCastAlias) X(pChunkID) X(pCommandValue) X(pError) X(pFeature)     \
-                                            X(pInc) X(pIndex) X(pInvalidator) X(pIsAvailable)                \
-                                                X(pIsImplemented) X(pIsLocked) X(pLength) X(pMax) X(pMin)    \
-                                                    X(pPort) X(pSelected) X(pValue) X(pValueCopy)            \
-                                                        X(pValueDefault) X(pValueIndexed) X(pVariable)
+// clang-format off
+#define GENAPI_ELEMENTS(X) \
+    X(AccessMode) X(Address) X(Bit) X(Cachable) X(CacheChunkData) X(ChunkID) X(CommandValue) X(Constant) \
+    X(Description) X(DisplayName) X(DisplayNotation) X(DisplayPrecision) X(DocuURL) X(Endianess) X(EnumEntry) \
+    X(EventID) X(Expression) X(Extension) X(FeatureID) X(Formula) X(FormulaFrom) X(FormulaTo) X(ImposedAccessMode) \
+    X(ImposedVisibility) X(Inc) X(IntSwissKnife) X(IsDeprecated) X(IsLinear) X(IsSelfClearing) X(Key) X(LSB) \
+    X(Length) X(MSB) X(Max) X(Min) X(NumericValue) X(OffValue) X(OnValue) X(PollingTime) X(Representation) X(Sign) \
+    X(Slope) X(Streamable) X(StructEntry) X(SwapEndianess) X(Symbolic) X(Timeout) X(ToolTip) X(Unit) \
+    X(ValidValueSet) X(Value) X(ValueDefault) X(ValueIndexed) X(Visibility) X(p1212Parser) X(pAddress) X(pAlias) \
+    X(pBlockPolling) X(pCastAlias) X(pChunkID) X(pCommandValue) X(pError) X(pFeature) X(pInc) X(pIndex) \
+    X(pInvalidator) X(pIsAvailable) X(pIsImplemented) X(pIsLocked) X(pLength) X(pMax) X(pMin) X(pPort) X(pSelected) \
+    X(pValue) X(pValueCopy) X(pValueDefault) X(pValueIndexed) X(pVariable)
+// clang-format on
 
 enum class ElementId : std::uint8_t {
     Unknown,

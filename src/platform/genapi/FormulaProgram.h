@@ -1,5 +1,5 @@
-// A compiled formula: postfix instructions with forward jumps, so that evaluation is one loop that always
-// ends.
+// A compiled formula: postfix instructions with forward jumps, and one routine an Expression, called at most
+// once an evaluation; expressions never call each other in a circle, so every evaluation ends.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ struct FormulaSlot {
 };
 
 enum class FormulaOp : std::uint8_t {
-    PushNumber, // number
+    PushNumber, // integer or real
     PushSlot,   // operand: slot
     // Two operands.
     Add,
@@ -61,28 +61,44 @@ enum class FormulaOp : std::uint8_t {
     Exp,
     Ln,
     Lg,
-    // Control; operand: index of the instruction to go on with.
+    // Control; operand of jumps: index of the instruction to go on with.
     Jump,
     JumpIfZero,        // takes the value off
     KeepZeroOrDrop,    // 0: leaves it and jumps; otherwise takes it off
     KeepNonZeroOrDrop, // non-zero: leaves 1 and jumps; otherwise takes it off
+    Call,              // operand: expression
+    Return,            // operand: expression; its value is on top
+    End,
 };
 
+inline bool TakesTwo(FormulaOp op) {
+    return op >= FormulaOp::Add && op <= FormulaOp::RoundTo;
+}
+inline bool TakesOne(FormulaOp op) {
+    return op >= FormulaOp::Negate && op <= FormulaOp::Lg;
+}
+
 struct FormulaInstruction {
-    FormulaOp op = FormulaOp::PushNumber;
-    std::uint32_t operand = 0;
-    std::uint32_t position = 0; // in the text, for messages
     union {
         std::int64_t integer;
         double real;
-    } number = {0};
+        std::uint64_t operand;
+    };
+    std::uint32_t position = 0; // in the text, for messages
+    FormulaOp op;
+
+    FormulaInstruction(FormulaOp o, std::uint32_t pos, std::uint64_t arg = 0)
+        : operand(arg), position(pos), op(o) {}
 };
 
 struct FormulaProgram {
-    static constexpr std::size_t MaxStack = 256;
-    static constexpr std::size_t MaxInstructions = 16384;
+    static constexpr std::size_t MaxText = 64 * 1024; // of a formula and each of its expressions
+    static constexpr std::size_t MaxStack = 256;      // values waiting at once
+    static constexpr std::size_t MaxExpressions = 64; // that one formula uses
+    static constexpr std::size_t MaxCachedSlots = 64;
 
     std::vector<FormulaInstruction> code;
+    std::vector<std::size_t> expressions; // index of each one's first instruction
     std::vector<FormulaSlot> slots;
 };
 

@@ -1,0 +1,60 @@
+#include "platform/genapi/NameTable.h"
+
+#include <functional>
+
+namespace GenApi_3_2 {
+namespace Engine {
+
+namespace {
+
+constexpr std::size_t SmallestTable = 16;
+
+std::uint32_t HashOf(std::string_view name) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name));
+}
+
+} // namespace
+
+void NameTable::Reserve(std::size_t names) {
+    std::size_t slots = SmallestTable;
+    while (slots < names * 2)
+        slots *= 2;
+    if (slots > slots_.size() && names > 0)
+        Grow(slots);
+}
+
+bool NameTable::Insert(std::string_view name, std::int32_t index) {
+    if ((used_ + 1) * 2 > slots_.size())
+        Grow(slots_.empty() ? SmallestTable : slots_.size() * 2);
+    const std::uint32_t hash = HashOf(name);
+    Slot& slot = slots_[SlotOf(name, hash)];
+    if (slot.index != Missing)
+        return false;
+    slot = {name, hash, index};
+    ++used_;
+    return true;
+}
+
+std::int32_t NameTable::Find(std::string_view name) const {
+    return slots_.empty() ? Missing : slots_[SlotOf(name, HashOf(name))].index;
+}
+
+void NameTable::Grow(std::size_t slots) {
+    std::vector<Slot> old(slots);
+    old.swap(slots_);
+    for (const Slot& slot : old)
+        if (slot.index != Missing)
+            slots_[SlotOf(slot.name, slot.hash)] = slot;
+}
+
+// The slot that holds the name, or the empty one where it belongs. At least half of the slots are empty.
+std::size_t NameTable::SlotOf(std::string_view name, std::uint32_t hash) const {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = hash & mask;
+    while (slots_[at].index != Missing && (slots_[at].hash != hash || slots_[at].name != name))
+        at = (at + 1) & mask;
+    return at;
+}
+
+} // namespace Engine
+} // namespace GenApi_3_2
