@@ -48,7 +48,8 @@ public:
     virtual bool IsStreamingLocally() const = 0;
     virtual unsigned int StreamCnt() const = 0;
     virtual StatusCode StopAllStreams() = 0;
-    // Not owned; null when not connected or past the end.
+    // Not owned; null when not connected or past the end. Valid while the device lives; a client whose other
+    // threads disconnect meanwhile takes ShareStream instead.
     virtual IStream* GetStream(unsigned int index) = 0;
     // GigE Vision only: force and read IPv4 settings.
     virtual StatusCode SetIpAddress(const GevDeviceAddress* address) = 0;
@@ -58,6 +59,10 @@ public:
     virtual std::string DeviceVersion() const = 0;
     virtual std::string ManufacturerInfo() const = 0;
     virtual std::string SerialNumber() const = 0;
+    // GetStream and GetConfigurer as owners: what they return stays usable whatever other threads do (its
+    // operations then say NotOpen or NodeFailed). Empty where the plain ones are null.
+    virtual std::shared_ptr<IStream> ShareStream(unsigned int index) = 0;
+    virtual std::shared_ptr<IConfigurer> ShareConfigurer() = 0;
 
 protected:
     virtual StatusCode AcquisitionStartP(unsigned int streamIndex) = 0;
