@@ -30,7 +30,8 @@ public:
     StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) override;
 
 private:
-    void NodeCallBack(GenICam::INode* node) const;
+    // Static: a caller's share of the node map may outlive this object.
+    static void NodeCallBack(GenICam::INode* node);
 
     std::unique_ptr<IXmlData> xml_;
     std::unique_ptr<GenICam::NodeMapFactory> factory_;

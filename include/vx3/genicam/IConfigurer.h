@@ -27,6 +27,10 @@ public:
     virtual StatusCode SetNodeValue(const std::string& name, bool value) = 0;
     virtual StatusCode SetNodeValue(const std::string& name, const unsigned char* data,
                                     unsigned int size) = 0;
+    // A text literal would otherwise become a boolean.
+    StatusCode SetNodeValue(const std::string& name, const char* value) {
+        return SetNodeValue(name, std::string(value ? value : ""));
+    }
 };
 
 } // namespace VX3

@@ -1,0 +1,82 @@
+#include "genicam/IntegerA.h"
+
+namespace VX3::GenICam {
+
+namespace {
+
+// `value` moved into [min, max] and down onto the grid min, min + inc, min + 2 inc, ... Unsigned differences,
+// since max - min may exceed the signed range.
+long Snap(long value, long min, long max, long inc) {
+    if (value > max)
+        return max;
+    if (value < min)
+        return min;
+    if (inc == 0)
+        inc = 1;
+    const auto offset = static_cast<unsigned long>(value) - static_cast<unsigned long>(min);
+    const auto step = inc < 0 ? 0UL - static_cast<unsigned long>(inc) : static_cast<unsigned long>(inc);
+    return static_cast<long>(static_cast<unsigned long>(min) + step * (offset / step));
+}
+
+} // namespace
+
+std::shared_ptr<IVariant> IntegerA::GetVariant() {
+    return std::make_shared<Variant<long>>(GetValue(false, false));
+}
+
+void IntegerA::SetValue(long value, bool verify) {
+    if (!value_)
+        return;
+    const long max = GetMax();
+    const long min = GetMin();
+    value_->SetValue(Snap(value, min, max, GetInc()), verify);
+}
+
+IInteger& IntegerA::operator=(long value) {
+    SetValue(value, true);
+    return *this;
+}
+
+long IntegerA::GetValue(bool verify, bool ignoreCache) {
+    return value_ ? value_->GetValue(verify, ignoreCache) : 0;
+}
+
+long IntegerA::operator*() {
+    return value_ ? **value_ : 0;
+}
+
+long IntegerA::GetMin() {
+    return value_ ? value_->GetMin() : 0;
+}
+
+long IntegerA::GetMax() {
+    return value_ ? value_->GetMax() : 0;
+}
+
+EIncMode IntegerA::GetIncMode() {
+    return value_ ? static_cast<EIncMode>(value_->GetIncMode()) : EIncMode::NoIncrement;
+}
+
+long IntegerA::GetInc() {
+    return value_ ? value_->GetInc() : 0;
+}
+
+ERepresentation IntegerA::GetRepresentation() {
+    return value_ ? static_cast<ERepresentation>(value_->GetRepresentation()) : ERepresentation::Linear;
+}
+
+std::string IntegerA::GetUnit() {
+    return value_ ? value_->GetUnit().c_str() : std::string();
+}
+
+void IntegerA::ImposeMin(long value) {
+    if (value_)
+        value_->ImposeMin(value);
+}
+
+void IntegerA::ImposeMax(long value) {
+    if (value_)
+        value_->ImposeMax(value);
+}
+
+} // namespace VX3::GenICam

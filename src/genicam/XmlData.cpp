@@ -1,0 +1,22 @@
+#include "genicam/XmlData.h"
+
+#include "core/DefaultConfig.h"
+#include "vx3/core/Logger.h"
+
+#include <fstream>
+#include <utility>
+
+namespace VX3 {
+
+XmlData::XmlData(std::string name, std::unique_ptr<unsigned char[]> data, unsigned int size)
+    : name_(std::move(name)), data_(std::move(data)), size_(data_ ? size : 0) {
+    if (!ConfigBool(ConfigKeys::WriteXmlToFile))
+        return;
+    std::ofstream file(name_, std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<const char*>(data_.get()), static_cast<std::streamsize>(size_));
+    file.close();
+    if (!file)
+        VxLoggerLog(LogLevel::Warning, "SDK", "The description could not be written to %s.", name_.c_str());
+}
+
+} // namespace VX3
