@@ -41,19 +41,6 @@ struct NicParams {
     std::uint32_t macLow = 0;
 };
 
-// What GetIpAddress and SetIpAddress of a camera exchange.
-struct GevDeviceAddress {
-    std::uint32_t ip = 0;
-    std::uint32_t mask = 0;
-    std::uint32_t gateway = 0;
-    std::uint32_t currentIpConfig = 0;
-    std::uint32_t macLow = 0;
-    std::uint32_t macHigh = 0;
-    std::uint32_t hostIp = 0;
-    std::uint32_t hostMask = 0;
-    std::uint32_t hostGateway = 0;
-};
-
 // What a stream receiver needs to know of its camera.
 struct GevStreamParam {
     NET_PARAM host;
