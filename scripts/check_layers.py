@@ -22,6 +22,8 @@ ALLOWED = {
     "library": {"core", "image", "genicam", "device", "gev", "simulated", "library/defaults"},
     "capi": {"core", "image", "genicam", "device", "library", "processing"},
 }
+# Libraries of others that are written in quotes, and the one folder that may call them.
+FOREIGN = {"hwy/": "processing/kernels"}
 # Programs compile against the installed headers only.
 PUBLIC_ONLY = ["tools", "examples"]
 
@@ -57,6 +59,8 @@ def main():
                 continue
             for text in INCLUDE.findall(path.read_text(encoding="utf-8")):
                 there = folder_of(text)
+                if any(text.startswith(prefix) and here == owner for prefix, owner in FOREIGN.items()):
+                    continue
                 if there is None:
                     local = (path.parent / text).exists()
                     if not local:
