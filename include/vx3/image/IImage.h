@@ -72,7 +72,8 @@ public:
     virtual bool IsDataContinous() const = 0;
     // Copies min(len, ImageDataSize()) bytes (all of them for len 0); returns the count.
     virtual unsigned int UpdateImageData(const unsigned char* data, unsigned int len) = 0;
-    // Replaces the header. NotFound: header version other than 1. NotAvailable: no info buffer.
+    // Replaces the header. NotFound (and nothing changed): header version other than 1, or pixels of that
+    // geometry at that dataOffset would not lie inside the pixel memory. NotAvailable: no header given.
     virtual unsigned int UpdateImageInfo(const ImageInfo* info) = 0;
     virtual unsigned int UpdateImageInfoA(unsigned int blockId, unsigned int timestampHigh,
                                           unsigned int timestampLow) = 0;

@@ -1,0 +1,22 @@
+#include "image/DefaultPools.h"
+#include "image/ImagePoolRecycle.h"
+#include "image/ImagePoolRingA.h"
+
+namespace VX3 {
+
+std::shared_ptr<IImagePool> ImagePoolFactory::CreateRecycleImagePool(unsigned long long poolSize,
+                                                                     const char* name) {
+    return std::make_shared<ImagePoolRecycle>(poolSize, name);
+}
+
+std::shared_ptr<IImagePool> ImagePoolFactory::CreateRingAImagePool(unsigned long long poolSize,
+                                                                   unsigned int blockSize,
+                                                                   unsigned int infoSize, const char* name) {
+    return std::make_shared<ImagePoolRingA>(poolSize, blockSize, infoSize, name);
+}
+
+std::shared_ptr<IImagePool> ImagePoolFactory::DefaultImagePool() {
+    return DefaultImagePoolInstance();
+}
+
+} // namespace VX3
