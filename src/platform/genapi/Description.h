@@ -108,6 +108,12 @@ public:
     // Reads a plain or zipped file; throws as FromBytes when it cannot be read.
     static std::shared_ptr<const Description> FromFile(const std::string& path);
 
+    // Only the functions above can make one.
+    class Key {
+        friend class Description;
+        Key() {}
+    };
+    Description(Key, std::string fileName) : fileName_(std::move(fileName)) {}
     Description(const Description&) = delete;
     Description& operator=(const Description&) = delete;
 
@@ -131,7 +137,6 @@ public:
 
 private:
     friend class DescriptionReader;
-    explicit Description(std::string fileName) : fileName_(std::move(fileName)) {}
 
     std::string fileName_;
     std::string text_;              // the XML, parsed in place: texts point into it

@@ -2,6 +2,7 @@
 
 #include "platform/genapi/Formula.h"
 #include "platform/genapi/FormulaFunctions.h"
+#include "platform/genapi/FormulaOperators.h"
 #include "platform/genapi/NumberText.h"
 
 #include <algorithm>
@@ -10,70 +11,6 @@ namespace GenApi_3_2 {
 namespace Engine {
 
 namespace {
-
-// From loose to tight. Power binds tighter than a sign before it: -2**2 is -4.
-enum Precedence : std::uint8_t {
-    BracketPrecedence,
-    TernaryPrecedence,
-    OrPrecedence,
-    AndPrecedence,
-    BitOrPrecedence,
-    BitXorPrecedence,
-    BitAndPrecedence,
-    EqualityPrecedence,
-    RelationPrecedence,
-    ShiftPrecedence,
-    SumPrecedence,
-    ProductPrecedence,
-    PrefixPrecedence,
-    PowerPrecedence,
-};
-
-struct Binary {
-    FormulaOp op;
-    Precedence precedence; // BracketPrecedence: no binary operator
-};
-
-Binary BinaryOf(TokenKind kind) {
-    switch (kind) {
-    case TokenKind::Plus:
-        return {FormulaOp::Add, SumPrecedence};
-    case TokenKind::Minus:
-        return {FormulaOp::Subtract, SumPrecedence};
-    case TokenKind::Star:
-        return {FormulaOp::Multiply, ProductPrecedence};
-    case TokenKind::Slash:
-        return {FormulaOp::Divide, ProductPrecedence};
-    case TokenKind::Percent:
-        return {FormulaOp::Remainder, ProductPrecedence};
-    case TokenKind::Power:
-        return {FormulaOp::Power, PowerPrecedence};
-    case TokenKind::And:
-        return {FormulaOp::BitAnd, BitAndPrecedence};
-    case TokenKind::Or:
-        return {FormulaOp::BitOr, BitOrPrecedence};
-    case TokenKind::Xor:
-        return {FormulaOp::BitXor, BitXorPrecedence};
-    case TokenKind::ShiftLeft:
-        return {FormulaOp::ShiftLeft, ShiftPrecedence};
-    case TokenKind::ShiftRight:
-        return {FormulaOp::ShiftRight, ShiftPrecedence};
-    case TokenKind::Equal:
-        return {FormulaOp::Equal, EqualityPrecedence};
-    case TokenKind::NotEqual:
-        return {FormulaOp::NotEqual, EqualityPrecedence};
-    case TokenKind::Less:
-        return {FormulaOp::Less, RelationPrecedence};
-    case TokenKind::LessEqual:
-        return {FormulaOp::LessEqual, RelationPrecedence};
-    case TokenKind::Greater:
-        return {FormulaOp::Greater, RelationPrecedence};
-    case TokenKind::GreaterEqual:
-        return {FormulaOp::GreaterEqual, RelationPrecedence};
-    default:
-        return {FormulaOp::End, BracketPrecedence};
-    }
-}
 
 std::string Quoted(std::string_view text) {
     constexpr std::size_t longest = 80;
@@ -241,7 +178,7 @@ void FormulaCompiler::AcceptOperator(Routine& routine, const Token& token) {
     default:
         break;
     }
-    const Binary binary = BinaryOf(token.kind);
+    const FormulaBinary binary = FormulaBinaryOf(token.kind);
     if (binary.precedence == BracketPrecedence)
         throw FormulaError("operator is missing before " + Quoted(token.text), token.position);
     // The power groups from the right, all others from the left.

@@ -1,0 +1,16 @@
+// How a description that cannot be used at all is reported: one text that names file, line and node.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace GenApi_3_2 {
+namespace Engine {
+
+// Throws GenICam_3_2::InvalidArgumentException. Line 0 and an empty node stand for "no such place".
+[[noreturn]] void ThrowDescriptionError(std::string_view fileName, std::uint32_t line, std::string_view node,
+                                        std::string_view reason);
+
+} // namespace Engine
+} // namespace GenApi_3_2
