@@ -65,7 +65,7 @@ enum class AckFault {
     CutShort,        // the datagram ends 2 bytes before its length says
     WrongCode,       // another acknowledgement code
     WrongAddress,    // memory reads: another address echoed
-    IncompleteIndex, // writes: nothing written, says the index
+    IncompleteIndex, // writes: the index says that nothing was written
     Twice,           // sent twice
 };
 

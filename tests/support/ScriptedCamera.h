@@ -38,6 +38,7 @@ public:
     // Registers, past every access rule (a test's own hands).
     std::uint32_t Register(std::uint32_t address) const;
     void SetRegister(std::uint32_t address, std::uint32_t value);
+    // Held by somebody.
     bool Controlled() const { return Register(Bootstrap::ControlChannelPrivilege) != 0; }
 
     // Faults of acknowledgements, applied in the order added; used-up rules are forgotten.
@@ -58,23 +59,25 @@ public:
     // Size of the newest datagram the host sent to the stream's source port; 0 when there was none.
     std::size_t OpeningDatagram(unsigned channel = 0);
 
-    // The pixel bytes of block `blockId`: ScriptedStream::ExpectedData(blockId).
-
     // Stops answering and sending, as if the cable were pulled.
     void Vanish();
     // Answers again; `rebooted`: with every register as at first and nobody in control.
     void Return(bool rebooted = true);
 
 private:
-    struct Request;
     static constexpr unsigned maxChannels = 4;
 
-    void BindSocket();
+    // The configuration with the address and port it got.
+    const CameraConfig& BindSocket();
+    bool TryBind();
     void Serve();
+    bool Stopped() const;
     void CheckHeartbeat();
     void Handle(WireBytes datagram, const NET_ENDPOINT& sender);
-    // The acknowledgement's size, 0 for none.
-    std::size_t Answer(const Gvcp::CommandPacket& command, const NET_ENDPOINT& sender, WireRoom room);
+    // The acknowledgement's size, 0 for none. A status other than success refuses the command.
+    std::size_t Answer(const Gvcp::CommandPacket& command, const NET_ENDPOINT& sender, std::uint16_t refusal,
+                       WireRoom room);
+    std::size_t AnswerReadReg(const Gvcp::CommandPacket& command, WireRoom room);
     std::size_t AnswerWriteReg(const Gvcp::CommandPacket& command, const NET_ENDPOINT& sender, WireRoom room);
     std::size_t AnswerReadMem(const Gvcp::CommandPacket& command, bool extended, WireRoom room);
     std::size_t AnswerWriteMem(const Gvcp::CommandPacket& command, bool extended, const NET_ENDPOINT& sender,
@@ -83,16 +86,14 @@ private:
     void ServeResend(const Gvcp::CommandPacket& command);
     std::uint16_t WriteRegisterFrom(const NET_ENDPOINT& sender, std::uint32_t address, std::uint32_t value);
     std::uint16_t WriteControl(const NET_ENDPOINT& sender, std::uint32_t value);
-    bool MayWrite(const NET_ENDPOINT& sender) const VX3_REQUIRES(mutex_);
+    std::uint16_t MayWrite(const NET_ENDPOINT& sender, std::uint64_t address) const;
     void AfterWrite(std::uint32_t address, std::uint32_t value);
-    void FireTestPacket(unsigned channel);
-    void StartChannels();
-    void StopChannels();
+    void AfterStreamWrite(unsigned channel, std::uint32_t reg, std::uint32_t value);
     void StartChannel(unsigned channel);
+    void StopChannels();
     void Remember(const Gvcp::CommandPacket& command, std::size_t datagramSize);
-    bool TakeRule(const Gvcp::CommandPacket& command, AckRule& rule);
+    bool TakeRule(const SeenCommand& command, AckRule& rule);
     void SendFaulty(const AckRule& rule, std::uint8_t* ack, std::size_t size, const NET_ENDPOINT& to);
-    void Send(int fd, const void* bytes, std::size_t size, const NET_ENDPOINT& to) const;
     void SleepUnlessStopped(unsigned ms);
 
     CameraConfig config_;
@@ -110,6 +111,7 @@ private:
     std::vector<SeenCommand> seen_ VX3_GUARDED_BY(mutex_);
     std::vector<StreamScript> scripts_ VX3_GUARDED_BY(mutex_);
     std::atomic<bool> vanished_{false};
+    std::atomic<bool> acquiring_{false};
     std::thread server_;
 };
 
