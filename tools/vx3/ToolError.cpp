@@ -1,0 +1,14 @@
+#include "ToolError.h"
+
+#include <cstdio>
+
+namespace VX3::Tool {
+
+std::string StatusWords(StatusCode code) {
+    char digits[16];
+    std::snprintf(digits, sizeof(digits), "0x%08X", static_cast<unsigned int>(code));
+    const std::string words = StatusText(code);
+    return words.find(digits) == std::string::npos ? words + " (" + digits + ")" : words;
+}
+
+} // namespace VX3::Tool

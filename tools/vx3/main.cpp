@@ -1,0 +1,53 @@
+// The command-line program: finds cameras, reads and writes their features, grabs pictures.
+#include "Console.h"
+#include "GlobalOptions.h"
+#include "commands/Command.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+
+namespace {
+
+using namespace VX3::Tool;
+
+constexpr int Failure = 1;
+constexpr int WrongUsage = 2;
+
+int RunChosen(const CLI::App& app, const std::vector<std::unique_ptr<Command>>& commands) {
+    for (const std::unique_ptr<Command>& command : commands)
+        if (app.got_subcommand(command->App()))
+            return command->Run();
+    return WrongUsage;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Finds machine-vision cameras, reads and writes their features, grabs pictures.", "vx3");
+    GlobalOptions options;
+    app.add_flag("--json", options.json, "Print results as JSON");
+    app.add_flag("-v,--verbose", options.verbose, "Show the library's log on standard error");
+    app.add_option("--interface", options.interfaceName, "Look only behind this interface (eth0, ...)");
+    app.add_option("--transport", options.transport, "Look only on this transport")
+        ->check(CLI::IsMember({"virtual", "gige", "gencp", "grabber", "gentl", "remote"}));
+    app.require_subcommand(1);
+    app.fallthrough();
+    const auto commands = CreateCommands(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : WrongUsage;
+    }
+    Console& console = Console::Instance();
+    console.SetVerbose(options.verbose);
+    try {
+        return RunChosen(app, commands);
+    } catch (const std::exception& error) {
+        console.EndProgress();
+        console.Say(Printable(error.what()));
+    } catch (const char* text) {
+        console.EndProgress();
+        console.Say(text);
+    }
+    return Failure;
+}
