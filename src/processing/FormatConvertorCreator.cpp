@@ -38,9 +38,4 @@ std::unique_ptr<IFormatConvertor> FormatConvertorCreator::Create(PixelFormat for
     return std::make_unique<FormatOnlyConvertor>(format.Channels() != 0 ? format : PixelFormat(InvalidFormat));
 }
 
-std::unique_ptr<IImage> MapImage2RGB8(const IImage&, unsigned int, unsigned int, unsigned int,
-                                      std::shared_ptr<IImagePool>) {
-    return nullptr;
-}
-
 } // namespace VX3
