@@ -106,7 +106,7 @@ private:
     static constexpr unsigned int TypeIdCategoryMask = 0xFF000000U;
 
     void StopAndCloseStreams();
-    StatusCode RunPostConnect();
+    void FinishConnect();
 
     std::unique_ptr<ObjectAbs> object_;
     std::shared_ptr<ParentLink> parent_;

@@ -22,8 +22,6 @@ public:
     // False when 63 images wait already.
     bool Push(std::shared_ptr<IImage>&& image) { return queue_.Push(std::move(image)); }
     void Wake() { queue_.Wake(); }
-    // Drops what waits for delivery.
-    void Drop() { queue_.Clear(); }
 
     // Also forgets the history.
     void SetCallback(ImageCallback callback, void* userData) VX3_EXCLUDES(mutex_);

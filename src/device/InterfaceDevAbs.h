@@ -7,6 +7,7 @@
 
 #include "device/GenIDevice.h"
 #include "device/ThreadEx.h"
+#include "vx3/device/IEnumerationRounds.h"
 
 #include <atomic>
 #include <list>
@@ -14,7 +15,7 @@
 
 namespace VX3 {
 
-class InterfaceDevAbs : public GenIDevice {
+class InterfaceDevAbs : public GenIDevice, public IEnumerationRounds {
 public:
     InterfaceDevAbs(unsigned int typeId, const char* name);
     ~InterfaceDevAbs() override;
@@ -31,6 +32,7 @@ public:
     StatusCode UpdateSubDevices(bool unused) override;
     // Any thread; a heartbeat's included.
     StatusCode SubDeviceLost(IDevice* device) override;
+    unsigned int FinishedRounds() const override { return finishedRounds_; }
 
     // The cameras reachable now, each a fresh object; waits at most `timeoutMs` for answers.
     virtual std::list<std::shared_ptr<IDevice>> EnumSubDevices(unsigned int timeoutMs) = 0;
@@ -52,11 +54,10 @@ protected:
     std::list<std::shared_ptr<IDevice>> spareDevices_; // for derived interfaces; the base does not use it
 
 private:
-    struct Matching;
-
     void MonitorThread(const std::atomic<bool>& running, unsigned int period, unsigned int offset,
                        const SubDeviceCallback& callback);
-    bool WaitForRound(const std::atomic<bool>& running, unsigned int milliseconds) VX3_EXCLUDES(wakeMutex_);
+    bool WaitForRound(const std::atomic<bool>& running, unsigned int waitMs) VX3_EXCLUDES(wakeMutex_);
+    SubDeviceEvents Round() VX3_EXCLUDES(roundMutex_);
     void StopMonitor() VX3_EXCLUDES(monitorMutex_);
     void RequestRound() VX3_EXCLUDES(wakeMutex_);
     void WakeMonitor() VX3_EXCLUDES(wakeMutex_);
@@ -65,6 +66,7 @@ private:
     mutable Mutex knownMutex_;
     std::list<std::shared_ptr<IDevice>> knownDevices_ VX3_GUARDED_BY(knownMutex_);
     std::atomic<bool> updateRequested_{false};
+    std::atomic<unsigned int> finishedRounds_{0};
     std::atomic<bool> immediateFirstUpdate_{true};
     Mutex wakeMutex_;
     CondVar wake_;

@@ -72,14 +72,13 @@ protected:
     // A finished image from the transport's receive thread, one at a time. Never blocks: an image that finds
     // the delivery queue full is dropped and counted.
     void InsertImage(std::unique_ptr<IImage>&& image, unsigned int unused);
-    const std::shared_ptr<IImagePool>& DefaultPool() const { return defaultPool_; }
     // Stops and closes. Idempotent.
     void Shutdown();
 
 private:
-    StatusCode StartLocked(unsigned int count, std::shared_ptr<IImagePool> pool) VX3_REQUIRES(streamMutex_);
-    bool AwaitLeaving() VX3_EXCLUDES(streamMutex_);
-    void OfferSnap(const std::shared_ptr<IImage>& image);
+    StatusCode OpenLocked(unsigned int bufferCount, std::shared_ptr<IImagePool> pool)
+        VX3_REQUIRES(streamMutex_);
+    std::shared_ptr<IImagePool> PoolOrDefault(std::shared_ptr<IImagePool> pool) VX3_REQUIRES(streamMutex_);
 
     std::unique_ptr<ObjectAbs> object_;
     FpsCalculator<128> fps_;
@@ -88,7 +87,7 @@ private:
     Mutex streamMutex_;
     SyncQueue<std::shared_ptr<IImage>, 64> snapQueue_;
     std::atomic<bool> snapRequested_{false};
-    std::shared_ptr<IImagePool> defaultPool_;
+    std::shared_ptr<IImagePool> defaultPool_ VX3_GUARDED_BY(streamMutex_); // made when first needed
     std::shared_ptr<ImageDelivery> delivery_;
     std::atomic<bool> opened_{false};
     // The delivery thread, and one that was told to end and may still be in a callback.
