@@ -13,8 +13,8 @@ Target Target::Camera(const SubDevice* handle) {
 }
 
 Target Target::Camera(std::shared_ptr<IDevice> camera) {
-    IConfigurer* configurer = camera ? camera->GetConfigurer() : nullptr;
-    return Target(std::move(camera), configurer);
+    auto configurer = camera ? camera->ShareConfigurer() : nullptr;
+    return Target(std::move(camera), std::move(configurer));
 }
 
 Target Target::Stream(const SubDevice* handle, unsigned int streamIndex) {
@@ -22,12 +22,14 @@ Target Target::Stream(const SubDevice* handle, unsigned int streamIndex) {
 }
 
 Target Target::Stream(std::shared_ptr<IDevice> camera, unsigned int streamIndex) {
-    IStream* stream = camera ? camera->GetStream(streamIndex) : nullptr;
-    return Target(std::move(camera), stream != nullptr ? stream->GetConfigurer() : nullptr);
+    const auto stream = camera ? camera->ShareStream(streamIndex) : nullptr;
+    // A stream's configurer lives as long as the stream.
+    IConfigurer* configurer = stream ? stream->GetConfigurer() : nullptr;
+    return Target(std::move(camera), std::shared_ptr<IConfigurer>(stream, configurer));
 }
 
 GenICam::INode* Target::Node(const char* name) const {
-    if (configurer_ == nullptr || name == nullptr)
+    if (!configurer_ || name == nullptr)
         return nullptr;
     const auto map = configurer_->GetNodeMap();
     return map ? map->GetNode(name) : nullptr;

@@ -7,7 +7,7 @@
 
 namespace VX3::CApi {
 
-// Whose features: a camera's or one of its streams'. Keeps the camera alive while it is used.
+// Whose features: a camera's or one of its streams'. Keeps them alive while it is used.
 class Target {
 public:
     static Target Camera(const SubDevice* handle);
@@ -16,16 +16,16 @@ public:
     static Target Stream(std::shared_ptr<IDevice> camera, unsigned int streamIndex);
 
     // Null when the handle is bad, the camera is gone or has no features.
-    IConfigurer* Configurer() const { return configurer_; }
+    IConfigurer* Configurer() const { return configurer_.get(); }
     // The feature of that name; null when there is none.
     GenICam::INode* Node(const char* name) const;
 
 private:
-    Target(std::shared_ptr<IDevice> camera, IConfigurer* configurer)
-        : camera_(std::move(camera)), configurer_(configurer) {}
+    Target(std::shared_ptr<IDevice> camera, std::shared_ptr<IConfigurer> configurer)
+        : camera_(std::move(camera)), configurer_(std::move(configurer)) {}
 
     std::shared_ptr<IDevice> camera_;
-    IConfigurer* configurer_;
+    std::shared_ptr<IConfigurer> configurer_;
 };
 
 int GetInt(const Target& target, const char* name, int64_t* value);

@@ -13,8 +13,8 @@ Result WithStream(SubDevice* handle, unsigned int index, Result badHandle, Resul
         const auto camera = PinCamera(handle);
         if (!camera)
             return badHandle;
-        IStream* stream = camera->GetStream(index);
-        return stream != nullptr ? body(*stream) : noStream;
+        const auto stream = camera->ShareStream(index);
+        return stream ? body(*stream) : noStream;
     });
 }
 
