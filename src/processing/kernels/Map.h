@@ -11,7 +11,7 @@ void MapLine8(const std::uint8_t* source, std::uint8_t* target, std::size_t pixe
               const std::uint32_t (&table)[256]);
 
 // Samples below `low` take entry 0, samples above `high` the last entry, the others entry
-// (sample - low) >> shift, or the last entry where that lies beyond it.
+// (sample - low) >> shift, or the last entry where that lies beyond it. `high` is at least low - 1.
 struct MapWindow {
     std::uint16_t low;
     std::uint16_t high;

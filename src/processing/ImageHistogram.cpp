@@ -1,0 +1,102 @@
+#include "processing/ImageHistogram.h"
+
+#include "processing/kernels/Histogram.h"
+
+#include <optional>
+
+namespace VX3 {
+
+namespace {
+
+using Histograms = std::vector<std::pair<PixelChannelID, HistogramData>>;
+using Kernels::Counters;
+
+// The result's arrays and three temporary ones a channel, which go back to their pool afterwards.
+class CountArrays {
+public:
+    CountArrays(unsigned int channels, std::uint32_t bins) {
+        counters_.bins = bins;
+        for (unsigned int i = 0; i < channels * Counters::kWays; ++i) {
+            counters_.counts[i] = histograms_[i].emplace(bins).Data();
+        }
+    }
+    const Counters& All() const { return counters_; }
+    const HistogramData& Result(unsigned int channel) const {
+        return *histograms_[channel * Counters::kWays];
+    }
+
+    // The arrays of two channels in the given order, for lines that hold just those.
+    Counters Two(unsigned int first, unsigned int second) const {
+        Counters two{};
+        two.bins = counters_.bins;
+        for (unsigned int way = 0; way < Counters::kWays; ++way) {
+            two.counts[way] = counters_.counts[first * Counters::kWays + way];
+            two.counts[Counters::kWays + way] = counters_.counts[second * Counters::kWays + way];
+        }
+        return two;
+    }
+
+private:
+    std::optional<HistogramData> histograms_[Counters::kMaxChannels * Counters::kWays];
+    Counters counters_{};
+};
+
+void CountLine(const SampleLayout& layout, const std::uint8_t* line, std::size_t pixels,
+               unsigned int channels, const Counters& counters) {
+    if (layout.sampleBytes == 1) {
+        Kernels::CountLine8(line, pixels, channels, counters);
+    } else {
+        Kernels::CountLine16(line, pixels, channels, counters);
+    }
+}
+
+void CountPlain(const SampleLayout& layout, const SourceLines& source, const ROIRect& region, bool inOnePass,
+                const Counters& counters) {
+    const std::size_t skip = region.x * layout.PixelBytes();
+    if (inOnePass) {
+        CountLine(layout, source.data, std::size_t{region.width} * region.height, layout.channels, counters);
+        return;
+    }
+    for (std::size_t y = 0; y < region.height; ++y) {
+        CountLine(layout, source.Line(region.y + y) + skip, region.width, layout.channels, counters);
+    }
+}
+
+void CountBayer(const SampleLayout& layout, const SourceLines& source, const ROIRect& region,
+                const CountArrays& arrays) {
+    const std::size_t skip = region.x * layout.PixelBytes();
+    for (std::size_t y = 0; y < region.height / 2 * 2; ++y) {
+        const unsigned int row = (region.y + y) % 2 * 2;
+        const Counters line = arrays.Two(row + region.x % 2, row + (region.x + 1) % 2);
+        CountLine(layout, source.Line(region.y + y) + skip, region.width / 2, 2, line);
+    }
+}
+
+} // namespace
+
+Histograms CountImage(const IImage* image, const SampleLayout& layout, const ROIRect* roi) {
+    if (!layout.Fits(image)) {
+        return {};
+    }
+    const ImageInfo& info = *image->GetImageInfo();
+    const PixelFormat format(info.pixelFormat);
+    const SourceLines source = LinesOf(*image);
+    const ROIRect region = ClippedRegion(roi, info);
+    const unsigned int channels = layout.bayer ? 4 : layout.channels;
+    const CountArrays arrays(channels, std::uint32_t{1} << format.BitDepth());
+    if (layout.bayer) {
+        CountBayer(layout, source, region, arrays);
+    } else {
+        const bool whole = region.width == info.width && region.height == info.height;
+        CountPlain(layout, source, region, whole && info.paddingX == 0, arrays.All());
+    }
+    Kernels::SumCounters(channels, arrays.All());
+    Histograms histograms;
+    histograms.reserve(channels);
+    for (unsigned int i = 0; i < channels; ++i) {
+        histograms.emplace_back(format.ChannelID(i), arrays.Result(i));
+    }
+    return histograms;
+}
+
+} // namespace VX3
