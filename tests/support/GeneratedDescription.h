@@ -8,7 +8,7 @@
 
 namespace TestSupport {
 
-// One group: ten nodes of the description, one inside a register and three entries.
+// The nodes of one group, entries and the formula inside a register included.
 constexpr std::size_t NodesPerGeneratedGroup = 14;
 
 namespace Detail {

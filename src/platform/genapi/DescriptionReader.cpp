@@ -14,8 +14,8 @@ namespace Engine {
 
 namespace {
 
-int IntegerAttribute(pugi::xml_node xml, const char* name) {
-    const std::int64_t value = ParseInteger(AttributeText(xml, name)).value_or(0);
+int IntegerOf(std::string_view text) {
+    const std::int64_t value = ParseInteger(text).value_or(0);
     constexpr std::int64_t most = std::numeric_limits<int>::max();
     return static_cast<int>(std::clamp(value, -most, most));
 }
@@ -47,6 +47,13 @@ bool IsElement(pugi::xml_node xml) {
     return xml.type() == pugi::node_element;
 }
 
+// Prefixes of namespaces are rare: only a name that is not found is searched for one.
+template <typename Known>
+Known Lookup(Known (*find)(std::string_view), const char* name) {
+    const Known known = find(name);
+    return known == Known::Unknown ? find(LocalName(name)) : known;
+}
+
 // Where bits lie is one statement: an entry with a Bit does not inherit LSB and MSB, nor the other way round.
 bool IsBitPosition(ElementId id) {
     return id == ElementId::Bit || id == ElementId::LSB || id == ElementId::MSB;
@@ -63,34 +70,46 @@ void DescriptionReader::Read() {
         Refuse(xml_.LineOf(root), {},
                "root element is " + Quoted(root.name()) + ", not 'RegisterDescription'");
     ReadHeader(root);
+    Reserve();
     ReadNodes(root, 0);
     ResolveReferences();
 }
 
+// A little more than descriptions of this length usually have, so that the tables rarely move.
+void DescriptionReader::Reserve() {
+    constexpr std::size_t bytesPerElement = 40;
+    constexpr std::size_t bytesPerNode = 180;
+    const std::size_t bytes = description_.text_.size();
+    description_.elements_.reserve(std::min(bytes / bytesPerElement, MaxDescriptionElements));
+    description_.nodes_.reserve(std::min(bytes / bytesPerNode, MaxDescriptionNodes));
+    description_.names_.Reserve(std::min(bytes / bytesPerNode, MaxDescriptionNodes));
+}
+
 void DescriptionReader::ReadHeader(pugi::xml_node root) {
     DescriptionHeader& header = description_.header_;
+    const auto number = [root](const char* name) { return IntegerOf(AttributeText(root, name)); };
     header.modelName = AttributeText(root, "ModelName");
     header.vendorName = AttributeText(root, "VendorName");
     header.toolTip = AttributeText(root, "ToolTip");
     header.standardNameSpace = AttributeText(root, "StandardNameSpace");
     header.productGuid = AttributeText(root, "ProductGuid");
     header.versionGuid = AttributeText(root, "VersionGuid");
-    header.schemaMajorVersion = IntegerAttribute(root, "SchemaMajorVersion");
-    header.schemaMinorVersion = IntegerAttribute(root, "SchemaMinorVersion");
-    header.schemaSubMinorVersion = IntegerAttribute(root, "SchemaSubMinorVersion");
-    header.majorVersion = IntegerAttribute(root, "MajorVersion");
-    header.minorVersion = IntegerAttribute(root, "MinorVersion");
-    header.subMinorVersion = IntegerAttribute(root, "SubMinorVersion");
+    header.schemaMajorVersion = number("SchemaMajorVersion");
+    header.schemaMinorVersion = number("SchemaMinorVersion");
+    header.schemaSubMinorVersion = number("SchemaSubMinorVersion");
+    header.majorVersion = number("MajorVersion");
+    header.minorVersion = number("MinorVersion");
+    header.subMinorVersion = number("SubMinorVersion");
 }
 
 void DescriptionReader::ReadNodes(pugi::xml_node parent, int depth) {
     if (depth > MaxDescriptionDepth)
         Refuse(xml_.LineOf(parent), {}, "groups nest too deeply");
-    for (pugi::xml_node xml : parent.children()) {
+    for (pugi::xml_node xml = parent.first_child(); xml; xml = xml.next_sibling()) {
         if (!IsElement(xml))
             continue;
-        const std::string_view name = LocalName(xml.name());
-        switch (const NodeKind kind = NodeKindOf(name)) {
+        const NodeKind kind = Lookup(NodeKindOf, xml.name());
+        switch (kind) {
         case NodeKind::Group:
             ReadNodes(xml, depth + 1);
             break;
@@ -105,7 +124,7 @@ void DescriptionReader::ReadNodes(pugi::xml_node parent, int depth) {
         case NodeKind::StructEntry:
             xml_.CheckDepth(xml, {});
             Note(xml_.LineOf(xml), AttributeText(xml, "Name"),
-                 "unknown node type " + Quoted(name) + " is skipped");
+                 "unknown node type " + Quoted(LocalName(xml.name())) + " is skipped");
             break;
         default:
             ReadNode(xml, kind);
@@ -194,9 +213,15 @@ bool DescriptionReader::Admit(std::string_view name, std::string_view what, std:
 std::int32_t DescriptionReader::BeginRecord(pugi::xml_node xml, NodeKind kind, std::string_view name) {
     NodeRecord record;
     record.kind = kind;
-    record.isStandardNameSpace = AttributeText(xml, "NameSpace") == "Standard";
-    record.exposeStatic = ParseBoolean(AttributeText(xml, "ExposeStatic")).value_or(false);
-    record.mergePriority = IntegerAttribute(xml, "MergePriority");
+    for (pugi::xml_attribute at = xml.first_attribute(); at; at = at.next_attribute()) {
+        const std::string_view attribute = at.name();
+        if (attribute == "NameSpace")
+            record.isStandardNameSpace = Strip(at.value()) == "Standard";
+        else if (attribute == "ExposeStatic")
+            record.exposeStatic = ParseBoolean(at.value()).value_or(false);
+        else if (attribute == "MergePriority")
+            record.mergePriority = IntegerOf(at.value());
+    }
     record.line = xml_.LineOf(xml);
     record.name = name;
     record.symbolicName = name;
@@ -214,19 +239,18 @@ void DescriptionReader::EndRecord(std::int32_t index) {
 }
 
 void DescriptionReader::ReadElements(pugi::xml_node xml, Context& context) {
-    for (pugi::xml_node child : xml.children())
+    for (pugi::xml_node child = xml.first_child(); child; child = child.next_sibling())
         if (IsElement(child))
             ReadElement(child, context);
 }
 
 void DescriptionReader::ReadElement(pugi::xml_node xml, Context& context) {
-    const std::string_view name = LocalName(xml.name());
     Element element;
-    element.id = ElementIdOf(name);
+    element.id = Lookup(ElementIdOf, xml.name());
     element.line = xml_.LineOf(xml);
     switch (element.id) {
     case ElementId::Unknown:
-        Note(element.line, context.name, "unknown element " + Quoted(name) + " is skipped");
+        Note(element.line, context.name, "unknown element " + Quoted(LocalName(xml.name())) + " is skipped");
         break;
     case ElementId::Extension:
         break;
@@ -239,13 +263,16 @@ void DescriptionReader::ReadElement(pugi::xml_node xml, Context& context) {
             Note(element.line, context.name, "StructEntry outside a StructReg is skipped");
         return;
     default:
-        ReadPlain(xml, element, context);
+        return ReadPlain(xml, element, context);
     }
     xml_.CheckDepth(xml, context.name);
 }
 
 void DescriptionReader::ReadPlain(pugi::xml_node xml, Element element, const Context& context) {
-    element.text = xml_.TextOf(xml);
+    const pugi::xml_node inside = xml.first_child();
+    if (inside)
+        xml_.CheckDepth(xml, context.name);
+    element.text = xml_.TextOf(xml, inside);
     if (element.text.empty() && !MayBeEmpty(element.id, context.kind)) {
         Note(element.line, context.name, std::string(ToText(element.id)) + " without a value is skipped");
         return;

@@ -35,6 +35,7 @@ private:
         std::vector<Contained> contained;
     };
 
+    void Reserve();
     void ReadHeader(pugi::xml_node root);
     void ReadNodes(pugi::xml_node parent, int depth);
     void ReadNode(pugi::xml_node xml, NodeKind kind);

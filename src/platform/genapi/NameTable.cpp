@@ -1,6 +1,6 @@
 #include "platform/genapi/NameTable.h"
 
-#include <functional>
+#include <cstring>
 
 namespace GenApi_3_2 {
 namespace Engine {
@@ -9,8 +9,21 @@ namespace {
 
 constexpr std::size_t SmallestTable = 16;
 
+// Names are short: eight characters at a time, well mixed at the end.
 std::uint32_t HashOf(std::string_view name) {
-    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(name));
+    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15u;
+    std::uint64_t hash = name.size();
+    std::uint64_t word;
+    for (; name.size() >= sizeof(word); name.remove_prefix(sizeof(word))) {
+        std::memcpy(&word, name.data(), sizeof(word));
+        hash = (hash ^ word) * factor;
+        hash ^= hash >> 32;
+    }
+    word = 0;
+    for (char c : name)
+        word = (word << 8) | static_cast<unsigned char>(c);
+    hash = (hash ^ word) * factor;
+    return static_cast<std::uint32_t>(hash >> 32);
 }
 
 } // namespace

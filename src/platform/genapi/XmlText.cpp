@@ -1,10 +1,10 @@
 #include "platform/genapi/XmlText.h"
 
+#include "platform/genapi/ByteCount.h"
 #include "platform/genapi/DescriptionError.h"
 #include "platform/genapi/DescriptionLimits.h"
 #include "platform/genapi/NumberText.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace GenApi_3_2 {
@@ -16,17 +16,27 @@ namespace {
 constexpr std::size_t OpeningCost = 300;
 constexpr std::size_t ClosingCost = 64;
 constexpr std::size_t AttributeCost = 40;
-constexpr std::size_t LineCost = 4;
+constexpr std::size_t LineCost = 8;
+// The most that a byte can cost, by elements as short as <a/>.
+constexpr std::size_t ByteCost = 80;
 
-std::size_t Count(std::string_view text, char wanted) {
-    return static_cast<std::size_t>(std::count(text.begin(), text.end(), wanted));
-}
-
-std::size_t CountClosings(std::string_view text) {
-    std::size_t found = 0;
-    for (std::size_t at = text.find('<'); at != std::string_view::npos; at = text.find('<', at + 1))
-        found += at + 1 < text.size() && text[at + 1] == '/';
-    return found;
+// Cameras may fill up the file's memory with NUL bytes; anywhere else they are damage. Returns the text.
+std::string& Checked(std::string& text, const std::string& fileName) {
+    text.erase(text.find_last_not_of('\0') + 1);
+    if (text.size() > MaxDescriptionText)
+        ThrowDescriptionError(fileName, 0, {}, "description is larger than 16 MiB");
+    const std::size_t nul = text.find('\0');
+    if (nul != std::string::npos)
+        ThrowDescriptionError(fileName, 0, {}, "NUL byte at offset " + std::to_string(nul));
+    if (text.size() * ByteCost <= MaxDescriptionMemory)
+        return text;
+    const std::size_t closings = CountPair(text, '<', '/');
+    const std::size_t cost = text.size() + (CountByte(text, '<') - closings) * OpeningCost +
+                             closings * ClosingCost + CountByte(text, '=') * AttributeCost +
+                             CountByte(text, '\n') * LineCost;
+    if (cost > MaxDescriptionMemory)
+        ThrowDescriptionError(fileName, 0, {}, "description has too many elements");
+    return text;
 }
 
 } // namespace
@@ -40,11 +50,8 @@ std::string_view AttributeText(pugi::xml_node xml, const char* name) {
     return Strip(xml.attribute(name).value());
 }
 
-// Cameras may fill up the file's memory with NUL bytes; anywhere else they are damage.
 XmlText::XmlText(std::string& text, std::deque<std::string>& arena, const std::string& fileName)
-    : text_(text), arena_(arena), fileName_(fileName), lines_(text) {
-    text_.erase(text_.find_last_not_of('\0') + 1);
-    CheckSize();
+    : text_(text), arena_(arena), fileName_(fileName), lines_(Checked(text, fileName)) {
     const pugi::xml_parse_result result = document_.load_buffer_inplace(
         &text_[0], text_.size(), pugi::parse_default | pugi::parse_embed_pcdata | pugi::parse_doctype,
         pugi::encoding_utf8);
@@ -52,20 +59,6 @@ XmlText::XmlText(std::string& text, std::deque<std::string>& arena, const std::s
         ThrowDescriptionError(fileName_, lines_.LineOf(static_cast<std::size_t>(result.offset)), {},
                               std::string("XML is damaged: ") + result.description());
     CheckDoctype();
-}
-
-void XmlText::CheckSize() const {
-    if (text_.size() > MaxDescriptionText)
-        ThrowDescriptionError(fileName_, 0, {}, "description is larger than 16 MiB");
-    const std::size_t nul = text_.find('\0');
-    if (nul != std::string::npos)
-        ThrowDescriptionError(fileName_, 0, {}, "NUL byte at offset " + std::to_string(nul));
-    const std::size_t closings = CountClosings(text_);
-    const std::size_t cost = text_.size() + (Count(text_, '<') - closings) * OpeningCost +
-                             closings * ClosingCost + Count(text_, '=') * AttributeCost +
-                             Count(text_, '\n') * LineCost;
-    if (cost > MaxDescriptionMemory)
-        ThrowDescriptionError(fileName_, 0, {}, "description has too many elements");
 }
 
 // Entities of their own are never expanded by the parser, but the texts that use them would be wrong.
@@ -80,7 +73,10 @@ std::uint32_t XmlText::LineOf(pugi::xml_node xml) {
 }
 
 std::string_view XmlText::TextOf(pugi::xml_node xml) {
-    const pugi::xml_node child = xml.first_child();
+    return TextOf(xml, xml.first_child());
+}
+
+std::string_view XmlText::TextOf(pugi::xml_node xml, pugi::xml_node child) {
     if (!child)
         return Strip(xml.value());
     if (child.type() == pugi::node_cdata && !child.next_sibling() && *xml.value() == '\0')

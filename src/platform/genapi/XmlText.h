@@ -23,13 +23,14 @@ public:
     std::uint32_t LineOf(pugi::xml_node xml);
     // The text directly inside the element without blanks around it, comments and CDATA marks taken out.
     std::string_view TextOf(pugi::xml_node xml);
+    // Likewise, for a caller who has `firstChild` already.
+    std::string_view TextOf(pugi::xml_node xml, pugi::xml_node firstChild);
     // A text that stands nowhere in the file; `line` is named when all such texts grow too large.
     std::string_view Keep(std::string text, std::uint32_t line);
     // Throws when elements nest without end below `xml`.
     void CheckDepth(pugi::xml_node xml, std::string_view node);
 
 private:
-    void CheckSize() const;
     void CheckDoctype();
     std::string_view JoinedText(pugi::xml_node xml);
 
@@ -43,6 +44,7 @@ private:
 
 // Without a namespace prefix.
 std::string_view LocalName(std::string_view name);
+// The attribute's text without blanks around it, empty when there is none.
 std::string_view AttributeText(pugi::xml_node xml, const char* name);
 
 } // namespace Engine
