@@ -1,0 +1,23 @@
+#include "library/Transports.h"
+
+#include "simulated/VirtualManager.h"
+
+namespace VX3 {
+
+namespace {
+
+template <typename Manager>
+std::unique_ptr<IManager> Make(const char* name) {
+    return std::make_unique<Manager>(name);
+}
+
+} // namespace
+
+const TransportTable& Transports() {
+    static const TransportTable table{
+        {IntfDevType::Virtual, "ManagerAll Virtual", Make<VirtualManager>},
+    };
+    return table;
+}
+
+} // namespace VX3
