@@ -71,6 +71,7 @@ constexpr std::uint16_t AccessDenied = 0x8006;
 constexpr std::uint16_t Busy = 0x8007;
 constexpr std::uint16_t PacketUnavailable = 0x800C;
 constexpr std::uint16_t PacketTemporarilyUnavailable = 0x8010;
+constexpr std::uint16_t PacketAndPreviousRemovedFromMemory = 0x8011;
 constexpr std::uint16_t PacketRemovedFromMemory = 0x8012;
 constexpr std::uint16_t Error = 0x8FFF;
 } // namespace AckStatus

@@ -1,0 +1,51 @@
+// Where a stream's datagrams come from: one interface over the ways a UDP socket can be read, so that they
+// can be compared and chosen at run time. Owned by the receive thread; the socket and the wake descriptor
+// outlive it.
+#pragma once
+
+#include "gev/protocol/WireCursor.h"
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace VX3 {
+
+enum class ReceiveMethod {
+    Best,     // the best of the following that the socket grants
+    RecvFrom, // one datagram a call, straight into the image
+    RecvMmsg, // batches, copied into place
+    Gro,      // trains of datagrams that the kernel joined, copied into place
+};
+
+class DatagramSource {
+public:
+    // Datagrams of one call, in order of arrival; valid until the next call.
+    struct Batch {
+        const WireBytes* items = nullptr;
+        std::size_t count = 0;
+        bool waited = false; // nothing lay ready: the thread slept (or timed out)
+    };
+
+    virtual ~DatagramSource() = default;
+    // Waits up to `wait` for datagrams; an empty batch when none came or somebody woke the thread. `room` is
+    // where the next datagram should land, if the method can do that; longer datagrams are dropped then.
+    virtual Batch Receive(WireRoom room, std::chrono::milliseconds wait) = 0;
+    // Receive uses `room`.
+    virtual bool Places() const = 0;
+    virtual const char* Name() const = 0;
+
+    // Null when the system does not grant `method` (Best always is granted). `wakeFd` becomes readable to end
+    // a wait. `maxDatagram`: bytes; longer datagrams are dropped.
+    static std::unique_ptr<DatagramSource> Create(ReceiveMethod method, int socketFd, int wakeFd,
+                                                  std::size_t maxDatagram);
+    // "recvfrom", "recvmmsg", "gro"; anything else is Best.
+    static ReceiveMethod MethodNamed(const std::string& name);
+
+protected:
+    // Sleeps until the socket or `wakeFd` is readable; true when the socket is.
+    static bool WaitReadable(int socketFd, int wakeFd, std::chrono::milliseconds wait);
+};
+
+} // namespace VX3

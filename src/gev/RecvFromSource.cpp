@@ -1,0 +1,30 @@
+#include "gev/RecvFromSource.h"
+
+#include <sys/socket.h>
+
+namespace VX3 {
+
+RecvFromSource::RecvFromSource(int socketFd, int wakeFd, std::size_t maxDatagram)
+    : socketFd_(socketFd), wakeFd_(wakeFd), buffer_(maxDatagram) {}
+
+DatagramSource::Batch RecvFromSource::Receive(WireRoom room, std::chrono::milliseconds wait) {
+    if (room.data == nullptr)
+        room = {buffer_.data(), buffer_.size()};
+    Batch batch;
+    // MSG_TRUNC gives the datagram's own length: a cut one may not pass for a whole one.
+    ssize_t length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);
+    if (length < 0) {
+        batch.waited = true;
+        if (!WaitReadable(socketFd_, wakeFd_, wait))
+            return batch;
+        length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);
+    }
+    if (length < 0 || static_cast<std::size_t>(length) > room.size)
+        return batch;
+    datagram_ = {room.data, static_cast<std::size_t>(length)};
+    batch.items = &datagram_;
+    batch.count = 1;
+    return batch;
+}
+
+} // namespace VX3

@@ -1,0 +1,27 @@
+// One recvfrom a datagram, into the image where the parser predicts its place: the plain method, without a
+// copy of the payload.
+#pragma once
+
+#include "gev/DatagramSource.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace VX3 {
+
+class RecvFromSource final : public DatagramSource {
+public:
+    RecvFromSource(int socketFd, int wakeFd, std::size_t maxDatagram);
+
+    Batch Receive(WireRoom room, std::chrono::milliseconds wait) override;
+    bool Places() const override { return true; }
+    const char* Name() const override { return "recvfrom"; }
+
+private:
+    const int socketFd_;
+    const int wakeFd_;
+    std::vector<std::uint8_t> buffer_;
+    WireBytes datagram_;
+};
+
+} // namespace VX3

@@ -1,0 +1,35 @@
+#include "gev/RecvMmsgSource.h"
+
+namespace VX3 {
+
+RecvMmsgSource::RecvMmsgSource(int socketFd, int wakeFd, std::size_t maxDatagram)
+    : socketFd_(socketFd), wakeFd_(wakeFd) {
+    const std::size_t stride = (maxDatagram + 127) / 64 * 64; // whole cache lines, and never a power of two
+    buffer_.resize(BatchSize * stride);
+    for (std::size_t i = 0; i < BatchSize; ++i) {
+        vectors_[i] = {buffer_.data() + i * stride, maxDatagram};
+        messages_[i].msg_hdr.msg_iov = &vectors_[i];
+        messages_[i].msg_hdr.msg_iovlen = 1;
+    }
+}
+
+DatagramSource::Batch RecvMmsgSource::Receive(WireRoom, std::chrono::milliseconds wait) {
+    Batch batch;
+    int count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_DONTWAIT, nullptr);
+    if (count <= 0) {
+        batch.waited = true;
+        if (!WaitReadable(socketFd_, wakeFd_, wait))
+            return batch;
+        count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_DONTWAIT, nullptr);
+    }
+    for (int i = 0; i < count; ++i) {
+        const mmsghdr& message = messages_[static_cast<std::size_t>(i)];
+        if ((message.msg_hdr.msg_flags & MSG_TRUNC) == 0)
+            datagrams_[batch.count++] = {static_cast<const std::uint8_t*>(message.msg_hdr.msg_iov->iov_base),
+                                         message.msg_len};
+    }
+    batch.items = datagrams_.data();
+    return batch;
+}
+
+} // namespace VX3
