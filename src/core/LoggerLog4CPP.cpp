@@ -27,10 +27,11 @@ std::unique_ptr<log4cpp::Appender> CreateAppender(const std::string& target) {
 
 } // namespace
 
-LoggerLog4CPP::LoggerLog4CPP(const char* categoryName, const char* fallbackTarget) {
+LoggerLog4CPP::LoggerLog4CPP(const char* categoryName, const char* fallbackTarget,
+                             const std::string& configuration) {
     const std::string name = categoryName;
     try {
-        ConfigureLog4cpp(GetLibraryDirectory() + "log/log4cpp.cfg");
+        ConfigureLog4cpp(GetModuleFilePath(configuration));
     } catch (const std::exception& error) {
         status_ = error.what();
         UseFallback(fallbackTarget);

@@ -1,4 +1,4 @@
-// Logger over log4cpp, configured by "log/log4cpp.cfg" in the library's directory.
+// Logger over log4cpp, configured by a properties file in the library's directory.
 #pragma once
 
 #include "core/LoggerAbs.h"
@@ -13,7 +13,8 @@ class LoggerLog4CPP : public LoggerAbs {
 public:
     // Without a usable configuration file everything goes to `fallbackTarget`: "std::cout",
     // "StringQueueAppender", or the name of a file to append to (relative to the library's directory).
-    LoggerLog4CPP(const char* categoryName, const char* fallbackTarget);
+    LoggerLog4CPP(const char* categoryName, const char* fallbackTarget,
+                  const std::string& configuration = "log/log4cpp.cfg");
 
     int WriteLogData(bool debugOnly, LogLevel level, const char* source, const char* device, const char* fmt,
                      ...) override __attribute__((format(printf, 6, 7)));
