@@ -71,10 +71,10 @@ enum class AckFault {
 
 struct AckRule {
     AckFault fault = AckFault::Silence;
-    std::optional<Gvcp::Command> command; // empty: any
-    std::optional<std::uint64_t> address; // empty: any
-    unsigned skip = 0;                    // matching commands that pass first
-    unsigned times = 1;                   // matching commands it is then applied to
+    std::optional<Gvcp::Command> command{}; // empty: any
+    std::optional<std::uint64_t> address{}; // empty: any
+    unsigned skip = 0;                      // matching commands that pass first
+    unsigned times = 1;                     // matching commands it is then applied to
     std::uint16_t status = Gvcp::AckStatus::Error;
     std::uint16_t ms = 0;
     unsigned delayMs = 0;
