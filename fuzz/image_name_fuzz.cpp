@@ -1,0 +1,31 @@
+// File names and the descriptions in them: whatever they claim, what comes out is a description whose sizes
+// can be checked, and writing it into a name and reading it back changes nothing.
+#include "processing/ImageFileName.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+using namespace VX3;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    try {
+        static_cast<void>(ImageInfoCreator::CreateBaseInfo(text));
+    } catch (const std::logic_error&) {
+    }
+    const ImageFileName name(text);
+    static_cast<void>(name.IsPicture());
+    const ImageBaseInfo base = name.Describe(nullptr);
+    if (!base.format.IsValid())
+        return 0;
+    const ImageInfo info = ImageInfoCreator::CreateImageInfo(base);
+    if (!info.SizesFit() || base.paddingX > UINT16_MAX)
+        return 0;
+    const ImageBaseInfo again = ImageFileName(ImageFileName("x.raw").WithDescription(info)).Describe(nullptr);
+    if (again.width != base.width || again.height != base.height || again.format != base.format ||
+        again.paddingX != base.paddingX)
+        std::abort();
+    return 0;
+}
