@@ -1,0 +1,357 @@
+#include "gev/GevDevice.h"
+
+#include "core/UniqueFd.h"
+#include "gev/GevStream.h"
+#include "gev/GvspPacketSizeTester.h"
+#include "gev/protocol/Bootstrap.h"
+#include "vx3/core/Logger.h"
+#include "vx3/core/Utilities.h"
+#include "vx3/genicam/GenICamPointer.h"
+#include "vx3/image/PixelFormat.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <chrono>
+#include <fcntl.h>
+#include <limits>
+#include <vector>
+
+namespace VX3 {
+
+namespace {
+
+constexpr std::uint32_t initialTimeoutMs = 1000;
+// A camera's pending time-out beyond this is a broken register; honouring it would block every thread.
+constexpr std::uint32_t longestTimeoutMs = 60000;
+constexpr std::uint32_t heartBeatTimeoutMs = 9000;
+constexpr std::uint32_t heartBeatPeriodMs = 3000;
+constexpr std::uint32_t mostStreams = 4;
+constexpr unsigned int defaultPacketSize = 1500;
+constexpr const char* packetSizeFeature = "GevSCPSPacketSize";
+
+bool ReadInteger(IConfigurer& configurer, const char* feature, std::uint32_t& value) {
+    const GenICam::NodeValue node = configurer.GetNodeValue(feature);
+    if (node.GetType() != GenICam::NodeValue::Type::Integer || node.AsInteger() < 0 ||
+        node.AsInteger() > std::numeric_limits<std::uint32_t>::max())
+        return false;
+    value = static_cast<std::uint32_t>(node.AsInteger());
+    return true;
+}
+
+} // namespace
+
+GevDevice::GevDevice(const std::string& name, const NET_PARAM& local, const GVCP_DISCOVERY_ACK& discovery,
+                     IDevice* parent, bool noFilter, std::uint16_t port)
+    : GevDevice(TypeIds::SubDevice + static_cast<unsigned int>(IntfDevType::GigEVision), name, local,
+                discovery, parent, noFilter, port) {}
+
+GevDevice::GevDevice(unsigned int typeId, const std::string& name, const NET_PARAM& local,
+                     const GVCP_DISCOVERY_ACK& discovery, IDevice* parent, bool noFilter, std::uint16_t port)
+    : GenIDevice(typeId, name.c_str(), parent),
+      port_(port),
+      noFilter_(noFilter),
+      local_(local),
+      heartBeat_([this](const std::atomic<bool>& running) { HeartBeatThread(running); }) {
+    (void)DecodeDiscoveryAck(discovery, discovery_); // the record has the layout's full size
+    helper_ = NewHelper();
+    ReadControlState();
+}
+
+GevDevice::~GevDevice() {
+    Shutdown();
+    StopHeartBeat();
+}
+
+NET_PARAM GevDevice::RemoteParam() const {
+    return {discovery_.currentIp, discovery_.subnetMask, discovery_.defaultGateway, 0xFFFFFFFFU};
+}
+
+std::shared_ptr<GevCmdHelper> GevDevice::NewHelper() {
+    return std::make_shared<GevCmdHelper>(local_, RemoteParam(), gvcpTimeoutMs_, requestCounter_, port_);
+}
+
+std::shared_ptr<GevCmdHelper> GevDevice::Helper() const {
+    MutexLock lock(helperMutex_);
+    return helper_;
+}
+
+void GevDevice::ReadControlState() {
+    std::uint32_t control = 0;
+    if (Failed(Helper()->ReadRegister(Bootstrap::ControlChannelPrivilege, control)))
+        SetInitialState(DEVICE_STATE::Unreachable);
+    else
+        SetInitialState(control != 0 ? DEVICE_STATE::Controlled : DEVICE_STATE::Available);
+}
+
+// Identity ------------------------------------------------------------------------------------------------
+
+std::string GevDevice::UniqueName() const {
+    return Name() + "@" + Ipv4Text(discovery_.currentIp) + "-" + Ipv4Text(discovery_.subnetMask) + "-" +
+           Ipv4Text(discovery_.defaultGateway);
+}
+
+std::list<std::pair<std::string, std::string>> GevDevice::GetInfo() const {
+    return {{"Manufacture", discovery_.manufacturerName},
+            {"ModelName", discovery_.modelName},
+            {"SerialNumber", discovery_.serialNumber},
+            {"IpAddr", Ipv4Text(discovery_.currentIp)},
+            {"GateWay", Ipv4Text(discovery_.defaultGateway)}};
+}
+
+StatusCode GevDevice::GetIpAddress(GevDeviceAddress* address) const {
+    if (address == nullptr)
+        return Status::NotFound;
+    *address = {discovery_.currentIp,
+                discovery_.subnetMask,
+                discovery_.defaultGateway,
+                discovery_.currentIpConfig,
+                discovery_.macLow,
+                discovery_.macHigh,
+                local_.ip,
+                local_.mask,
+                local_.gateway};
+    return Status::Ok;
+}
+
+StatusCode GevDevice::SetIpAddress(const GevDeviceAddress* address) {
+    if (address == nullptr)
+        return Status::NotFound;
+    GevCmdHelper broadcast(local_, {BroadcastIp, 0, 0, 0xFFFFFFFFU}, initialTimeoutMs, requestCounter_,
+                           Gvcp::Port);
+    return broadcast.ForceIp(htonl(address->ip), htonl(address->mask), htonl(address->gateway),
+                             htonl(address->macLow), htonl(address->macHigh));
+}
+
+// Registers -----------------------------------------------------------------------------------------------
+
+StatusCode GevDevice::ReadPort(unsigned long long address, unsigned char* buffer, unsigned int length) {
+    if (length != 4)
+        return Helper()->ReadMemory(address, buffer, length, true);
+    std::uint32_t value = 0;
+    const StatusCode result = Helper()->ReadRegister(address, value);
+    if (!Failed(result))
+        Wire::Store(buffer, value);
+    return result;
+}
+
+StatusCode GevDevice::WritePort(unsigned long long address, const unsigned char* buffer,
+                                unsigned int length) {
+    if (length != 4)
+        return Helper()->WriteMemory(address, buffer, length);
+    return Helper()->WriteRegister(address, Wire::Load<std::uint32_t>(buffer));
+}
+
+std::int64_t GevDevice::GetXmlUrlAddr() {
+    return Bootstrap::FirstUrl;
+}
+
+// Connection ----------------------------------------------------------------------------------------------
+
+StatusCode GevDevice::GetControlAccess() {
+    const auto helper = Helper();
+    std::uint32_t timeout = 0;
+    StatusCode result = helper->ReadRegister(Bootstrap::HeartbeatTimeout, timeout);
+    if (Failed(result))
+        return result;
+    result = helper->WriteRegister(Bootstrap::ControlChannelPrivilege, Bootstrap::ControlAccess);
+    if (Failed(result))
+        return result;
+    (void)helper->WriteRegister(Bootstrap::HeartbeatTimeout, heartBeatTimeoutMs);
+    heartBeatPeriodMs_ = heartBeatPeriodMs;
+    return Status::Ok;
+}
+
+StatusCode GevDevice::ReleaseAccess() {
+    return Helper()->WriteRegister(Bootstrap::ControlChannelPrivilege, Bootstrap::ReleaseControl);
+}
+
+StatusCode GevDevice::ConnectP() {
+    std::uint32_t pending = 0;
+    if (!Failed(Helper()->ReadRegister(Bootstrap::PendingTimeout, pending)) && pending != 0)
+        gvcpTimeoutMs_ = std::min(pending, longestTimeoutMs);
+    {
+        auto helper = NewHelper();
+        MutexLock lock(helperMutex_);
+        helper_.swap(helper);
+    }
+    const StatusCode result = GetControlAccess();
+    if (Failed(result))
+        return result;
+    ReadCapabilities();
+    CreateStreams();
+    heartBeat_.Start();
+    return Status::Ok;
+}
+
+// Best effort: a register that cannot be read keeps what it had.
+void GevDevice::ReadCapabilities() {
+    const std::pair<std::uint32_t, std::atomic<std::uint32_t>*> registers[] = {
+        {Bootstrap::MessageChannelCount, &messageChannels_},
+        {Bootstrap::GvcpCapability, &gvcpCapability_},
+        {Bootstrap::GvspCapability, &gvspCapability_},
+        {Bootstrap::MessageCapability, &messageCapability_},
+        {Bootstrap::StreamChannelCount, &streamChannels_},
+        {Bootstrap::GvcpConfiguration, &gvcpConfiguration_},
+        {Bootstrap::StreamCapability, &streamCapability_},
+    };
+    const auto helper = Helper();
+    for (const auto& [address, field] : registers) {
+        std::uint32_t value = 0;
+        if (!Failed(helper->ReadRegister(address, value)))
+            *field = value;
+    }
+}
+
+void GevDevice::CreateStreams() {
+    VxLoggerLog(LogLevel::Debug, "SDK", "Create gev-streams!");
+    const bool useFilter = !noFilter_ && CanUseFilter();
+    if (useFilter)
+        VxLoggerLog(LogLevel::Debug, "SDK", "Try to Use filter to Create GevStream!");
+    const std::uint32_t reported = streamChannels_;
+    const std::uint32_t count = reported > mostStreams ? 1 : reported;
+    std::vector<std::shared_ptr<IStream>> streams;
+    for (std::uint32_t index = 0; index < count; ++index)
+        streams.push_back(CreateStream("", index, useFilter));
+    UpdateStreams(streams);
+}
+
+std::shared_ptr<IStream> GevDevice::CreateStream(const char* name, unsigned int index, bool useFilter) {
+    return std::make_shared<GevStream>(name, this, index, useFilter);
+}
+
+bool GevDevice::CanUseFilter() {
+    return static_cast<bool>(UniqueFd(::open("/dev/VxGevFilter", O_RDWR | O_CLOEXEC)));
+}
+
+StatusCode GevDevice::PostConnect() {
+    const auto configurer = ShareConfigurer();
+    if (!configurer)
+        return Status::WrongState;
+    const auto map = configurer->GetNodeMap();
+    GenICam::INode* node = map ? map->GetNode(packetSizeFeature) : nullptr;
+    if (node == nullptr)
+        return Status::Ok;
+    const GenICam::GenICamPointer<GenICam::IInteger, GenICam::INode> feature(node);
+    const std::int64_t max = feature->GetMax();
+    const std::int64_t size = GvspPacketSizeTester::TestPacketSize(*Helper(), discovery_.currentIp, local_.ip,
+                                                                   max, feature->GetMin(), feature->GetInc());
+    node->InvalidateNode(); // the test wrote the register behind the node's back
+    (void)configurer->SetNodeValue(packetSizeFeature, static_cast<unsigned int>(size));
+    return Status::Ok;
+}
+
+StatusCode GevDevice::DisConnectP() {
+    StopHeartBeat();
+    const StatusCode result = ReleaseAccess();
+    std::vector<std::shared_ptr<IStream>> none;
+    UpdateStreams(none);
+    return result;
+}
+
+// Heartbeat -----------------------------------------------------------------------------------------------
+
+void GevDevice::HeartBeatThread(const std::atomic<bool>& running) {
+    while (SleepHeartBeat(running)) {
+        std::uint32_t control = 0;
+        const StatusCode result = Helper()->ReadRegister(Bootstrap::ControlChannelPrivilege, control);
+        if (!running)
+            return;
+        if (Failed(result) || control != Bootstrap::ControlAccess) {
+            HeartBeatTimeOut();
+            return;
+        }
+    }
+}
+
+// False as soon as the heartbeat is to stop.
+bool GevDevice::SleepHeartBeat(const std::atomic<bool>& running) {
+    const auto due = std::chrono::steady_clock::now() + std::chrono::milliseconds(heartBeatPeriodMs_);
+    MutexLock lock(wakeMutex_);
+    while (running && std::chrono::steady_clock::now() < due)
+        (void)wake_.WaitUntil(wakeMutex_, due);
+    return running;
+}
+
+void GevDevice::HeartBeatTimeOut() {
+    VxLoggerLog(LogLevel::Warning, "SDK", "%s Device heart beat timeout!", Name().c_str());
+    ReportLost();
+}
+
+void GevDevice::StopHeartBeat() {
+    heartBeat_.RequestStop();
+    {
+        MutexLock lock(wakeMutex_); // the thread is either before its test of the flag or asleep
+        wake_.NotifyAll();
+    }
+    heartBeat_.Stop();
+}
+
+// Streams -------------------------------------------------------------------------------------------------
+
+StatusCode GevDevice::StreamParam(unsigned int channel, GevStreamParam& param) {
+    param.host = local_;
+    param.channelIndex = channel;
+    param.resendSupported = (gvcpCapability_ & Bootstrap::PacketResendSupported) != 0 ? 1 : 0;
+    param.name = Name();
+    const auto helper = Helper();
+    std::uint32_t packetSize = 0;
+    const std::pair<std::uint32_t, std::uint32_t*> registers[] = {
+        {Bootstrap::StreamRegister(Bootstrap::StreamPacketSize, channel), &packetSize},
+        {Bootstrap::CurrentIp, &param.camera.ip},
+        {Bootstrap::CurrentMask, &param.camera.mask},
+        {Bootstrap::CurrentGateway, &param.camera.gateway},
+    };
+    for (const auto& [address, value] : registers) {
+        const StatusCode result = helper->ReadRegister(address, *value);
+        if (Failed(result))
+            return result;
+    }
+    param.packetSize = packetSize & Bootstrap::PacketSizeMask;
+    param.bufferSize = BlockBytes();
+    return Status::Ok;
+}
+
+// From the image geometry, else the payload size; 0 when the camera tells neither.
+std::uint32_t GevDevice::BlockBytes() {
+    const auto configurer = ShareConfigurer();
+    if (!configurer)
+        return 0;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t format = 0;
+    if (ReadInteger(*configurer, "Width", width) && ReadInteger(*configurer, "Height", height) &&
+        ReadInteger(*configurer, "PixelFormat", format)) {
+        const std::uint64_t bytes = PixelFormat(format).BuffNeeded64(width, height);
+        if (bytes <= std::numeric_limits<std::uint32_t>::max())
+            return static_cast<std::uint32_t>(bytes);
+    }
+    std::uint32_t payload = 0;
+    return ReadInteger(*configurer, "PayloadSize", payload) ? payload : 0;
+}
+
+unsigned int GevDevice::GetPacketSize() {
+    std::uint32_t value = 0;
+    const StatusCode result = Helper()->ReadRegister(Bootstrap::StreamPacketSize, value);
+    const unsigned int size = value & Bootstrap::PacketSizeMask;
+    if (!Failed(result) && size != 0)
+        return size;
+    VxLoggerLog(LogLevel::Error, "SDK", "%s GetPakcetSize error! rtn(%x) size(%d)", Name().c_str(),
+                static_cast<unsigned int>(result), static_cast<int>(size));
+    return defaultPacketSize;
+}
+
+StatusCode GevDevice::SetStreamDest(unsigned int channel, std::uint32_t ip, std::uint32_t port) {
+    const std::uint32_t destination = Bootstrap::StreamRegister(Bootstrap::StreamDestination, channel);
+    const std::uint32_t hostPort = Bootstrap::StreamRegister(Bootstrap::StreamPort, channel);
+    const auto helper = Helper();
+    if (port != 0) {
+        (void)helper->WriteRegister(destination, ip);
+        return helper->WriteRegister(hostPort, port);
+    }
+    if (DeviceState() == DEVICE_STATE::Lost)
+        return Status::Ok;
+    (void)helper->WriteRegister(hostPort, 0);
+    return helper->WriteRegister(destination, ip);
+}
+
+} // namespace VX3
