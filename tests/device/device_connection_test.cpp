@@ -1,0 +1,210 @@
+#include "device/DeviceStateMachine.h"
+#include "support/FakeDevice.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+using namespace VX3;
+using namespace VX3::Testing;
+using Calls = std::vector<std::string>;
+
+namespace {
+
+// TLParamsLocked at register 0, AcquisitionStart at 4, AcquisitionStop at 8.
+std::string Description(bool withLock) {
+    const auto reg = [](const char* name, int address) {
+        return std::string("<IntReg Name=\"") + name + "\"><Address>" + std::to_string(address) +
+               "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>"
+               "<Cachable>NoCache</Cachable><Endianess>LittleEndian</Endianess></IntReg>";
+    };
+    const auto command = [](const char* name) {
+        return std::string("<Command Name=\"") + name + "\"><pValue>" + name +
+               "Reg</pValue><CommandValue>1</CommandValue></Command>";
+    };
+    return "<?xml version=\"1.0\"?><RegisterDescription ModelName=\"Fake\" VendorName=\"Test\" "
+           "StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" "
+           "SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" MinorVersion=\"0\" SubMinorVersion=\"0\" "
+           "ProductGuid=\"1\" VersionGuid=\"1\" xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">" +
+           (withLock ? reg("TLParamsLocked", 0) : std::string()) + reg("AcquisitionStartReg", 4) +
+           reg("AcquisitionStopReg", 8) + command("AcquisitionStart") + command("AcquisitionStop") +
+           "<String Name=\"DeviceModelName\"><Value>Model Q</Value></String>"
+           "<Integer Name=\"PayloadSize\"><Value>4711</Value></Integer>"
+           "<Port Name=\"Device\"/></RegisterDescription>";
+}
+
+} // namespace
+
+TEST(DeviceStateMachine, LostStaysUntilDisconnected) {
+    using S = DEVICE_STATE;
+    using E = DeviceEvent;
+    const auto next = &DeviceStateMachine::Next;
+    for (const S initial : {S::Available, S::Unreachable, S::Controlled, S::GenTL}) {
+        EXPECT_EQ(next(initial, E::Connected), S::Connected);
+        EXPECT_EQ(next(initial, E::AcquisitionStarted), initial);
+    }
+    EXPECT_EQ(next(S::Connected, E::AcquisitionStarted), S::Acquiring);
+    EXPECT_EQ(next(S::Acquiring, E::AcquisitionStopped), S::Connected);
+    EXPECT_EQ(next(S::Acquiring, E::HeartbeatLost), S::Lost);
+    EXPECT_EQ(next(S::Lost, E::AcquisitionStopped), S::Lost);
+    EXPECT_EQ(next(S::Lost, E::AcquisitionStarted), S::Lost);
+    EXPECT_EQ(next(S::Lost, E::Disconnected), S::Available);
+    EXPECT_EQ(next(S::Available, E::HeartbeatLost), S::Available) << "a late heartbeat";
+}
+
+TEST(Device, ConnectsOnceAndDisconnectsInOrder) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    FakeStream* stream = device->AddStream();
+    device->SetInitialState(DEVICE_STATE::Controlled);
+    EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Controlled);
+    EXPECT_EQ(device->GetStream(0), nullptr) << "not connected";
+    EXPECT_EQ(device->StartAcquisition(0), Status::WrongState);
+    EXPECT_EQ(device->DisConnect(), Status::Ok);
+
+    device->connectStatus = Status::TimeOut;
+    EXPECT_EQ(device->Connect(), Status::TimeOut);
+    EXPECT_FALSE(device->IsConnected());
+    EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Controlled);
+
+    device->connectStatus = Status::Ok;
+    device->postConnectThrows = "NULL pointer dereferenced";
+    EXPECT_EQ(device->Connect(), Status::Ok);
+    EXPECT_EQ(device->Connect(), Status::Ok);
+    EXPECT_EQ(device->calls.Take(), (Calls{"connect", "connect", "post connect"}));
+    EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Connected);
+    EXPECT_EQ(device->GetStream(0), stream);
+    EXPECT_EQ(device->ShareStream(0).get(), stream);
+    EXPECT_EQ(device->GetStream(1), nullptr);
+    EXPECT_EQ(device->StopAcquisition(5), Status::NotFound);
+
+    ASSERT_EQ(stream->Open(3, nullptr), Status::Ok);
+    ASSERT_EQ(stream->Start({}, nullptr, 4, nullptr), Status::Ok);
+    EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Acquiring);
+    EXPECT_TRUE(device->IsStreamingLocally());
+    EXPECT_EQ(device->StopAcquisition(5), Status::NotFound);
+    EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Acquiring);
+    device->disconnectStatus = Status::TimeOut;
+    EXPECT_EQ(device->DisConnect(), Status::TimeOut) << "what the transport says";
+    EXPECT_EQ(device->calls.Take(), (Calls{"open 3", "start 4", "stop", "close", "disconnect"}));
+    EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Available);
+    EXPECT_FALSE(stream->IsOpened());
+}
+
+TEST(Device, RefusesWhatACameraDoesNotDo) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    EXPECT_EQ(device->MonitorSubDevices(true, 100, 0, {}), Status::NotSupported);
+    EXPECT_EQ(device->SubDeviceLost(nullptr), Status::NotSupported);
+    EXPECT_EQ(device->AddSubDevice("1.2.3.4"), Status::NotSupported);
+    EXPECT_EQ(device->SetIpAddress(nullptr), Status::NotSupported);
+    EXPECT_EQ(device->DeviceType(), 0x30001U);
+    EXPECT_EQ(device->ObjType(), 0U);
+    EXPECT_EQ(device->VendorName(), "") << "no configurer";
+}
+
+TEST(Device, AcquisitionGoesThroughTheStandardFeatures) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    device->Describe(Description(true));
+    FakeStream* stream = device->AddStream();
+    ASSERT_EQ(device->Connect(), Status::Ok);
+    ASSERT_NE(device->GetConfigurer(), nullptr);
+    EXPECT_EQ(device->ModelName(), "Model Q");
+    EXPECT_EQ(device->GetConfigurer()->Name(), "camera");
+    EXPECT_EQ(stream->PayloadSize(), 4711U);
+    stream->payloadSize = 99;
+    EXPECT_EQ(stream->PayloadSize(), 99U) << "the transport knows better";
+
+    device->calls.Take();
+    EXPECT_EQ(device->StartAcquisition(0), Status::Ok);
+    EXPECT_EQ(device->calls.Take(), (Calls{"write 0 1", "write 4 1", "acquisition start"}));
+    EXPECT_EQ(device->StopAcquisition(0), Status::Ok);
+    EXPECT_EQ(device->calls.Take(), (Calls{"write 8 1", "write 0 0", "acquisition stop"}));
+
+    const auto held = device->ShareConfigurer();
+    EXPECT_EQ(device->DisConnect(), Status::Ok);
+    EXPECT_EQ(device->GetConfigurer(), nullptr);
+    EXPECT_EQ(held->GetNodeValue("PayloadSize").AsInteger(), 4711) << "still usable where it is held";
+}
+
+TEST(Device, AFailingFeatureStopsTheStart) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    device->Describe(Description(false));
+    device->AddStream();
+    ASSERT_EQ(device->Connect(), Status::Ok);
+    device->calls.Take();
+    EXPECT_EQ(device->StartAcquisition(0), Status::NotFound);
+    EXPECT_EQ(device->calls.Take(), Calls{});
+    EXPECT_EQ(device->StopAcquisition(0), Status::Ok);
+    EXPECT_EQ(device->calls.Take(), (Calls{"write 8 1", "acquisition stop"}));
+}
+
+TEST(Device, FindsItsDescriptionWhereTheUrlSays) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    EXPECT_EQ(device->GetXmlData(), nullptr) << "no address";
+    device->memory.assign(0x300, 'x');
+    const auto size = [&](const std::string& url) {
+        device->url = url;
+        const auto data = device->GetXmlData();
+        return data ? static_cast<int>(data->GetXmlDataSize()) : -1;
+    };
+    EXPECT_EQ(size("local:cam.xml;100;1F"), 31);
+    EXPECT_EQ(size("Local:cam.xml;100;200?SchemaVersion=1.1.0"), 512);
+    EXPECT_EQ(device->GetXmlData()->GetXmlName(), "cam.xml");
+    EXPECT_EQ(size("local:c|dir.xml;100;10"), 16);
+    EXPECT_EQ(device->GetXmlData()->GetXmlName(), "c:dir.xml");
+    for (const char* url :
+         {"local:cam.xml;100;0", "local:cam.xml;100;6400001", "local:;100;10", "local:cam.xml;0;10",
+          "local:cam.xml;100", "local:cam.xml;0x100;10", "local:cam.xml;200;200", "www:cam.xml", "cam.xml",
+          "LOCAL:cam.xml;100;10", "file:/no/such/file.xml", ":", "\xff\xff"})
+        EXPECT_EQ(size(url), -1) << url;
+    EXPECT_EQ(size(std::string(400, 'a')), -1) << "no end within the URL's room";
+
+    const std::string path = ::testing::TempDir() + "vx3_device_description.xml";
+    std::ofstream(path) << "<x/>";
+    EXPECT_EQ(size("file://" + path), -1) << "two slashes are no prefix";
+    EXPECT_EQ(size("File:///" + path), 4);
+    EXPECT_EQ(device->GetXmlData()->GetXmlName(), path);
+    std::remove(path.c_str());
+}
+
+TEST(Device, ConnectAndDisconnectFromManyThreadsAreSerialised) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    device->Describe(Description(true));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 100; ++round) {
+                EXPECT_EQ(i % 2 == 0 ? device->Connect() : device->DisConnect(), Status::Ok);
+                if (const auto configurer = device->ShareConfigurer()) {
+                    EXPECT_EQ(configurer->GetNodeValue("PayloadSize").AsInteger(), 4711);
+                }
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    int depth = 0;
+    for (const std::string& call : device->calls.Take()) {
+        depth += call == "connect" ? 1 : call == "disconnect" ? -1 : 0;
+        EXPECT_TRUE(depth == 0 || depth == 1);
+    }
+}
+
+TEST(Device, ChildrenOutliveTheirParent) {
+    auto parent = std::make_shared<FakeDevice>("interface");
+    auto child = std::make_shared<FakeDevice>("camera", parent.get());
+    child->Connect();
+    EXPECT_EQ(child->Parent(), parent.get());
+    parent.reset();
+    EXPECT_EQ(child->Parent(), nullptr);
+    child->ReportLost();
+    EXPECT_EQ(child->DeviceState(), DEVICE_STATE::Lost);
+
+    child->AddStream();
+    auto stream = child->ShareStream(0);
+    std::weak_ptr<FakeDevice> watched = child;
+    child.reset();
+    EXPECT_FALSE(watched.expired()) << "a shared stream keeps its camera";
+    EXPECT_NE(stream->Parent(), nullptr);
+    stream.reset();
+    EXPECT_TRUE(watched.expired());
+}

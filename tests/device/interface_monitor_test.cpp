@@ -1,0 +1,178 @@
+#include "device/InterfaceDevAbs.h"
+#include "support/FakeDevice.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace VX3;
+using namespace VX3::Testing;
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+
+namespace {
+
+using DeviceList = std::list<std::shared_ptr<IDevice>>;
+
+class FakeInterface final : public InterfaceDevAbs {
+public:
+    FakeInterface() : InterfaceDevAbs(TypeIds::InterfaceDevice + 1, "interface") {}
+    ~FakeInterface() override { Shutdown(); }
+
+    DeviceList EnumSubDevices(unsigned int timeoutMs) override {
+        EXPECT_EQ(timeoutMs, 5000U);
+        ++rounds;
+        MutexLock lock(mutex_);
+        return reachable_;
+    }
+    void SetReachable(DeviceList devices) {
+        MutexLock lock(mutex_);
+        reachable_ = std::move(devices);
+    }
+
+    std::atomic<int> rounds{0};
+
+protected:
+    StatusCode ConnectP() override { return Status::Ok; }
+    StatusCode DisConnectP() override { return Status::Ok; }
+
+private:
+    Mutex mutex_;
+    DeviceList reachable_ VX3_GUARDED_BY(mutex_);
+};
+
+std::shared_ptr<FakeDevice> Camera(const char* name, DEVICE_STATE state = DEVICE_STATE::Available,
+                                   IDevice* parent = nullptr) {
+    auto camera = std::make_shared<FakeDevice>(name, parent);
+    camera->SetInitialState(state);
+    return camera;
+}
+
+// "1 a b; 2 c" for event 1 with a and b, event 2 with c.
+std::string Text(const SubDeviceEvents& events) {
+    std::string text;
+    for (const auto& [event, devices] : events) {
+        text += (text.empty() ? "" : "; ") + std::to_string(static_cast<unsigned int>(event));
+        for (const auto& device : devices)
+            text += " " + device->Name();
+    }
+    return text;
+}
+
+std::string Names(IDevice& device) {
+    std::string text;
+    for (const auto& weak : device.SubDevices())
+        if (const auto camera = weak.lock())
+            text += (text.empty() ? "" : " ") + camera->Name();
+    return text;
+}
+
+} // namespace
+
+TEST(SubDeviceMatching, ReportsFoundLostAndChangedInOrder) {
+    FakeInterface interface;
+    const auto a = Camera("a");
+    EXPECT_EQ(Text(interface.UpdateSubDevicesA({a, Camera("b"), Camera("c")}, false)), "1 a b c");
+    EXPECT_EQ(Text(interface.UpdateSubDevicesA({Camera("c"), Camera("b"), Camera("a")}, false)), "");
+    EXPECT_EQ(Names(interface), "a b c");
+    EXPECT_EQ(interface.SubDevices().front().lock(), a) << "a stable camera stays the same object";
+
+    const auto changed = Camera("b", DEVICE_STATE::Controlled);
+    EXPECT_EQ(
+        Text(interface.UpdateSubDevicesA({Camera("d"), changed, Camera("c", DEVICE_STATE::GenTL)}, false)),
+        "2 a; 3 b; 1 d");
+    EXPECT_EQ(Names(interface), "c b d");
+    EXPECT_EQ(interface.SubDevices()[1].lock(), changed) << "the new object replaces the old one";
+}
+
+TEST(SubDeviceMatching, AConnectedCameraIsKeptUntilItsHeartbeatFails) {
+    FakeInterface interface;
+    const auto camera = Camera("a");
+    interface.UpdateSubDevicesA({camera}, false);
+    ASSERT_EQ(camera->Connect(), Status::Ok);
+    EXPECT_EQ(Text(interface.UpdateSubDevicesA({Camera("a", DEVICE_STATE::Controlled)}, false)), "")
+        << "it is us who control it";
+    EXPECT_EQ(Text(interface.UpdateSubDevicesA({}, false)), "") << "a missed answer";
+    EXPECT_EQ(Names(interface), "a");
+    camera->ReportLost();
+    // Found again in the same round: lost first, found by the next round.
+    EXPECT_EQ(Text(interface.UpdateSubDevicesA({Camera("a")}, false)), "2 a");
+    EXPECT_EQ(Names(interface), "");
+    EXPECT_EQ(Text(interface.UpdateSubDevicesA({Camera("a")}, false)), "1 a");
+
+    const auto strict = Camera("s");
+    interface.UpdateSubDevicesA({strict}, false);
+    strict->Connect();
+    EXPECT_EQ(Text(interface.UpdateSubDevicesA({}, true)), "2 s");
+}
+
+TEST(Monitor, RunsAtOnceThenByOffsetAndPeriodAndOnRequest) {
+    auto interface = std::make_shared<FakeInterface>();
+    interface->SetReachable({Camera("a"), Camera("b")});
+    std::atomic<int> events{0};
+    CallLog log;
+    const auto callback = [&](IDevice* device, SubDeviceEvents list) {
+        EXPECT_EQ(device, interface.get());
+        log.Add(Text(list));
+        ++events;
+    };
+    const auto start = steady_clock::now();
+    ASSERT_EQ(interface->MonitorSubDevices(true, 60000, 59700, callback), Status::Ok);
+    EXPECT_EQ(interface->MonitorSubDevices(true, 10, 0, callback), Status::Generic);
+    ASSERT_TRUE(Eventually([&] { return events == 1; }));
+    EXPECT_LT(steady_clock::now() - start, 250ms) << "the first round does not wait";
+    ASSERT_TRUE(Eventually([&] { return interface->rounds == 2; }));
+    EXPECT_GE(steady_clock::now() - start, 300ms) << "the second comes after period - offset";
+
+    interface->SetReachable({Camera("b")});
+    const auto request = steady_clock::now();
+    EXPECT_EQ(interface->SubDeviceLost(nullptr), Status::Ok);
+    ASSERT_TRUE(Eventually([&] { return events == 2; }));
+    EXPECT_LT(steady_clock::now() - request, 1s);
+    EXPECT_EQ(log.Take(), (std::vector<std::string>{"1 a b", "2 a"}));
+
+    const auto stop = steady_clock::now();
+    EXPECT_EQ(interface->MonitorSubDevices(false, 0, 0, {}), Status::Ok);
+    EXPECT_EQ(interface->MonitorSubDevices(false, 0, 0, {}), Status::Ok);
+    EXPECT_LT(steady_clock::now() - stop, 1s);
+    const int rounds = interface->rounds;
+    ASSERT_EQ(interface->MonitorSubDevices(true, 60000, 59800, callback), Status::Ok);
+    std::this_thread::sleep_for(50ms);
+    EXPECT_EQ(interface->rounds, rounds) << "a restarted monitor waits first";
+    EXPECT_TRUE(Eventually([&] { return interface->rounds > rounds; }));
+}
+
+TEST(Monitor, TheCallbackMayStopItAndDropTheInterface) {
+    auto interface = std::make_shared<FakeInterface>();
+    interface->SetReachable({Camera("a")});
+    std::weak_ptr<FakeInterface> watched = interface;
+    std::atomic<bool> go{false};
+    std::atomic<bool> done{false};
+    interface->MonitorSubDevices(true, 10, 0, [&](IDevice* device, SubDeviceEvents) {
+        while (!go)
+            std::this_thread::yield();
+        EXPECT_EQ(device->MonitorSubDevices(false, 0, 0, {}), Status::Ok);
+        interface.reset();
+        done = true;
+    });
+    go = true;
+    ASSERT_TRUE(Eventually([&] { return done.load(); }));
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST(Monitor, HeartbeatsReportIntoAnInterfaceThatIsGoingAway) {
+    for (int round = 0; round < 30; ++round) {
+        auto interface = std::make_shared<FakeInterface>();
+        const auto camera = Camera("a", DEVICE_STATE::Available, interface.get());
+        camera->Connect();
+        interface->SetReachable({camera});
+        interface->MonitorSubDevices(true, 1, 0, {});
+        std::thread heartbeat([&] {
+            for (int i = 0; i < 200; ++i)
+                camera->ReportLost();
+        });
+        interface.reset();
+        heartbeat.join();
+        EXPECT_EQ(camera->Parent(), nullptr);
+    }
+}
