@@ -9,7 +9,7 @@ folder=${2:-out/demo}
 ./scripts/setup.sh --minimal
 build=${BUILD:-build/demo}
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVX3_BUILD_TESTS=OFF -DVX3_BUILD_BENCH=OFF >/dev/null
-cmake --build "$build" -j "$(nproc)" --target vx3_tool contact_sheet | tail -n 1
+cmake --build "$build" -j "$(nproc)" --target vx3_program contact_sheet | tail -n 1
 rm -rf "$folder"
 mkdir -p "$folder"
 "$build/bin/vx3" --transport virtual list
