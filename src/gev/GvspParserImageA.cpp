@@ -67,8 +67,11 @@ StatusCode GvspParserImageA::HandlePacket(const std::uint8_t* data, std::size_t 
         if (landed && !(packet.inPlace && packet.header.Is(Gvsp::Format::Payload)))
             Lift(packet);
         status = Dispatch(packet, now);
-        if (!Failed(status))
+        if (!Failed(status)) {
             Accepted(packet, now);
+            if (!early_.empty())
+                ReplayEarly(now);
+        }
     }
     next = AdjustSettingBlock();
     return status;
@@ -80,6 +83,34 @@ void GvspParserImageA::Lift(Packet& packet) {
     std::memcpy(lifted_.data(), packet.payload.data, size);
     packet.payload = {lifted_.data(), size};
     packet.inPlace = false;
+}
+
+// Before the first leader nothing can be placed. It may be late, or lost and sent again: the newest packets
+// without it are kept.
+void GvspParserImageA::KeepEarly(const Packet& packet, TimePoint now) {
+    const std::size_t full = Gvsp::DataPerPacket(param_.packetSize, packet.header.extended);
+    if (full == 0 || packet.payload.size != full)
+        return;
+    resend_.RequestLeader(packet.addr.blockId, packet.header.extended, now);
+    if (early_.size() >= MaxEarly)
+        early_.erase(early_.begin());
+    early_.emplace_back(packet.payload.data - packet.header.Size(),
+                        packet.payload.data + packet.payload.size);
+}
+
+void GvspParserImageA::ReplayEarly(TimePoint now) {
+    const std::vector<std::vector<std::uint8_t>> datagrams = std::move(early_);
+    early_.clear();
+    for (const std::vector<std::uint8_t>& datagram : datagrams) {
+        Packet packet;
+        if (!Gvsp::DecodeHeader(datagram.data(), datagram.size(), packet.header))
+            continue;
+        packet.addr = {packet.header.packetId, static_cast<std::uint32_t>(packet.header.blockId)};
+        packet.length = datagram.size();
+        packet.payload = {datagram.data() + packet.header.Size(), packet.length - packet.header.Size()};
+        if (!Failed(Dispatch(packet, now)))
+            Accepted(packet, now);
+    }
 }
 
 StatusCode GvspParserImageA::Dispatch(Packet& packet, TimePoint now) {
@@ -171,9 +202,7 @@ StatusCode GvspParserImageA::FixGeometry(const Packet& packet, const Gvsp::Leade
 StatusCode GvspParserImageA::ProcessPayLoad(const Packet& packet, TimePoint now) {
     const GvspPacketAddr& addr = packet.addr;
     if (!geometry_.IsFixed()) {
-        const std::size_t full = Gvsp::DataPerPacket(param_.packetSize, packet.header.extended);
-        if (full != 0 && packet.payload.size == full)
-            resend_.RequestLeader(addr.blockId, packet.header.extended, now);
+        KeepEarly(packet, now);
         return Status::Malformed;
     }
     if (!geometry_.IsPayloadId(addr.packetId) || !geometry_.AcceptsData(addr.packetId, packet.payload.size))

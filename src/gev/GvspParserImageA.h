@@ -31,6 +31,7 @@ public:
     static constexpr unsigned DefaultBlocks = 8;          // spare blocks when the client asks for 0
     static constexpr std::size_t MaxPlacesAhead = 7;      // of a free block, before the oldest must go
     static constexpr std::size_t MaxDatagram = 16384;     // bytes
+    static constexpr std::size_t MaxEarly = 64;           // packets kept until the first leader comes
     static constexpr std::chrono::milliseconds Quiet{20}; // of silence make a tail count as lost
 
     struct Options {
@@ -82,6 +83,8 @@ private:
     void Accepted(const Packet& packet, TimePoint now);
     void LearnPace(const GvspPacketAddr& addr, TimePoint now);
     void Lift(Packet& packet);
+    void KeepEarly(const Packet& packet, TimePoint now);
+    void ReplayEarly(TimePoint now);
     StatusCode SetPacketState(GvspParserInfo& info, const GvspPacketAddr& addr, TimePoint now);
 
     GvspParserInfo* GetParserInfoByBlockId(std::uint32_t blockId);
@@ -128,8 +131,9 @@ private:
 
     GvspPacketAddr lastAddr_;
     TimePoint lastPacket_{};
-    std::chrono::microseconds pace_{0}; // longest recent wait between neighbours of one block
-    std::vector<std::uint8_t> lifted_;  // a datagram taken out of an image
+    std::chrono::microseconds pace_{0};            // longest recent wait between neighbours of one block
+    std::vector<std::uint8_t> lifted_;             // a datagram taken out of an image
+    std::vector<std::vector<std::uint8_t>> early_; // datagrams without a leader yet
     LogLimiter warnings_;
 };
 

@@ -236,7 +236,7 @@ TEST(GvspLoss, ASlowCamerasPausesAreNotTakenForLoss) {
         }
     ASSERT_EQ(lab.Images().size(), 3U);
     EXPECT_EQ(lab.Counts().incompleteBlocks, 0U);
-    EXPECT_LE(asked, 2U) << "until its pace is known";
+    EXPECT_LE(asked, GvspResendParser::MaxAttempts) << "until its pace is known";
 }
 
 TEST(GvspLoss, ARefusalEndsTheWaitForItsBlock) {

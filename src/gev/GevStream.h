@@ -1,0 +1,39 @@
+// A stream channel of a GigE Vision camera: makes the receiver listen, then tells the camera where to send.
+// Owned by its device.
+#pragma once
+
+#include "device/StreamAbs.h"
+#include "gev/IGvspReceiver.h"
+#include "vx3/gev/NetParam.h"
+
+#include <memory>
+
+namespace VX3 {
+
+class GevDevice;
+
+class GevStream final : public StreamAbs {
+public:
+    // `useFilter` asks for reception through the kernel filter driver; where that is not available the
+    // socket receiver serves, and the log says so.
+    GevStream(const char* name, GevDevice* device, unsigned int index, bool useFilter);
+    ~GevStream() override;
+
+    LiveStatistics* GetStatistics() override { return receiver_->GetStatistics(); }
+    using StreamAbs::GetStatistics;
+    bool UsesFilter() const { return useFilter_; }
+
+protected:
+    bool IsStreamingP() const override { return receiver_->IsListening(); }
+    StatusCode StartStreamP(std::shared_ptr<IImagePool> pool, unsigned int count) override;
+    StatusCode StopStreamP() override;
+
+private:
+    void StreamCallBack(std::unique_ptr<IImage>&& image, unsigned int id);
+
+    const bool useFilter_;
+    std::unique_ptr<IGvspReceiver> receiver_;
+    GevStreamParam param_;
+};
+
+} // namespace VX3
