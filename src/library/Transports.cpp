@@ -1,5 +1,6 @@
 #include "library/Transports.h"
 
+#include "gev/GevManager.h"
 #include "simulated/VirtualManager.h"
 
 namespace VX3 {
@@ -16,6 +17,7 @@ std::unique_ptr<IManager> Make(const char* name) {
 const TransportTable& Transports() {
     static const TransportTable table{
         {IntfDevType::Virtual, "ManagerAll Virtual", Make<VirtualManager>},
+        {IntfDevType::GigEVision, "ManagerAll GigE", Make<GevManager>},
     };
     return table;
 }
