@@ -24,7 +24,7 @@ double Float(const std::string& text) {
 
 // Gives fixed values and remembers what was asked for.
 template <typename T>
-class Recorder : public FormulaVariables<T> {
+class Recorder final : public FormulaVariables<T> {
 public:
     explicit Recorder(std::vector<T> values) : values_(std::move(values)) {}
     T Value(std::size_t slot) override {
@@ -119,7 +119,7 @@ TEST(FormulaValues, NamesComeFromTheScope) {
     EXPECT_EQ(formula.Slots()[0].variable, 0u);
     EXPECT_EQ(formula.Slots()[0].suffix, "Min");
     EXPECT_EQ(formula.Slots()[1].variable, 2u);
-    EXPECT_EQ(formula.Slots()[1].suffix, "");
+    EXPECT_EQ(formula.Slots()[1].suffix, "Max"); // declared with it
     EXPECT_EQ(formula.Slots()[2].suffix, "Entry.Mono8");
     EXPECT_EQ(formula.Slots()[3].variable, 3u);
     const std::int64_t values[] = {1, 2, 4, 8, 32};

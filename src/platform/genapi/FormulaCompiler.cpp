@@ -19,6 +19,18 @@ std::string Quoted(std::string_view text) {
     return quoted;
 }
 
+// What of its node a variable declared with a dotted name stands for.
+std::string_view DeclaredSuffix(std::string_view name) {
+    const std::size_t dot = name.find('.');
+    if (dot == std::string_view::npos)
+        return {};
+    const std::string_view suffix = name.substr(dot + 1);
+    for (const std::string_view known : {"Value", "Min", "Max", "Inc"})
+        if (suffix == known)
+            return suffix;
+    return suffix.substr(0, 6) == "Entry." ? suffix : std::string_view();
+}
+
 } // namespace
 
 FormulaCompiler::FormulaCompiler(FormulaType type, const FormulaScope& scope) : type_(type), scope_(scope) {
@@ -141,6 +153,8 @@ bool FormulaCompiler::AcceptDeclared(Routine& routine, const Token& token) {
     }
     std::size_t index = static_cast<std::size_t>(found);
     if (index < scope_.variables.size()) {
+        if (suffix.empty())
+            suffix = DeclaredSuffix(token.text);
         Emit(routine, FormulaOp::PushSlot, token.position, SlotFor(token.text, index, suffix));
         return true;
     }

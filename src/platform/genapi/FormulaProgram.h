@@ -10,8 +10,9 @@
 namespace GenApi_3_2 {
 namespace Engine {
 
-// A value that an evaluation may ask for. "GAIN.Min" yields the variable GAIN with suffix "Min" unless a
-// variable is declared with just that dotted name. The suffix is empty for the value itself.
+// A value that an evaluation may ask for. The suffix tells which value of the variable's node: "GAIN.Min" is
+// the variable GAIN with suffix "Min", or the variable declared as "GAIN.Min", likewise with suffix "Min". It
+// is empty for the value itself.
 struct FormulaSlot {
     std::size_t variable = 0; // index in FormulaScope::variables
     std::string suffix;       // "", "Value", "Min", "Max", "Inc", "Entry.Mono8", ...

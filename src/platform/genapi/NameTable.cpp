@@ -1,6 +1,7 @@
 #include "platform/genapi/NameTable.h"
 
 #include <cstring>
+#include <random>
 
 namespace GenApi_3_2 {
 namespace Engine {
@@ -9,10 +10,16 @@ namespace {
 
 constexpr std::size_t SmallestTable = 16;
 
+// Different in every process, so that no description can be made of names that all collide.
+std::uint64_t Seed() {
+    static const std::uint64_t seed = (std::uint64_t{std::random_device{}()} << 32) | std::random_device{}();
+    return seed;
+}
+
 // Names are short: eight characters at a time, well mixed at the end.
 std::uint32_t HashOf(std::string_view name) {
     constexpr std::uint64_t factor = 0x9E3779B97F4A7C15u;
-    std::uint64_t hash = name.size();
+    std::uint64_t hash = Seed() ^ name.size();
     std::uint64_t word;
     for (; name.size() >= sizeof(word); name.remove_prefix(sizeof(word))) {
         std::memcpy(&word, name.data(), sizeof(word));
