@@ -60,4 +60,17 @@ void DescriptionCheck::Load(const std::string& path) {
     nodeMap_ = map;
 }
 
+std::string DescriptionText(const IXmlData& description) {
+    if (!IsZipName(description.GetXmlName()))
+        return std::string(reinterpret_cast<const char*>(description.GetXmlData()),
+                           description.GetXmlDataSize());
+    try {
+        const GenApi_3_2::CNodeMapFactory factory(GenApi_3_2::ContentType_ZippedXml, description.GetXmlData(),
+                                                  description.GetXmlDataSize());
+        return factory.ToXml().c_str();
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
 } // namespace VX3::GenICam

@@ -1,8 +1,8 @@
 // Where the program writes: results to standard output, everything else to standard error.
 //
-// The library logs to std::cout unless a log configuration stands beside it; the console takes std::cout over,
-// so that its lines cannot mix with results, and shows warnings and errors (with --verbose, everything) on
-// standard error. One console a process, living as long as main.
+// The library logs to std::cout unless a log configuration stands beside it; the console takes std::cout
+// over, so that its lines cannot mix with results, and shows warnings and errors (with --verbose, everything)
+// on standard error. One console a process, living as long as main.
 #pragma once
 
 #include "vx3/core/Mutex.h"

@@ -3,6 +3,7 @@
 
 #include "vx3/core/Export.h"
 #include "vx3/genicam/INodeMap.h"
+#include "vx3/genicam/IXmlData.h"
 
 #include <memory>
 #include <string>
@@ -41,5 +42,8 @@ private:
     std::shared_ptr<IGenIObj> registers_;
     std::shared_ptr<INodeMap> nodeMap_;
 };
+
+// The text of a description, unpacked where it is zipped; empty when it cannot be. Never throws.
+VX3_API std::string DescriptionText(const IXmlData& description);
 
 } // namespace VX3::GenICam

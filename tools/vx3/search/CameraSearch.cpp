@@ -20,9 +20,9 @@ struct Transport {
     IntfDevType family;
 };
 
-constexpr Transport Transports[] = {
-    {"virtual", IntfDevType::Virtual}, {"gige", IntfDevType::GigEVision}, {"gencp", IntfDevType::GenCP},
-    {"grabber", IntfDevType::Grabber}, {"gentl", IntfDevType::Misc},      {"remote", IntfDevType::Remote}};
+constexpr Transport Transports[] = {{"virtual", IntfDevType::Virtual}, {"gige", IntfDevType::GigEVision},
+                                    {"gencp", IntfDevType::GenCP},     {"grabber", IntfDevType::Grabber},
+                                    {"gentl", IntfDevType::Misc},      {"remote", IntfDevType::Remote}};
 
 // A later round is never waited for: the first one is the list.
 constexpr unsigned int MonitorPeriodMs = 3600U * 1000U;

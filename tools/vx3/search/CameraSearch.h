@@ -1,5 +1,5 @@
-// Looks for cameras behind every interface at once and finds the one a person means. Owns the manager and with
-// it the interfaces; lives as long as a verb works with a camera.
+// Looks for cameras behind every interface at once and finds the one a person means. Owns the manager and
+// with it the interfaces; lives as long as a verb works with a camera.
 #pragma once
 
 #include "GlobalOptions.h"

@@ -1,0 +1,106 @@
+// vx3 monitor: reports cameras found, lost and changed as it happens.
+#include "Console.h"
+#include "Interrupt.h"
+#include "commands/Commands.h"
+#include "search/CameraSearch.h"
+#include "search/Connection.h"
+#include "vx3/core/Mutex.h"
+
+#include <chrono>
+#include <ctime>
+#include <thread>
+
+namespace VX3::Tool {
+
+namespace {
+
+std::string EventText(SUB_DEVICE_EVENT event) {
+    switch (event) {
+    case SUB_DEVICE_EVENT::Found:
+        return "found";
+    case SUB_DEVICE_EVENT::Lost:
+        return "lost";
+    case SUB_DEVICE_EVENT::StateChanged:
+        return "changed";
+    }
+    return "unknown";
+}
+
+std::string TimeText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local = {};
+    localtime_r(&now, &local);
+    char text[32];
+    std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &local);
+    return text;
+}
+
+class MonitorCommand : public Command {
+public:
+    MonitorCommand(CLI::App& app, const GlobalOptions& options)
+        : Command(app, options, "monitor", "Report cameras as they come, go and change, until Ctrl-C") {
+        App()
+            ->add_option("--period", period_, "Seconds between two looks (default 2)")
+            ->check(CLI::Range(0.1, 3600.0));
+        App()
+            ->add_option("--duration", duration_, "Seconds after which to end; 0 never (default)")
+            ->check(CLI::Range(0.0, 1e9));
+    }
+
+    int Run() override {
+        CatchInterrupts();
+        CameraSearch search(Options());
+        for (const std::shared_ptr<IDevice>& device : search.Interfaces())
+            device->MonitorSubDevices(true, static_cast<unsigned int>(period_ * 1000.0), 0,
+                                      [this](IDevice* interfaceDevice, const SubDeviceEvents& events) {
+                                          OnEvents(*interfaceDevice, events);
+                                      });
+        const auto started = std::chrono::steady_clock::now();
+        while (
+            !Interrupted() &&
+            (duration_ == 0.0 ||
+             std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count() < duration_))
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return 0;
+    }
+
+private:
+    // One monitoring thread an interface calls this.
+    void OnEvents(const IDevice& interfaceDevice, const SubDeviceEvents& events) {
+        MutexLock lock(mutex_);
+        for (const auto& [event, cameras] : events)
+            for (const std::shared_ptr<IDevice>& camera : cameras)
+                Report(interfaceDevice, event, *camera);
+    }
+
+    void Report(const IDevice& interfaceDevice, SUB_DEVICE_EVENT event, const IDevice& camera) const {
+        Console& console = Console::Instance();
+        if (Options().json) {
+            console.PrintJsonLine({{"time", TimeText()},
+                                   {"event", EventText(event)},
+                                   {"name", camera.Name()},
+                                   {"unique_name", camera.UniqueName()},
+                                   {"address", AddressOf(camera)},
+                                   {"state", StateText(camera.DeviceState())},
+                                   {"interface", interfaceDevice.Name()}});
+            return;
+        }
+        const std::string address = AddressOf(camera);
+        console.Out() << TimeText() << "  " << Padded(EventText(event), 7) << "  " << Printable(camera.Name())
+                      << (address.empty() ? "" : " at " + address) << " behind "
+                      << Printable(interfaceDevice.Name()) << ", " << StateText(camera.DeviceState())
+                      << std::endl;
+    }
+
+    Mutex mutex_; // one line at a time
+    double period_ = 2.0;
+    double duration_ = 0.0;
+};
+
+} // namespace
+
+std::unique_ptr<Command> CreateMonitorCommand(CLI::App& app, const GlobalOptions& options) {
+    return std::make_unique<MonitorCommand>(app, options);
+}
+
+} // namespace VX3::Tool

@@ -1,0 +1,52 @@
+// vx3 save: a camera's settings as a text file.
+#include "Console.h"
+#include "ToolError.h"
+#include "commands/Commands.h"
+#include "features/FeatureSaver.h"
+#include "search/Connection.h"
+
+#include <fstream>
+
+namespace VX3::Tool {
+
+namespace {
+
+class SaveCommand : public Command {
+public:
+    SaveCommand(CLI::App& app, const GlobalOptions& options)
+        : Command(app, options, "save", "Save a camera's settings to a text file") {
+        AddCameraArgument(camera_);
+        App()->add_option("FILE", file_, "Text file, one feature a line")->required();
+    }
+
+    int Run() override {
+        CameraSearch search(Options());
+        const Connection connection(search.Find(camera_));
+        std::ofstream file(file_, std::ios::trunc);
+        file << "# Settings of " << Printable(connection.Device().Name()) << ", for 'vx3 load'.\n";
+        const FeatureSaver::Result result = FeatureSaver(*connection.Nodes(), file).Save();
+        file.close();
+        if (!file)
+            throw ToolError(file_ + " cannot be written");
+        Console& console = Console::Instance();
+        for (const std::string& problem : result.problems)
+            console.Say(Printable(problem));
+        if (Options().json)
+            console.PrintJson({{"file", file_}, {"saved", result.saved}, {"problems", result.problems}});
+        else
+            console.Out() << result.saved << " values saved to " << file_ << '\n';
+        return result.problems.empty() ? 0 : 1;
+    }
+
+private:
+    std::string camera_;
+    std::string file_;
+};
+
+} // namespace
+
+std::unique_ptr<Command> CreateSaveCommand(CLI::App& app, const GlobalOptions& options) {
+    return std::make_unique<SaveCommand>(app, options);
+}
+
+} // namespace VX3::Tool

@@ -1,0 +1,34 @@
+// vx3 version: versions of the library.
+#include "Console.h"
+#include "commands/Commands.h"
+#include "vx3/library/System.h"
+
+namespace VX3::Tool {
+
+namespace {
+
+class VersionCommand : public Command {
+public:
+    VersionCommand(CLI::App& app, const GlobalOptions& options)
+        : Command(app, options, "version", "Show the library's version") {}
+
+    int Run() override {
+        Console& console = Console::Instance();
+        if (Options().json)
+            console.PrintJson({{"version", System::SDKVersion()},
+                               {"build", System::SDKBuildVersion()},
+                               {"library", System::GetCurrentPath()}});
+        else
+            console.Out() << "vx3 " << System::SDKVersion() << " build " << System::SDKBuildVersion() << ", "
+                          << System::GetCurrentPath() << '\n';
+        return 0;
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Command> CreateVersionCommand(CLI::App& app, const GlobalOptions& options) {
+    return std::make_unique<VersionCommand>(app, options);
+}
+
+} // namespace VX3::Tool

@@ -1,0 +1,60 @@
+// vx3 xml: the description that a camera publishes.
+#include "Console.h"
+#include "ToolError.h"
+#include "commands/Commands.h"
+#include "search/Connection.h"
+#include "vx3/genicam/DescriptionCheck.h"
+
+#include <fstream>
+
+namespace VX3::Tool {
+
+namespace {
+
+class XmlCommand : public Command {
+public:
+    XmlCommand(CLI::App& app, const GlobalOptions& options)
+        : Command(app, options, "xml", "Print a camera's description, unpacked") {
+        AddCameraArgument(camera_);
+        App()->add_option("-o,--output", file_, "Write to this file instead");
+        App()->add_flag("--original", original_, "The bytes as the camera gave them, perhaps zipped");
+    }
+
+    int Run() override {
+        CameraSearch search(Options());
+        const Connection connection(search.Find(camera_));
+        const IXmlData* description = connection.Configurer().GetXmlData();
+        if (description == nullptr)
+            throw ToolError(Describe(connection.Found()) + " gave no description", Status::NotAvailable);
+        const auto* bytes = reinterpret_cast<const char*>(description->GetXmlData());
+        const std::string text = original_ ? std::string(bytes, description->GetXmlDataSize())
+                                           : GenICam::DescriptionText(*description);
+        if (text.empty())
+            throw ToolError("the description " + description->GetXmlName() +
+                            " could not be unpacked; --original gives its bytes");
+        if (file_.empty()) {
+            Console::Instance().Out() << text;
+            Console::Instance().Out().flush();
+            return 0;
+        }
+        std::ofstream file(file_, std::ios::binary | std::ios::trunc);
+        file << text;
+        file.close();
+        if (!file)
+            throw ToolError(file_ + " cannot be written");
+        return 0;
+    }
+
+private:
+    std::string camera_;
+    std::string file_;
+    bool original_ = false;
+};
+
+} // namespace
+
+std::unique_ptr<Command> CreateXmlCommand(CLI::App& app, const GlobalOptions& options) {
+    return std::make_unique<XmlCommand>(app, options);
+}
+
+} // namespace VX3::Tool
