@@ -43,8 +43,16 @@ bool IsRegister(NodeKind kind) {
     }
 }
 
-bool IsElement(pugi::xml_node xml) {
-    return xml.type() == pugi::node_element;
+// Calls `visit` for each element directly inside `parent`.
+template <typename Visit>
+void ForEachElement(pugi::xml_node parent, Visit visit) {
+    for (pugi::xml_node xml = parent.first_child();; xml = xml.next_sibling()) {
+        const pugi::xml_node_type type = xml.type();
+        if (type == pugi::node_null)
+            return;
+        if (type == pugi::node_element)
+            visit(xml);
+    }
 }
 
 // Prefixes of namespaces are rare: only a name that is not found is searched for one.
@@ -105,30 +113,30 @@ void DescriptionReader::ReadHeader(pugi::xml_node root) {
 void DescriptionReader::ReadNodes(pugi::xml_node parent, int depth) {
     if (depth > MaxDescriptionDepth)
         Refuse(xml_.LineOf(parent), {}, "groups nest too deeply");
-    for (pugi::xml_node xml = parent.first_child(); xml; xml = xml.next_sibling()) {
-        if (!IsElement(xml))
-            continue;
-        const NodeKind kind = Lookup(NodeKindOf, xml.name());
-        switch (kind) {
-        case NodeKind::Group:
-            ReadNodes(xml, depth + 1);
-            break;
-        case NodeKind::StructReg:
-            ReadStructure(xml);
-            break;
-        case NodeKind::Extension:
-            xml_.CheckDepth(xml, {});
-            break;
-        case NodeKind::Unknown:
-        case NodeKind::EnumEntry:
-        case NodeKind::StructEntry:
-            xml_.CheckDepth(xml, {});
-            Note(xml_.LineOf(xml), AttributeText(xml, "Name"),
-                 "unknown node type " + Quoted(LocalName(xml.name())) + " is skipped");
-            break;
-        default:
-            ReadNode(xml, kind);
-        }
+    ForEachElement(parent, [&](pugi::xml_node xml) { ReadAny(xml, depth); });
+}
+
+void DescriptionReader::ReadAny(pugi::xml_node xml, int depth) {
+    const NodeKind kind = Lookup(NodeKindOf, xml.name());
+    switch (kind) {
+    case NodeKind::Group:
+        ReadNodes(xml, depth + 1);
+        break;
+    case NodeKind::StructReg:
+        ReadStructure(xml);
+        break;
+    case NodeKind::Extension:
+        xml_.CheckDepth(xml, {});
+        break;
+    case NodeKind::Unknown:
+    case NodeKind::EnumEntry:
+    case NodeKind::StructEntry:
+        xml_.CheckDepth(xml, {});
+        Note(xml_.LineOf(xml), AttributeText(xml, "Name"),
+             "unknown node type " + Quoted(LocalName(xml.name())) + " is skipped");
+        break;
+    default:
+        ReadNode(xml, kind);
     }
 }
 
@@ -154,9 +162,10 @@ void DescriptionReader::ReadStructure(pugi::xml_node xml) {
     description_.elements_.erase(first, description_.elements_.end());
     ReadContained(context, NoNode);
     const bool isStandard = AttributeText(xml, "NameSpace") == "Standard";
-    for (pugi::xml_node child : xml.children())
-        if (IsElement(child) && LocalName(child.name()) == "StructEntry")
+    ForEachElement(xml, [&](pugi::xml_node child) {
+        if (LocalName(child.name()) == "StructEntry")
             ReadStructEntry(child, common, isStandard);
+    });
 }
 
 void DescriptionReader::ReadStructEntry(pugi::xml_node xml, const std::vector<Element>& common,
@@ -239,18 +248,17 @@ void DescriptionReader::EndRecord(std::int32_t index) {
 }
 
 void DescriptionReader::ReadElements(pugi::xml_node xml, Context& context) {
-    for (pugi::xml_node child = xml.first_child(); child; child = child.next_sibling())
-        if (IsElement(child))
-            ReadElement(child, context);
+    ForEachElement(xml, [&](pugi::xml_node child) { ReadElement(child, context); });
 }
 
 void DescriptionReader::ReadElement(pugi::xml_node xml, Context& context) {
     Element element;
-    element.id = Lookup(ElementIdOf, xml.name());
-    element.line = xml_.LineOf(xml);
+    const char* const name = xml.name();
+    element.id = Lookup(ElementIdOf, name);
+    element.line = xml_.LineOf(name);
     switch (element.id) {
     case ElementId::Unknown:
-        Note(element.line, context.name, "unknown element " + Quoted(LocalName(xml.name())) + " is skipped");
+        Note(element.line, context.name, "unknown element " + Quoted(LocalName(name)) + " is skipped");
         break;
     case ElementId::Extension:
         break;
@@ -270,7 +278,7 @@ void DescriptionReader::ReadElement(pugi::xml_node xml, Context& context) {
 
 void DescriptionReader::ReadPlain(pugi::xml_node xml, Element element, const Context& context) {
     const pugi::xml_node inside = xml.first_child();
-    if (inside)
+    if (inside.type() != pugi::node_null)
         xml_.CheckDepth(xml, context.name);
     element.text = xml_.TextOf(xml, inside);
     if (element.text.empty() && !MayBeEmpty(element.id, context.kind)) {
@@ -336,10 +344,11 @@ void DescriptionReader::ReadEntry(pugi::xml_node xml, Element element, Context& 
 }
 
 bool DescriptionReader::HasValue(pugi::xml_node xml) {
-    for (pugi::xml_node child : xml.children())
-        if (IsElement(child) && LocalName(child.name()) == "Value")
-            return !xml_.TextOf(child).empty();
-    return false;
+    bool found = false;
+    ForEachElement(xml, [&](pugi::xml_node child) {
+        found = found || (LocalName(child.name()) == "Value" && !xml_.TextOf(child).empty());
+    });
+    return found;
 }
 
 // Inside a register such a node need not be named; as a record it is.

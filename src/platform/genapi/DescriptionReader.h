@@ -38,6 +38,7 @@ private:
     void Reserve();
     void ReadHeader(pugi::xml_node root);
     void ReadNodes(pugi::xml_node parent, int depth);
+    void ReadAny(pugi::xml_node xml, int depth);
     void ReadNode(pugi::xml_node xml, NodeKind kind);
     void ReadStructure(pugi::xml_node xml);
     void ReadStructEntry(pugi::xml_node xml, const std::vector<Element>& common, bool isStandard);

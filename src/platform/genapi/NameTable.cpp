@@ -16,20 +16,36 @@ std::uint64_t Seed() {
     return seed;
 }
 
-// Names are short: eight characters at a time, well mixed at the end.
+template <typename Word>
+Word Load(const char* at) {
+    Word word;
+    std::memcpy(&word, at, sizeof(word));
+    return word;
+}
+
+// The last one to eight characters; longer names have been read up to there.
+std::uint64_t LoadTail(std::string_view name) {
+    const char* const end = name.data() + name.size();
+    if (name.size() >= sizeof(std::uint64_t))
+        return Load<std::uint64_t>(end - sizeof(std::uint64_t));
+    if (name.size() >= sizeof(std::uint32_t))
+        return (std::uint64_t{Load<std::uint32_t>(name.data())} << 32) |
+               Load<std::uint32_t>(end - sizeof(std::uint32_t));
+    std::uint64_t tail = 0;
+    for (char c : name)
+        tail = (tail << 8) | static_cast<unsigned char>(c);
+    return tail;
+}
+
+// Names are short: eight characters at a time, well mixed.
 std::uint32_t HashOf(std::string_view name) {
     constexpr std::uint64_t factor = 0x9E3779B97F4A7C15u;
     std::uint64_t hash = Seed() ^ name.size();
-    std::uint64_t word;
-    for (; name.size() >= sizeof(word); name.remove_prefix(sizeof(word))) {
-        std::memcpy(&word, name.data(), sizeof(word));
-        hash = (hash ^ word) * factor;
+    for (std::size_t i = 0; i + sizeof(hash) < name.size(); i += sizeof(hash)) {
+        hash = (hash ^ Load<std::uint64_t>(name.data() + i)) * factor;
         hash ^= hash >> 32;
     }
-    word = 0;
-    for (char c : name)
-        word = (word << 8) | static_cast<unsigned char>(c);
-    hash = (hash ^ word) * factor;
+    hash = (hash ^ LoadTail(name)) * factor;
     return static_cast<std::uint32_t>(hash >> 32);
 }
 

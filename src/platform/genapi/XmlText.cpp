@@ -68,16 +68,12 @@ void XmlText::CheckDoctype() {
             ThrowDescriptionError(fileName_, 0, {}, "definitions of entities are not allowed");
 }
 
-std::uint32_t XmlText::LineOf(pugi::xml_node xml) {
-    return lines_.LineOf(static_cast<std::size_t>(xml.name() - text_.data()));
-}
-
 std::string_view XmlText::TextOf(pugi::xml_node xml) {
     return TextOf(xml, xml.first_child());
 }
 
 std::string_view XmlText::TextOf(pugi::xml_node xml, pugi::xml_node child) {
-    if (!child)
+    if (child.type() == pugi::node_null)
         return Strip(xml.value());
     if (child.type() == pugi::node_cdata && !child.next_sibling() && *xml.value() == '\0')
         return Strip(child.value());

@@ -20,7 +20,11 @@ public:
     XmlText(std::string& text, std::deque<std::string>& arena, const std::string& fileName);
 
     pugi::xml_node Root() const { return document_.document_element(); }
-    std::uint32_t LineOf(pugi::xml_node xml);
+    std::uint32_t LineOf(pugi::xml_node xml) { return LineOf(xml.name()); }
+    // Likewise, for a caller who has the element's name already.
+    std::uint32_t LineOf(const char* name) {
+        return lines_.LineOf(static_cast<std::size_t>(name - text_.data()));
+    }
     // The text directly inside the element without blanks around it, comments and CDATA marks taken out.
     std::string_view TextOf(pugi::xml_node xml);
     // Likewise, for a caller who has `firstChild` already.
