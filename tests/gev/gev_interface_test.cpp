@@ -1,0 +1,109 @@
+#include "gev/GevInterfaceDev.h"
+
+#include "gev/GevManager.h"
+#include "gev/NICEnumerator.h"
+#include "support/ScriptedCamera.h"
+#include "vx3/core/Utilities.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+
+namespace VX3 {
+namespace {
+
+using namespace Test;
+
+// The loopback interface, which enumeration never lists; broadcasts stay unsent.
+class Loopback : public GevInterfaceDev {
+public:
+    explicit Loopback(const std::string& id = "lo") : GevInterfaceDev("loop", "a loop", id, 0, 0) {}
+    ~Loopback() override { Shutdown(); }
+    using GevInterfaceDev::EnumSubDevices;
+    std::list<std::shared_ptr<IDevice>> EnumSubDevices(const NET_PARAM& param,
+                                                       std::uint32_t target) override {
+        ++rounds[target];
+        if (target == 0)
+            return {};
+        return GevInterfaceDev::EnumSubDevices(param, target);
+    }
+    std::map<std::uint32_t, int> rounds;
+};
+
+TEST(GevInterfaceDev, NamesCamerasByItsRule) {
+    GevDiscoveryInfo info;
+    info.modelName = "CamA";
+    info.serialNumber = "S123";
+    info.currentIp = 0xC0A80114;
+    EXPECT_EQ(GevInterfaceDev::DeviceName(info, 0), "CamA(S123)");
+    EXPECT_EQ(GevInterfaceDev::DeviceName(info, 1), "CamA@192.168.1.20");
+    EXPECT_EQ(GevInterfaceDev::DeviceName(info, 2), "CamA(S123)@192.168.1.20");
+    EXPECT_EQ(GevInterfaceDev::DeviceName(info, 3), "CamA");
+    EXPECT_EQ(GevInterfaceDev::DeviceName(info, 77), "CamA(S123)");
+}
+
+TEST(GevInterfaceDev, ReadsDottedAddresses) {
+    EXPECT_EQ(GevInterfaceDev::ParseAddress("192.168.1.20"), 0xC0A80114U);
+    EXPECT_EQ(GevInterfaceDev::ParseAddress("10"), 0x0A000000U);
+    EXPECT_EQ(GevInterfaceDev::ParseAddress("1.2.3.4.5"), 0x01020304U);
+    for (const char* none : {"", "0.0.0.0", "camera", "...", "."})
+        EXPECT_EQ(GevInterfaceDev::ParseAddress(none), 0U) << none;
+}
+
+TEST(GevInterfaceDev, FindsACameraOnceHoweverOftenItAnswers) {
+    CameraConfig config;
+    config.serial = "0123456789ABCDEF"; // fills its field
+    ScriptedCamera camera(config);
+    camera.AddAckRule({AckFault::Twice, Gvcp::Command::Discovery});
+    Loopback interface;
+    const auto found = interface.EnumSubDevices(ScriptedCamera::HostParam(), camera.Ip());
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found.front()->Name(), "Scripted(0123456789ABCDEF)");
+    EXPECT_EQ(found.front()->DeviceState(), DEVICE_STATE::Available);
+    EXPECT_EQ(found.front()->Parent(), &interface);
+    interface.SetNameRule(GevInterfaceDev::ModelSerialIp);
+    EXPECT_EQ(interface.EnumSubDevices(ScriptedCamera::HostParam(), camera.Ip()).front()->Name(),
+              "Scripted(0123456789ABCDEF)@" + Ipv4Text(camera.Ip()));
+    EXPECT_TRUE(interface.EnumSubDevices(NET_PARAM{}, camera.Ip()).empty());
+}
+
+TEST(GevInterfaceDev, CamerasAddedByAddressStay) {
+    ScriptedCamera camera;
+    Loopback interface;
+    EXPECT_EQ(interface.AddSubDevice(""), Status::NotFound);
+    EXPECT_EQ(interface.AddSubDevice("0.0.0.0"), Status::NotFound);
+    EXPECT_EQ(Loopback("no-such-interface").AddSubDevice("10.0.0.1"), Status::NoIpAddress);
+    const std::string address = Ipv4Text(camera.Ip());
+    ASSERT_EQ(interface.AddSubDevice(address), Status::Ok);
+    ASSERT_EQ(interface.SubDevices().size(), 1U);
+    EXPECT_EQ(interface.AddSubDevice(address), Status::Ok);
+    EXPECT_EQ(interface.SubDevices().size(), 1U) << "known: not added again";
+    EXPECT_EQ(interface.rounds[camera.Ip()], 1);
+
+    const auto device = interface.SubDevices().front().lock();
+    (void)interface.UpdateSubDevicesA(interface.EnumSubDevices(5000), false);
+    ASSERT_EQ(interface.SubDevices().size(), 1U) << "broadcasts do not reach it; later rounds ask for it";
+    EXPECT_EQ(interface.SubDevices().front().lock(), device);
+    camera.Vanish();
+    (void)interface.UpdateSubDevicesA(interface.EnumSubDevices(5000), false);
+    EXPECT_TRUE(interface.SubDevices().empty());
+}
+
+TEST(GevManager, MakesOneInterfaceDeviceANetworkInterface) {
+    GevManager manager("GigE");
+    const auto nics = NICEnumerator::EnumerateNICs();
+    ASSERT_EQ(manager.EnumDevices(), static_cast<StatusCode>(nics.size()));
+    EXPECT_EQ(manager.GetDevices(IntfDevType::GigEVision), static_cast<int>(nics.size()));
+    for (unsigned int i = 0; i < nics.size(); ++i) {
+        const auto device = manager.GetDevice(i, IntfDevType::All);
+        EXPECT_EQ(device->UniqueName(), nics[i].name);
+        EXPECT_EQ(device->DeviceType(), 0x10002U);
+        EXPECT_TRUE(device->IsInterface());
+        EXPECT_EQ(device->GetInfo().front().second, nics[i].name);
+        EXPECT_EQ(device->Connect(), Status::Ok);
+        EXPECT_EQ(device->DisConnect(), Status::Ok);
+    }
+}
+
+} // namespace
+} // namespace VX3
