@@ -1,6 +1,7 @@
 #include "core/LoggerProperties.h"
 
 #include "core/UniqueFd.h"
+#include "vx3/core/Mutex.h"
 #include "vx3/core/Utilities.h"
 
 #include <fstream>
@@ -59,8 +60,14 @@ std::string ResolveAppenderFiles(const std::string& properties) {
     return out;
 }
 
-// log4cpp reads from a named file only, so the resolved text goes through an anonymous one.
+// log4cpp reads from a named file only, so the resolved text goes through an anonymous one. Configuring twice
+// would open every appender's file again and never close the first ones.
 void ConfigureLog4cpp(const std::string& path) {
+    static Mutex mutex;
+    static std::string configured;
+    MutexLock lock(mutex);
+    if (path == configured)
+        return;
     std::ifstream file(path);
     if (!file)
         throw log4cpp::ConfigureFailure("File " + path + " does not exist");
@@ -69,6 +76,7 @@ void ConfigureLog4cpp(const std::string& path) {
     if (!memory || !WriteAll(memory.Get(), ResolveAppenderFiles(text)))
         throw log4cpp::ConfigureFailure("no memory to configure logging from " + path);
     log4cpp::PropertyConfigurator::configure("/proc/self/fd/" + std::to_string(memory.Get()));
+    configured = path;
 }
 
 } // namespace VX3

@@ -9,8 +9,8 @@ namespace VX3 {
 // directory; names that begin with a ${variable} stay.
 std::string ResolveAppenderFiles(const std::string& properties);
 
-// Configures log4cpp from the file at `path`. Throws log4cpp::ConfigureFailure (a std::exception) when the
-// file is missing or malformed.
+// Configures log4cpp from the file at `path`, unless that is what it was configured from last. Throws
+// log4cpp::ConfigureFailure (a std::exception) when the file is missing or malformed.
 void ConfigureLog4cpp(const std::string& path);
 
 } // namespace VX3
