@@ -8,7 +8,7 @@ namespace VX3 {
 
 namespace {
 
-// Makes the result and calls line(source, target) for every line.
+// Makes the result and calls line(source, target, stores) for every line.
 template <class Line>
 std::unique_ptr<IImage> EachLine(const IImage& image, PixelFormatValue format,
                                  std::shared_ptr<IImagePool> pool, const Line& line) {
@@ -19,10 +19,12 @@ std::unique_ptr<IImage> EachLine(const IImage& image, PixelFormatValue format,
     }
     const SourceLines source = LinesOf(image);
     const TargetLines target = LinesOf(*result);
+    const Kernels::Stores stores = StoresFor(*result);
     ForLines(info.height, std::size_t{info.width} * info.height, [&](std::size_t first, std::size_t last) {
         for (std::size_t y = first; y < last; ++y) {
-            line(source.Line(y), target.Line(y));
+            line(source.Line(y), target.Line(y), stores);
         }
+        FinishStores(stores);
     });
     return result;
 }
@@ -60,15 +62,15 @@ std::unique_ptr<IImage> ReduceColour(const IImage& image, const FormatTraits& tr
                                      std::shared_ptr<IImagePool> pool) {
     const std::size_t width = image.GetImageInfo()->width;
     const unsigned int shift = traits.depth - 8;
-    const auto line = [&](const std::uint8_t* source, std::uint8_t* target) {
+    const auto line = [&](const std::uint8_t* source, std::uint8_t* target, Kernels::Stores stores) {
         if (!traits.swaps) {
-            Kernels::ReduceLine(source, target, width * traits.channels, shift);
+            Kernels::ReduceLine(source, target, width * traits.channels, shift, stores);
         } else if (traits.sampleBytes == 2) {
             Kernels::ReduceSwapLine4(source, target, width, shift);
         } else if (traits.channels == 3) {
             Kernels::SwapLine3(source, target, width);
         } else {
-            Kernels::SwapLine4(source, target, width);
+            Kernels::SwapLine4(source, target, width, stores);
         }
     };
     return EachLine(image, traits.reduced, std::move(pool), line);
@@ -84,7 +86,7 @@ std::unique_ptr<IImage> UnpackImage(const IImage* image, const FormatTraits& tra
     const std::size_t width = image->GetImageInfo()->width;
     const std::size_t held = image->GetImageInfo()->Stride();
     return EachLine(*image, traits.unpacked, std::move(pool),
-                    [&](const std::uint8_t* source, std::uint8_t* target) {
+                    [&](const std::uint8_t* source, std::uint8_t* target, Kernels::Stores) {
                         if (traits.kind == FormatKind::Float) {
                             Kernels::FloatLineTo16(source, target, width);
                         } else {
@@ -107,13 +109,13 @@ std::unique_ptr<IImage> ReduceImage(const IImage* image, const FormatTraits& tra
     const std::size_t width = image->GetImageInfo()->width;
     const std::size_t held = image->GetImageInfo()->Stride();
     return EachLine(*image, traits.reduced, std::move(pool),
-                    [&](const std::uint8_t* source, std::uint8_t* target) {
+                    [&](const std::uint8_t* source, std::uint8_t* target, Kernels::Stores stores) {
                         if (traits.kind == FormatKind::Float) {
                             Kernels::FloatLineTo8(source, target, width);
                         } else if (traits.kind == FormatKind::Packed) {
                             Kernels::UnpackLineTo8(traits.packing, source, held, target, width);
                         } else {
-                            Kernels::ReduceLine(source, target, width, traits.depth - 8);
+                            Kernels::ReduceLine(source, target, width, traits.depth - 8, stores);
                         }
                     });
 }

@@ -2,6 +2,7 @@
 
 #include "processing/kernels/Histogram.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace VX3 {
@@ -11,19 +12,41 @@ namespace {
 using Histograms = std::vector<std::pair<PixelChannelID, HistogramData>>;
 using Kernels::Counters;
 
-// The result's arrays and three temporary ones a channel, which go back to their pool afterwards.
+// The result's arrays and three temporary ones a channel, which go back to their pool afterwards. The
+// temporary ones of a channel share a buffer where they fit, apart from each other: arrays at equal page
+// offsets would make a count of one wait for the same count of the other. Small images are counted in the
+// result alone.
 class CountArrays {
 public:
-    CountArrays(unsigned int channels, std::uint32_t bins) {
+    CountArrays(unsigned int channels, std::uint32_t bins, std::size_t samples) {
+        constexpr std::uint32_t kApart = 48; // counts
+        constexpr unsigned int kTemporary = Counters::kWays - 1;
         counters_.bins = bins;
-        for (unsigned int i = 0; i < channels * Counters::kWays; ++i) {
-            counters_.counts[i] = histograms_[i].emplace(bins).Data();
+        single_ = samples < std::size_t{Counters::kWays} * bins;
+        const bool share = kTemporary * (bins + kApart) <= kMostBins;
+        for (unsigned int channel = 0; channel < channels; ++channel) {
+            std::uint32_t** counts = counters_.counts + std::size_t{channel} * Counters::kWays;
+            counts[0] = results_[channel].emplace(bins).Data();
+            if (single_) {
+                std::fill(counts + 1, counts + Counters::kWays, counts[0]);
+                continue;
+            }
+            for (unsigned int i = 0; i < kTemporary; ++i) {
+                auto& buffer = temporary_[channel][share ? 0 : i];
+                if (!buffer) {
+                    buffer.emplace(share ? kTemporary * (bins + kApart) : bins);
+                }
+                counts[1 + i] = buffer->Data() + (share ? i * (bins + kApart) + kApart : 0);
+            }
+        }
+    }
+    void Sum(unsigned int channels) const {
+        if (!single_) {
+            Kernels::SumCounters(channels, counters_);
         }
     }
     const Counters& All() const { return counters_; }
-    const HistogramData& Result(unsigned int channel) const {
-        return *histograms_[channel * Counters::kWays];
-    }
+    const HistogramData& Result(unsigned int channel) const { return *results_[channel]; }
 
     // The arrays of two channels in the given order, for lines that hold just those.
     Counters Two(unsigned int first, unsigned int second) const {
@@ -37,8 +60,12 @@ public:
     }
 
 private:
-    std::optional<HistogramData> histograms_[Counters::kMaxChannels * Counters::kWays];
+    static constexpr std::uint32_t kMostBins = 65536; // of a histogram's buffer
+
+    std::optional<HistogramData> results_[Counters::kMaxChannels];
+    std::optional<HistogramData> temporary_[Counters::kMaxChannels][Counters::kWays - 1];
     Counters counters_{};
+    bool single_ = false;
 };
 
 void CountLine(const SampleLayout& layout, const std::uint8_t* line, std::size_t pixels,
@@ -83,14 +110,15 @@ Histograms CountImage(const IImage* image, const SampleLayout& layout, const ROI
     const SourceLines source = LinesOf(*image);
     const ROIRect region = ClippedRegion(roi, info);
     const unsigned int channels = layout.bayer ? 4 : layout.channels;
-    const CountArrays arrays(channels, std::uint32_t{1} << format.BitDepth());
+    const CountArrays arrays(channels, std::uint32_t{1} << format.BitDepth(),
+                             std::size_t{region.width} * region.height);
     if (layout.bayer) {
         CountBayer(layout, source, region, arrays);
     } else {
         const bool whole = region.width == info.width && region.height == info.height;
         CountPlain(layout, source, region, whole && info.paddingX == 0, arrays.All());
     }
-    Kernels::SumCounters(channels, arrays.All());
+    arrays.Sum(channels);
     Histograms histograms;
     histograms.reserve(channels);
     for (unsigned int i = 0; i < channels; ++i) {

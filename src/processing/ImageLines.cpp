@@ -1,6 +1,7 @@
 #include "processing/ImageLines.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace VX3 {
@@ -44,6 +45,18 @@ std::unique_ptr<IImage> NewResult(const IImage& source, PixelFormat format,
                                   std::shared_ptr<IImagePool> pool) {
     const ImageInfo& info = *source.GetImageInfo();
     return NewResult(source, format, {info.width, info.height}, std::move(pool));
+}
+
+Kernels::Stores StoresFor(const IImage& result) {
+    constexpr unsigned int kStaysCached = 4U << 20; // bytes; the outer cache of the machines we run on
+    return result.GetImageInfo()->ImageDataSize() > kStaysCached ? Kernels::Stores::Streaming
+                                                                 : Kernels::Stores::Cached;
+}
+
+void FinishStores(Kernels::Stores stores) {
+    if (stores == Kernels::Stores::Streaming) {
+        std::atomic_thread_fence(std::memory_order_seq_cst);
+    }
 }
 
 ROIRect ClippedRegion(const ROIRect* region, const ImageInfo& info) {

@@ -1,6 +1,7 @@
 // The pixel memory of images as lines, and new images for results.
 #pragma once
 
+#include "processing/kernels/Stores.h"
 #include "vx3/image/IImage.h"
 #include "vx3/image/IImagePool.h"
 
@@ -38,6 +39,10 @@ std::unique_ptr<IImage> NewResult(const IImage& source, PixelFormat format, cons
                                   std::shared_ptr<IImagePool> pool);
 // The same with the source's width and height and no padding.
 std::unique_ptr<IImage> NewResult(const IImage& source, PixelFormat format, std::shared_ptr<IImagePool> pool);
+
+// How to write a result of this size, and what must follow before others may read it.
+Kernels::Stores StoresFor(const IImage& result);
+void FinishStores(Kernels::Stores stores);
 
 // The part of a region that lies in the image; the whole image when there is none or it starts outside.
 ROIRect ClippedRegion(const ROIRect* region, const ImageInfo& info);

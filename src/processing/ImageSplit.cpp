@@ -50,14 +50,16 @@ Parts SplitImage(const IImage* image, const SampleLayout& layout, std::shared_pt
     const unsigned int channels = layout.bayer ? 2 : layout.channels;
     const std::size_t pixels = layout.bayer ? info.width / 2 : info.width;
     const std::size_t lines = layout.bayer ? info.height / 2 * 2 : info.height;
+    const Kernels::Stores stores = StoresFor(*parts.front().second);
     ForLines(lines, std::size_t{info.width} * info.height, [&](std::size_t first, std::size_t last) {
         for (std::size_t y = first; y < last; ++y) {
             std::uint8_t* lineTargets[kMaxParts] = {};
             for (unsigned int i = 0; i < channels; ++i) {
                 lineTargets[i] = layout.bayer ? targets[y % 2 * 2 + i].Line(y / 2) : targets[i].Line(y);
             }
-            Kernels::SplitLine(source.Line(y), lineTargets, pixels, channels, layout.sampleBytes);
+            Kernels::SplitLine(source.Line(y), lineTargets, pixels, channels, layout.sampleBytes, stores);
         }
+        FinishStores(stores);
     });
     return parts;
 }

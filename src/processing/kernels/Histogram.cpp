@@ -2,6 +2,8 @@
 
 #include "processing/kernels/Samples.h"
 
+#include <utility>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "processing/kernels/Histogram.cpp"
 #include "hwy/foreach_target.h"
@@ -36,16 +38,25 @@ HWY_INLINE bool AllBelow(const std::uint8_t* source, std::uint32_t bins) {
     return hn::AllTrue(d16, hn::Eq(outside, hn::Zero(d16)));
 }
 
+// Four samples of a word, of which the first is number `First` of its block.
+template <unsigned int Channels, std::size_t First>
+HWY_INLINE void CountWord(std::uint64_t word, std::uint32_t* const* counts) {
+    ++counts[WayOf<Channels>(First)][word & 0xFFFF];
+    ++counts[WayOf<Channels>(First + 1)][word >> 16 & 0xFFFF];
+    ++counts[WayOf<Channels>(First + 2)][word >> 32 & 0xFFFF];
+    ++counts[WayOf<Channels>(First + 3)][word >> 48];
+}
+
+// `samples` is a multiple of the run, which holds whole pixels.
 template <unsigned int Channels>
-HWY_INLINE void CountBlock(const std::uint8_t* source, std::uint32_t* const* counts) {
-    for (std::size_t i = 0; i < kBlock; i += 4) {
-        std::uint64_t four;
-        std::memcpy(&four, source + 2 * i, sizeof four);
-        for (std::size_t k = 0; k < 4; ++k) {
-            // With two or four channels the sample's place tells its channel; a block holds whole pixels.
-            const std::size_t channel = (i + k) % Channels;
-            const std::size_t way = (i + k) / Channels % Counters::kWays;
-            ++counts[Counters::kWays * channel + way][four >> (16 * k) & 0xFFFF];
+HWY_INLINE void CountRun(const std::uint8_t* source, std::size_t samples, std::uint32_t* const* counts) {
+    constexpr std::size_t kRun = Channels == 3 ? 12 : 16;
+    for (std::size_t i = 0; i < samples; i += kRun) {
+        CountWord<Channels, 0>(Sample<std::uint64_t>(source + 2 * i, 0), counts);
+        CountWord<Channels, 4>(Sample<std::uint64_t>(source + 2 * i, 1), counts);
+        CountWord<Channels, 8>(Sample<std::uint64_t>(source + 2 * i, 2), counts);
+        if constexpr (Channels != 3) {
+            CountWord<Channels, 12>(Sample<std::uint64_t>(source + 2 * i, 3), counts);
         }
     }
 }
@@ -68,16 +79,7 @@ std::size_t Count16(const std::uint8_t* source, std::size_t pixels, const Counte
             Reference::CountLine16(block, kPixels, Channels, counters);
             continue;
         }
-        if constexpr (Channels == 3) {
-            for (std::size_t i = 0; i < kPixels; ++i) {
-                for (std::size_t channel = 0; channel < 3; ++channel) {
-                    ++counts[Counters::kWays * channel + i % Counters::kWays]
-                            [Sample<std::uint16_t>(block, 3 * i + channel)];
-                }
-            }
-        } else {
-            CountBlock<Channels>(block, counts);
-        }
+        CountRun<Channels>(block, kBlocks * kBlock, counts);
     }
     return x;
 }
@@ -126,22 +128,26 @@ namespace {
 HWY_EXPORT(CountWide16);
 HWY_EXPORT(SumWays);
 
-// Vectors have no counters; 8-bit samples are taken from 64-bit words instead, a group of whole pixels a
-// time.
+// Vectors have no counters; 8-bit samples are taken from 64-bit words instead.
+template <unsigned int Channels, std::size_t First, std::size_t... I>
+void CountBytes(std::uint64_t word, std::uint32_t* const* counts, std::index_sequence<I...>) {
+    (++counts[WayOf<Channels>(First + I)][word >> (8 * I) & 0xFF], ...);
+}
+
 template <unsigned int Channels>
 std::size_t Count8(const std::uint8_t* source, std::size_t pixels, const Counters& counters) {
-    constexpr std::size_t kWords = Channels == 3 ? 3 : 2;
+    constexpr std::size_t kWords = Channels == 3 ? 3 : 2; // whole pixels of every channel count
     constexpr std::size_t kPixels = kWords * 8 / Channels;
+    constexpr std::make_index_sequence<8> kBytes;
     std::uint32_t* counts[Counters::kMaxChannels * Counters::kWays];
     std::memcpy(counts, counters.counts, sizeof counts);
     std::size_t x = 0;
     for (; x + kPixels <= pixels; x += kPixels) {
-        std::uint64_t words[kWords];
-        std::memcpy(words, source + Channels * x, sizeof words);
-        for (std::size_t i = 0; i < 8 * kWords; ++i) {
-            const std::size_t channel = i % Channels;
-            const std::size_t way = i / Channels % Counters::kWays;
-            ++counts[Counters::kWays * channel + way][words[i / 8] >> (8 * (i % 8)) & 0xFF];
+        const std::uint8_t* at = source + Channels * x;
+        CountBytes<Channels, 0>(Sample<std::uint64_t>(at, 0), counts, kBytes);
+        CountBytes<Channels, 8>(Sample<std::uint64_t>(at, 1), counts, kBytes);
+        if constexpr (kWords == 3) {
+            CountBytes<Channels, 16>(Sample<std::uint64_t>(at, 2), counts, kBytes);
         }
     }
     return x;

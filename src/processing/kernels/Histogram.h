@@ -16,6 +16,12 @@ struct Counters {
     std::uint32_t bins;
 };
 
+// The array that sample `i` of a block of whole pixels is counted in.
+template <unsigned int Channels>
+constexpr std::size_t WayOf(std::size_t i) {
+    return Counters::kWays * (i % Channels) + i / Channels % Counters::kWays;
+}
+
 // `pixels` pixels of `channels` (1..4) samples. Samples at or above `bins` are not counted. 16-bit samples
 // are in host order at any alignment; 8-bit histograms have 256 bins.
 void CountLine8(const std::uint8_t* source, std::size_t pixels, unsigned int channels,

@@ -15,7 +15,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 #if HWY_TARGET == HWY_SCALAR
 
 // No vectors: the scalar reference does all.
-std::size_t Reduce(const std::uint8_t*, std::uint8_t*, std::size_t, int) {
+std::size_t Reduce(const std::uint8_t*, std::uint8_t*, std::size_t, int, Stores) {
     return 0;
 }
 std::size_t ReduceSwap4(const std::uint8_t*, std::uint8_t*, std::size_t, int) {
@@ -43,16 +43,24 @@ HWY_INLINE hn::Vec<D8> ReduceStep(const std::uint8_t* source, int shift) {
 }
 
 // The last step of a line overlaps the one before it, so that only lines below one vector go sample by
-// sample.
-std::size_t Reduce(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, int shift) {
+// sample. Streaming stores are aligned: there the first step overlaps the second as well.
+std::size_t Reduce(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, int shift,
+                   Stores stores) {
     const D8 d8;
     const std::size_t n = hn::Lanes(d8);
     if (samples < n) {
         return 0;
     }
     std::size_t x = 0;
-    for (; x + n <= samples; x += n) {
-        hn::StoreU(ReduceStep(source + 2 * x, shift), d8, target + x);
+    if (stores == Stores::Streaming) {
+        hn::StoreU(ReduceStep(source, shift), d8, target);
+        for (x = n - reinterpret_cast<std::uintptr_t>(target) % n; x + n <= samples; x += n) {
+            hn::Stream(ReduceStep(source + 2 * x, shift), d8, target + x);
+        }
+    } else {
+        for (; x + n <= samples; x += n) {
+            hn::StoreU(ReduceStep(source + 2 * x, shift), d8, target + x);
+        }
     }
     x = samples - n;
     hn::StoreU(ReduceStep(source + 2 * x, shift), d8, target + x);
@@ -168,8 +176,9 @@ void FloatLineTo8(const std::uint8_t* source, std::uint8_t* target, std::size_t 
 
 } // namespace Reference
 
-void ReduceLine(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, unsigned int shift) {
-    if (HWY_DYNAMIC_DISPATCH(Reduce)(source, target, samples, static_cast<int>(shift)) != samples) {
+void ReduceLine(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, unsigned int shift,
+                Stores stores) {
+    if (HWY_DYNAMIC_DISPATCH(Reduce)(source, target, samples, static_cast<int>(shift), stores) != samples) {
         Reference::ReduceLine(source, target, samples, shift);
     }
 }

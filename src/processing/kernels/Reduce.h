@@ -1,6 +1,8 @@
 // Line kernels that make 8-bit samples of 16-bit ones, and integers of floating-point ones.
 #pragma once
 
+#include "processing/kernels/Stores.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -8,7 +10,8 @@ namespace VX3::Kernels {
 
 // 16-bit samples (host order, any alignment) shifted right by `shift` (0..8) and truncated to 8 bits: no
 // rounding, and a sample above its nominal range wraps. Reads 2 * samples bytes, writes `samples`.
-void ReduceLine(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, unsigned int shift);
+void ReduceLine(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, unsigned int shift,
+                Stores stores = Stores::Cached);
 // The same on 4-channel pixels, with the first and third channel exchanged.
 void ReduceSwapLine4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels,
                      unsigned int shift);

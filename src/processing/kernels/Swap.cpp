@@ -16,7 +16,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 std::size_t Swap3(const std::uint8_t*, std::uint8_t*, std::size_t) {
     return 0;
 }
-std::size_t Swap4(const std::uint8_t*, std::uint8_t*, std::size_t) {
+std::size_t Swap4(const std::uint8_t*, std::uint8_t*, std::size_t, Stores) {
     return 0;
 }
 
@@ -40,7 +40,7 @@ std::size_t Swap3(const std::uint8_t* source, std::uint8_t* target, std::size_t 
     return at / 3;
 }
 
-std::size_t Swap4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels) {
+std::size_t Swap4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels, Stores stores) {
     HWY_ALIGN static constexpr std::uint8_t kSwap[16] = {2,  1, 0, 3,  6,  5,  4,  7,
                                                          10, 9, 8, 11, 14, 13, 12, 15};
     const hn::ScalableTag<std::uint8_t> d;
@@ -48,6 +48,15 @@ std::size_t Swap4(const std::uint8_t* source, std::uint8_t* target, std::size_t 
     const auto swap = hn::LoadDup128(d, kSwap);
     const std::size_t bytes = 4 * pixels;
     std::size_t at = 0;
+    const std::size_t off = reinterpret_cast<std::uintptr_t>(target) % n;
+    if (stores == Stores::Streaming && bytes >= n && off % 4 == 0) {
+        // Streaming stores are aligned: the first step overlaps the second.
+        hn::StoreU(hn::TableLookupBytes(hn::LoadU(d, source), swap), d, target);
+        for (at = n - off; at + n <= bytes; at += n) {
+            hn::Stream(hn::TableLookupBytes(hn::LoadU(d, source + at), swap), d, target + at);
+        }
+        return at / 4;
+    }
     for (; at + n <= bytes; at += n) {
         hn::StoreU(hn::TableLookupBytes(hn::LoadU(d, source + at), swap), d, target + at);
     }
@@ -93,8 +102,8 @@ void SwapLine3(const std::uint8_t* source, std::uint8_t* target, std::size_t pix
     Reference::SwapLine3(source + 3 * done, target + 3 * done, pixels - done);
 }
 
-void SwapLine4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels) {
-    const std::size_t done = HWY_DYNAMIC_DISPATCH(Swap4)(source, target, pixels);
+void SwapLine4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels, Stores stores) {
+    const std::size_t done = HWY_DYNAMIC_DISPATCH(Swap4)(source, target, pixels, stores);
     Reference::SwapLine4(source + 4 * done, target + 4 * done, pixels - done);
 }
 

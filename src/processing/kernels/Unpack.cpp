@@ -93,47 +93,65 @@ struct Mono12Packed : PackedPair {
     }
 };
 
-// Both return how many samples they made; the rest is for the scalar reference.
+// What the steps of a line write: 16-bit samples, or their top 8 bits.
 template <class Format>
-std::size_t Unpack(const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
-                   std::size_t pixels) {
-    const D8 d8;
-    std::size_t x = 0;
-    for (std::size_t at = 0; x + 2 * kStep <= pixels && at + Format::kBytes + 16 <= sourceBytes;
-         x += 2 * kStep, at += 2 * Format::kBytes) {
-        const V16 first = Format::Full(source + at);
-        const V16 second = Format::Full(source + at + Format::kBytes);
-        hn::StoreU(hn::BitCast(d8, first), d8, target + 2 * x);
-        hn::StoreU(hn::BitCast(d8, second), d8, target + 2 * x + 16);
+struct To16 {
+    static constexpr std::size_t kSampleBytes = 2;
+    HWY_INLINE static void Step(const std::uint8_t* source, std::uint8_t* target) {
+        const D8 d8;
+        const V16 first = Format::Full(source);
+        const V16 second = Format::Full(source + Format::kBytes);
+        hn::StoreU(hn::BitCast(d8, first), d8, target);
+        hn::StoreU(hn::BitCast(d8, second), d8, target + 16);
     }
-    return x;
-}
+};
 
 template <class Format>
-std::size_t UnpackTo8(const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
-                      std::size_t pixels) {
-    const D8 d8;
-    std::size_t x = 0;
-    for (std::size_t at = 0; x + 2 * kStep <= pixels && at + Format::kBytes + 16 <= sourceBytes;
-         x += 2 * kStep, at += 2 * Format::kBytes) {
-        const V16 first = Format::Top(source + at);
-        const V16 second = Format::Top(source + at + Format::kBytes);
-        hn::StoreU(hn::ConcatOdd(d8, hn::BitCast(d8, second), hn::BitCast(d8, first)), d8, target + x);
+struct To8 {
+    static constexpr std::size_t kSampleBytes = 1;
+    HWY_INLINE static void Step(const std::uint8_t* source, std::uint8_t* target) {
+        const D8 d8;
+        const V16 first = Format::Top(source);
+        const V16 second = Format::Top(source + Format::kBytes);
+        hn::StoreU(hn::ConcatOdd(d8, hn::BitCast(d8, second), hn::BitCast(d8, first)), d8, target);
     }
-    return x;
+};
+
+// Two steps a time while their loads stay in the line; the rest goes through a buffer that is zero where the
+// line holds nothing.
+template <class Format, class To>
+std::size_t Unpack(const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
+                   std::size_t pixels) {
+    constexpr std::size_t kPixels = 2 * kStep;
+    constexpr std::size_t kBytes = 2 * Format::kBytes;
+    std::size_t x = 0;
+    std::size_t at = 0;
+    for (; x + kPixels <= pixels && at + Format::kBytes + 16 <= sourceBytes; x += kPixels, at += kBytes) {
+        To::Step(source + at, target + To::kSampleBytes * x);
+    }
+    for (; x < pixels; x += kPixels, at += kBytes) {
+        HWY_ALIGN std::uint8_t in[Format::kBytes + 16] = {};
+        HWY_ALIGN std::uint8_t out[To::kSampleBytes * kPixels];
+        if (at < sourceBytes) {
+            std::memcpy(in, source + at, std::min(kBytes, sourceBytes - at));
+        }
+        To::Step(in, out);
+        std::memcpy(target + To::kSampleBytes * x, out, To::kSampleBytes * std::min(kPixels, pixels - x));
+    }
+    return pixels;
 }
 
 std::size_t UnpackWide(Packing packing, const std::uint8_t* source, std::size_t sourceBytes,
                        std::uint8_t* target, std::size_t pixels) {
     switch (packing) {
     case Packing::Mono10p:
-        return Unpack<Mono10p>(source, sourceBytes, target, pixels);
+        return Unpack<Mono10p, To16<Mono10p>>(source, sourceBytes, target, pixels);
     case Packing::Mono12p:
-        return Unpack<Mono12p>(source, sourceBytes, target, pixels);
+        return Unpack<Mono12p, To16<Mono12p>>(source, sourceBytes, target, pixels);
     case Packing::Mono10Packed:
-        return Unpack<Mono10Packed>(source, sourceBytes, target, pixels);
+        return Unpack<Mono10Packed, To16<Mono10Packed>>(source, sourceBytes, target, pixels);
     case Packing::Mono12Packed:
-        return Unpack<Mono12Packed>(source, sourceBytes, target, pixels);
+        return Unpack<Mono12Packed, To16<Mono12Packed>>(source, sourceBytes, target, pixels);
     }
     return 0;
 }
@@ -142,12 +160,12 @@ std::size_t UnpackWideTo8(Packing packing, const std::uint8_t* source, std::size
                           std::uint8_t* target, std::size_t pixels) {
     switch (packing) {
     case Packing::Mono10p:
-        return UnpackTo8<Mono10p>(source, sourceBytes, target, pixels);
+        return Unpack<Mono10p, To8<Mono10p>>(source, sourceBytes, target, pixels);
     case Packing::Mono12p:
-        return UnpackTo8<Mono12p>(source, sourceBytes, target, pixels);
+        return Unpack<Mono12p, To8<Mono12p>>(source, sourceBytes, target, pixels);
     case Packing::Mono10Packed:
     case Packing::Mono12Packed:
-        return UnpackTo8<PackedPair>(source, sourceBytes, target, pixels);
+        return Unpack<PackedPair, To8<PackedPair>>(source, sourceBytes, target, pixels);
     }
     return 0;
 }
@@ -223,12 +241,6 @@ void ForEachSample(Packing packing, const std::uint8_t* source, std::size_t sour
     }
 }
 
-// Where the samples from `x` on begin; `x` is a multiple of every group. A line may hold less than that.
-std::size_t BytesBefore(Packing packing, std::size_t x) {
-    const Layout layout = LayoutOf(packing);
-    return x / layout.pixels * layout.bytes;
-}
-
 } // namespace
 
 namespace Reference {
@@ -254,17 +266,16 @@ void UnpackLineTo8(Packing packing, const std::uint8_t* source, std::size_t sour
 
 void UnpackLine(Packing packing, const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
                 std::size_t pixels) {
-    const std::size_t done = HWY_DYNAMIC_DISPATCH(UnpackWide)(packing, source, sourceBytes, target, pixels);
-    const std::size_t at = BytesBefore(packing, done);
-    Reference::UnpackLine(packing, source + at, sourceBytes - at, target + 2 * done, pixels - done);
+    if (HWY_DYNAMIC_DISPATCH(UnpackWide)(packing, source, sourceBytes, target, pixels) != pixels) {
+        Reference::UnpackLine(packing, source, sourceBytes, target, pixels);
+    }
 }
 
 void UnpackLineTo8(Packing packing, const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
                    std::size_t pixels) {
-    const std::size_t done =
-        HWY_DYNAMIC_DISPATCH(UnpackWideTo8)(packing, source, sourceBytes, target, pixels);
-    const std::size_t at = BytesBefore(packing, done);
-    Reference::UnpackLineTo8(packing, source + at, sourceBytes - at, target + done, pixels - done);
+    if (HWY_DYNAMIC_DISPATCH(UnpackWideTo8)(packing, source, sourceBytes, target, pixels) != pixels) {
+        Reference::UnpackLineTo8(packing, source, sourceBytes, target, pixels);
+    }
 }
 
 } // namespace VX3::Kernels
