@@ -4,6 +4,7 @@
 #include "gev/RecvFromSource.h"
 #include "gev/RecvMmsgSource.h"
 
+#include <cstdlib>
 #include <poll.h>
 
 namespace VX3 {
@@ -33,6 +34,11 @@ ReceiveMethod DatagramSource::MethodNamed(const std::string& name) {
     if (name == "recvmmsg")
         return ReceiveMethod::RecvMmsg;
     return name == "gro" ? ReceiveMethod::Gro : ReceiveMethod::Best;
+}
+
+ReceiveMethod DatagramSource::MethodFromEnvironment() {
+    const char* name = std::getenv("VX3_RECEIVE_METHOD");
+    return MethodNamed(name == nullptr ? "" : name);
 }
 
 } // namespace VX3

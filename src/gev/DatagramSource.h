@@ -25,7 +25,8 @@ public:
     struct Batch {
         const WireBytes* items = nullptr;
         std::size_t count = 0;
-        bool waited = false; // nothing lay ready: the thread slept (or timed out)
+        bool waited = false;  // nothing lay ready: the thread slept (or timed out)
+        bool drained = false; // this is all that lay in the socket
     };
 
     virtual ~DatagramSource() = default;
@@ -42,6 +43,8 @@ public:
                                                   std::size_t maxDatagram);
     // "recvfrom", "recvmmsg", "gro"; anything else is Best.
     static ReceiveMethod MethodNamed(const std::string& name);
+    // What the environment variable VX3_RECEIVE_METHOD names; Best without it.
+    static ReceiveMethod MethodFromEnvironment();
 
 protected:
     // Sleeps until the socket or `wakeFd` is readable; true when the socket is.

@@ -58,7 +58,7 @@ DatagramSource::Batch GroSource::Receive(WireRoom, std::chrono::milliseconds wai
     Batch batch;
     int count = ReceiveTrains();
     if (count <= 0) {
-        batch.waited = true;
+        batch.waited = batch.drained = true;
         if (!WaitReadable(socketFd_, wakeFd_, wait))
             return batch;
         count = ReceiveTrains();
@@ -66,6 +66,7 @@ DatagramSource::Batch GroSource::Receive(WireRoom, std::chrono::milliseconds wai
     count_ = 0;
     for (int i = 0; i < count; ++i)
         Split(messages_[static_cast<std::size_t>(i)]);
+    batch.drained = batch.drained || count < static_cast<int>(Messages);
     batch.items = datagrams_.data();
     batch.count = count_;
     return batch;

@@ -13,7 +13,6 @@ namespace {
 // that could not be read), but not without bound.
 constexpr std::uint64_t maxUnpromisedBytes = 0x10000000U;
 constexpr std::uint64_t maxRemadeBytes = 0x40000000U; // of all spare blocks together
-constexpr std::uint32_t recyclePoolType = 2;
 
 std::uint64_t MostBytes(std::uint32_t promised) {
     return promised == 0 ? maxUnpromisedBytes : 8ULL * promised + ImageInfo::SlackBytes;
@@ -22,6 +21,13 @@ std::uint64_t MostBytes(std::uint32_t promised) {
 } // namespace
 
 StatusCode GvspParserImageA::AllocOneBuff() {
+    const StatusCode status = AddSpareBlock();
+    if (!Failed(status))
+        ++spareTarget_;
+    return status;
+}
+
+StatusCode GvspParserImageA::AddSpareBlock() {
     if (ring_.IsFull())
         return Status::QueueFull;
     // A raw block: its buffer takes the payload whatever the pixel format turns out to be.
@@ -38,7 +44,7 @@ StatusCode GvspParserImageA::AllocOneBuff() {
     if (!image || image->GetImageBuff() == nullptr)
         return Status::NoBuffer;
     // Only the recycle pool promises slack behind the pixels.
-    const std::size_t slack = pool_->PoolType() == recyclePoolType ? ImageInfo::SlackBytes : 0;
+    const std::size_t slack = pool_->PoolType() == RecyclePoolType ? ImageInfo::SlackBytes : 0;
     ring_.AddSpare(std::move(image), nextBufferId_, blockBytes_ + slack);
     nextBufferId_ = nextBufferId_ == 0xFFFFFFFFU ? 1 : nextBufferId_ + 1;
     return Status::Ok;
@@ -81,6 +87,7 @@ StatusCode GvspParserImageA::CreateImage(std::uint32_t blockId, const Gvsp::Lead
         blockPackets_ = packets;
         ring_.DropSpares();
         FillSpares(std::max(count, 1U));
+        spareTarget_ = ring_.Size();
         if (!ring_.HasSpare())
             return Status::NoBuffer;
     }
@@ -134,7 +141,8 @@ void GvspParserImageA::CommitHead() {
     committedNext_ = (committedNext_ + 1) % committed_.size();
     if (callback_)
         callback_(std::move(image), 0);
-    (void)AllocOneBuff();
+    if (ring_.Size() < spareTarget_ || !ring_.HasSpare())
+        (void)AddSpareBlock();
 }
 
 void GvspParserImageA::CountHead(const GvspParserInfo& info, std::uint32_t missing) {

@@ -12,7 +12,7 @@ namespace VX3 {
 namespace {
 
 // A leader that goes back in block ids after a pause this long, or by this many, starts a new sequence.
-constexpr std::chrono::milliseconds restartPause{100};
+constexpr std::chrono::milliseconds restartPause{250};
 constexpr std::int64_t restartSteps = 64;
 // A slow camera's silence is judged by its own pace, up to this.
 constexpr std::chrono::milliseconds longestQuiet{1000};
@@ -43,11 +43,12 @@ GvspParserImageA::GvspParserImageA(GvspImageCallback callback, const GevStreamPa
       blockPackets_(EstimatedPackets(param)),
       lifted_(MaxDatagram) {
     FillSpares(count == 0 ? DefaultBlocks : count);
+    spareTarget_ = ring_.Size();
 }
 
 void GvspParserImageA::FillSpares(unsigned int count) {
     for (unsigned int i = 0; i < count && !ring_.IsFull(); ++i)
-        if (Failed(AllocOneBuff()))
+        if (Failed(AddSpareBlock()))
             break;
 }
 
@@ -148,7 +149,7 @@ StatusCode GvspParserImageA::ProcessLeader(const Packet& packet, TimePoint now) 
         !Gvsp::DecodeLeader(packet.payload, leader))
         return Status::Malformed;
     if (IsPast(addr.blockId)) {
-        if (StartsAnew(addr.blockId, now)) {
+        if (StartsAnew(packet, now)) {
             RestartBlocks();
         } else {
             if (WasJustCommitted(addr.blockId) && warnings_.Allow(now))
@@ -296,15 +297,18 @@ GvspParserInfo* GvspParserImageA::FindOrOpen(const GvspPacketAddr& addr, TimePoi
 }
 
 GvspParserInfo* GvspParserImageA::OpenBlock(std::uint32_t blockId, TimePoint now) {
-    if (ring_.InFlight() > MaxPlacesAhead || !ring_.HasSpare()) {
-        const bool latecomer = ring_.InFlight() != 0 && order_.Distance(ring_.At(0).blockId, blockId) < 0;
-        if (latecomer && ring_.InFlight() > MaxPlacesAhead)
+    if (ring_.InFlight() != 0 && (ring_.InFlight() > MaxPlacesAhead || !ring_.HasSpare())) {
+        const bool full = ring_.InFlight() >= MaxInFlight();
+        const bool latecomer = order_.Distance(ring_.Oldest(), blockId) < 0;
+        if (latecomer && full)
             return nullptr; // older than all that wait, and too late
-        if (!latecomer && ring_.InFlight() != 0)
+        // The oldest makes room, unless it awaits answers or the newcomer is older still.
+        if (!latecomer && (full || !resend_.IsAwaiting(ring_.Oldest())))
             (void)CommitBlock(ring_.At(0));
     }
-    if (!ring_.HasSpare())
-        (void)AllocOneBuff();
+    if (!ring_.HasSpare() && Failed(AddSpareBlock()) && ring_.InFlight() != 0 &&
+        order_.Distance(ring_.Oldest(), blockId) > 0)
+        (void)CommitBlock(ring_.At(0)); // the pool has no more: its image is to be had again
     if (!ring_.HasSpare()) {
         if (warnings_.Allow(now))
             VxLoggerLog(LogLevel::Error, "SDK", "GetParserInfo with bid(%d) error, NO Buff Available!", 0);
@@ -341,8 +345,20 @@ bool GvspParserImageA::WasJustCommitted(std::uint32_t blockId) const {
     return std::find(committed_.begin(), committed_.end(), blockId) != committed_.end();
 }
 
-bool GvspParserImageA::StartsAnew(std::uint32_t blockId, TimePoint now) const {
-    return now - lastPacket_ >= restartPause || order_.Distance(newest_, blockId) < -restartSteps;
+bool GvspParserImageA::StartsAnew(const Packet& leader, TimePoint now) const {
+    if (leader.header.status == Gvcp::AckStatus::PacketResent)
+        return false;
+    return now - lastPacket_ >= restartPause || order_.Distance(newest_, leader.addr.blockId) < -restartSteps;
+}
+
+std::size_t GvspParserImageA::MaxInFlight() const {
+    // A ring pool would overwrite the oldest blocks with the newest.
+    if (pool_->PoolType() != RecyclePoolType)
+        return std::clamp<std::size_t>(spareTarget_, 1, MaxPlacesAhead + 1);
+    if (!resend_.IsAwaiting(ring_.Oldest()))
+        return MaxPlacesAhead + 1;
+    const std::uint64_t affordable = MaxAwaitingBytes / std::max<std::uint64_t>(blockBytes_, 1);
+    return std::clamp<std::uint64_t>(affordable, MaxPlacesAhead + 1, MaxAwaiting);
 }
 
 void GvspParserImageA::RestartBlocks() {

@@ -3,8 +3,11 @@
 //   datagram -> Process{Leader,PayLoad,Trailer} -> block marked, data placed -> resend bookkeeping told
 //            -> blocks that are complete, or will not be completed, committed -> next place predicted
 //
-// A complete block waits for older ones only while packets of theirs may still come; it never waits for more
-// than seven blocks or for a given-up one. Owned by the receive thread.
+// A complete block waits for older ones only while packets of theirs may still come: until the camera has
+// answered, or five requests have gone unanswered. It never waits for a given-up block. The eighth block in
+// flight pushes the oldest out; while answers are on their way more may queue up behind it, so that a receive
+// thread that was kept waiting does not close blocks whose packets lie in the socket already.
+// Owned by the receive thread.
 #pragma once
 
 #include "gev/GvspBlockRing.h"
@@ -26,9 +29,13 @@ namespace VX3 {
 
 class GvspParserImageA final : public IGvspParser {
 public:
-    static constexpr std::uint16_t DataOffset = 64;       // pixels in the block's buffer: room for a header
-    static constexpr std::uint32_t SpareBytes = 65600;    // of a block's buffer beyond the payload
-    static constexpr unsigned DefaultBlocks = 8;          // spare blocks when the client asks for 0
+    static constexpr std::uint16_t DataOffset = 64;    // pixels in the block's buffer: room for a header
+    static constexpr std::uint32_t SpareBytes = 65600; // of a block's buffer beyond the payload
+    static constexpr unsigned DefaultBlocks = 8;       // spare blocks when the client asks for 0
+    // Blocks in flight at most while answers of the camera to resend requests are on their way, and the
+    // memory they may take; without such answers MaxPlacesAhead holds.
+    static constexpr std::size_t MaxAwaiting = 32;
+    static constexpr std::uint64_t MaxAwaitingBytes = 0x10000000U;
     static constexpr std::size_t MaxPlacesAhead = 7;      // of a free block, before the oldest must go
     static constexpr std::size_t MaxDatagram = 16384;     // bytes
     static constexpr std::size_t MaxEarly = 64;           // packets kept until the first leader comes
@@ -60,10 +67,14 @@ public:
     void CheckSilence(WireRoom& next, TimePoint now) override;
     std::chrono::milliseconds MaxWait() const override;
 
+    // See GvspResendParser; to be told with every batch of datagrams.
+    void SetBacklogged(bool backlogged) { resend_.SetBacklogged(backlogged); }
     const GvspGeometry& Geometry() const { return geometry_; }
     std::size_t BlocksInFlight() const { return ring_.InFlight(); }
 
 private:
+    static constexpr unsigned int RecyclePoolType = 2;
+
     // One datagram, taken apart.
     struct Packet {
         Gvsp::Header header;
@@ -93,7 +104,8 @@ private:
     bool PrepareBlock(GvspParserInfo& info, std::uint32_t blockId);
     bool IsPast(std::uint32_t blockId) const;
     bool WasJustCommitted(std::uint32_t blockId) const;
-    bool StartsAnew(std::uint32_t blockId, TimePoint now) const;
+    bool StartsAnew(const Packet& leader, TimePoint now) const;
+    std::size_t MaxInFlight() const;
     void RestartBlocks();
     WireRoom AdjustSettingBlock();
 
@@ -101,6 +113,7 @@ private:
     void CommitWhatCan();
     void CommitHead();
     void CountHead(const GvspParserInfo& info, std::uint32_t missing);
+    StatusCode AddSpareBlock();
     void FillSpares(unsigned int count);
 
     const GvspImageCallback callback_;
@@ -118,6 +131,7 @@ private:
     GvspParserInfo* current_ = nullptr; // the block found last
     ImageInfo header_;                  // what every block's image starts with
     std::uint32_t blockBytes_;          // payload bytes that every block can hold
+    std::size_t spareTarget_ = 0;       // blocks the ring is kept at
     std::uint32_t blockPackets_;        // packet slots that a new block's image gets
     std::uint32_t nextBufferId_ = 1;
     std::size_t leaderLength_ = 0; // of the datagrams; 0: none yet

@@ -6,8 +6,6 @@
 #include "vx3/core/Logger.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <string>
 #include <sys/eventfd.h>
 #include <unistd.h>
 #include <utility>
@@ -21,11 +19,6 @@ constexpr std::chrono::milliseconds silenceCheck{2};
 constexpr std::size_t smallestReceive = 2048;
 constexpr unsigned datagramsPerClock = 16;
 
-ReceiveMethod MethodFromEnvironment() {
-    const char* name = std::getenv("VX3_RECEIVE_METHOD");
-    return DatagramSource::MethodNamed(name == nullptr ? "" : name);
-}
-
 // The longest datagram worth receiving.
 std::size_t MaxDatagram(const GevStreamParam& param) {
     if (param.packetSize == 0)
@@ -34,8 +27,6 @@ std::size_t MaxDatagram(const GevStreamParam& param) {
 }
 
 } // namespace
-
-GvspReceiver::GvspReceiver() : GvspReceiver(MethodFromEnvironment()) {}
 
 GvspReceiver::GvspReceiver(ReceiveMethod method, std::uint32_t gvcpPort)
     : method_(method), gvcpPort_(gvcpPort), wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
@@ -155,6 +146,7 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
             now = Clock::now();
             sinceClock = 0;
         }
+        parser.SetBacklogged(!batch.drained);
         for (std::size_t i = 0; i < batch.count; ++i)
             (void)parser.HandlePacket(batch.items[i].data, batch.items[i].size, next, now);
         if (now - checked >= silenceCheck) {

@@ -25,9 +25,8 @@ class GvspParserImageA;
 
 class GvspReceiver final : public IGvspReceiver {
 public:
-    // Best, unless the environment variable VX3_RECEIVE_METHOD names another (recvfrom, recvmmsg, gro).
-    GvspReceiver();
-    explicit GvspReceiver(ReceiveMethod method, std::uint32_t gvcpPort = Gvcp::Port);
+    explicit GvspReceiver(ReceiveMethod method = DatagramSource::MethodFromEnvironment(),
+                          std::uint32_t gvcpPort = Gvcp::Port);
     ~GvspReceiver() override;
 
     StatusCode StartListen(const GevStreamParam& param, std::shared_ptr<IImagePool> pool,

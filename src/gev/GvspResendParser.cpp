@@ -16,6 +16,7 @@ constexpr std::uint64_t minTokenPackets = 2048;    // a burst that may always be
 constexpr std::chrono::microseconds tokenTime{12}; // refills a silent stream: one token each
 constexpr std::chrono::microseconds shortestRetry{500};
 constexpr std::chrono::microseconds longestRetry{20000};
+constexpr std::chrono::milliseconds longestBacklog{250};
 
 std::uint32_t CountdownFor(std::uint32_t length, std::uint32_t base) {
     return length > 0xFFFFU ? 0xFFFFU : length + base;
@@ -211,6 +212,8 @@ std::chrono::microseconds GvspResendParser::RetryDelay(const GvspResendItem& ite
 void GvspResendParser::CheckListTimeOut(TimePoint now, bool force) {
     const std::uint64_t checked = checkCounter_;
     checkCounter_ = 0;
+    if (!backlogged_)
+        drained_ = now;
     tokens_ += checked;
     if (refilled_ != TimePoint{} && now > refilled_)
         tokens_ += static_cast<std::uint64_t>((now - refilled_) / tokenTime);
@@ -228,7 +231,9 @@ void GvspResendParser::CheckWaiting(TimePoint now, bool force) {
         item.countdown -= std::min(item.countdown, checkEvery);
         const auto waited = now - item.asked;
         const bool late = item.countdown <= checkEvery || force || waited >= longestRetry;
-        if (!late || waited < RetryDelay(item)) {
+        const auto delay = RetryDelay(item);
+        const bool unanswered = drained_ - item.asked >= delay || waited >= longestBacklog;
+        if (!late || waited < delay || !unanswered) {
             ++i;
             continue;
         }

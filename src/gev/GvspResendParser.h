@@ -41,6 +41,8 @@ public:
     StatusCode SetMaxPid(std::uint32_t packetId) override;
     StatusCode SetFlagExt(bool extended) override;
 
+    // Packets lie unread in the socket: an answer may be among them, so that its absence says nothing yet.
+    void SetBacklogged(bool backlogged) { backlogged_ = backlogged; }
     // The packet that comes next in an undisturbed stream.
     const GvspPacketAddr& Expected() const { return expected_; }
     // Moves items on; `force` (a silent stream) makes everything due that is not within its round trip.
@@ -86,6 +88,8 @@ private:
     GvspPacketAddr expected_{0, 1};
     bool seen_ = false; // any packet yet
     bool extended_ = false;
+    bool backlogged_ = false;
+    TimePoint drained_{}; // when everything that had come was last known to be read
     bool requestDue_ = false;
     std::uint32_t maxPid_ = 0;
     std::uint32_t checkCounter_ = 0;

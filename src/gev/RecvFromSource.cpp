@@ -14,7 +14,7 @@ DatagramSource::Batch RecvFromSource::Receive(WireRoom room, std::chrono::millis
     // MSG_TRUNC gives the datagram's own length: a cut one may not pass for a whole one.
     ssize_t length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);
     if (length < 0) {
-        batch.waited = true;
+        batch.waited = batch.drained = true;
         if (!WaitReadable(socketFd_, wakeFd_, wait))
             return batch;
         length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);

@@ -17,7 +17,7 @@ DatagramSource::Batch RecvMmsgSource::Receive(WireRoom, std::chrono::millisecond
     Batch batch;
     int count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_DONTWAIT, nullptr);
     if (count <= 0) {
-        batch.waited = true;
+        batch.waited = batch.drained = true;
         if (!WaitReadable(socketFd_, wakeFd_, wait))
             return batch;
         count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_DONTWAIT, nullptr);
@@ -28,6 +28,7 @@ DatagramSource::Batch RecvMmsgSource::Receive(WireRoom, std::chrono::millisecond
             datagrams_[batch.count++] = {static_cast<const std::uint8_t*>(message.msg_hdr.msg_iov->iov_base),
                                          message.msg_len};
     }
+    batch.drained = batch.drained || count < static_cast<int>(BatchSize);
     batch.items = datagrams_.data();
     return batch;
 }

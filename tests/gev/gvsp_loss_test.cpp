@@ -174,13 +174,22 @@ TEST(GvspLoss, AStuckBlockHoldsNobodyForLong) {
     EXPECT_EQ(run.lab.Counts().incompleteBlocks, 1U);
     EXPECT_LE((run.asked[{2, 50}]), GvspResendParser::MaxAttempts);
 
-    GvspLab lab; // the eighth block behind the stuck one pushes it out
+    LabShape hopeless; // the eighth block behind the stuck one pushes it out
+    hopeless.resend = false;
+    GvspLab lab(hopeless);
     lab.GiveRange(1, 0, 40);
     for (std::uint32_t block = 2; block <= 9; ++block)
         lab.GiveRange(block, 1, 3);
     ASSERT_EQ(lab.Images().size(), 1U);
     EXPECT_EQ(lab.Images()[0].blockId, 1U);
     EXPECT_EQ(lab.Parser().BlocksInFlight(), 8U);
+
+    GvspLab hopeful; // answers may be on their way: more may queue up, to a bound
+    hopeful.GiveRange(1, 0, 40);
+    for (std::uint32_t block = 2; block <= 60; ++block)
+        hopeful.GiveRange(block, 1, 3);
+    EXPECT_EQ(hopeful.Parser().BlocksInFlight(), GvspParserImageA::MaxAwaiting);
+    EXPECT_EQ(hopeful.Images().size(), 60 - GvspParserImageA::MaxAwaiting);
 }
 
 TEST(GvspLoss, LostBlocksAreCounted) {

@@ -121,7 +121,7 @@ TEST(GvspParser, ACameraThatStartsOverIsFollowed) {
     GvspLab lab;
     for (std::uint32_t block = 40; block <= 42; ++block)
         lab.GiveBlock(block);
-    lab.Pass(milliseconds(150));
+    lab.Pass(milliseconds(300));
     lab.GiveBlock(1); // acquisition stopped and started again
     lab.GiveRange(2, 0, 300);
     lab.GiveRange(2, 302, lab.Shape().TrailerId());

@@ -1,0 +1,235 @@
+// The socket receiver against a scripted camera on loopback, with every method of reading the socket.
+#include "gev/GvspReceiver.h"
+#include "support/LogCapture.h"
+#include "support/ScriptedCamera.h"
+#include "vx3/image/IImagePool.h"
+
+#include <chrono>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <map>
+#include <thread>
+
+namespace VX3 {
+namespace Test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr bool slowed = true;
+#else
+constexpr bool slowed = false;
+#endif
+
+// A receiver that checks every image against what the camera sent.
+class Reception {
+public:
+    Reception(ReceiveMethod method, const CameraConfig& config)
+        : camera(config), receiver(method, camera.GvcpPort()), frameBytes_(config.width * config.height) {
+        param.host = ScriptedCamera::HostParam();
+        param.camera = camera.CameraParam();
+        param.packetSize = config.packetSize;
+        param.bufferSize = static_cast<std::uint32_t>(frameBytes_);
+        param.resendSupported = 1;
+        param.name = "test";
+    }
+
+    StatusCode Listen() {
+        const StatusCode port = receiver.StartListen(
+            param, ImagePoolFactory::CreateRecycleImagePool(1ULL << 30, "test"),
+            [this](std::unique_ptr<IImage>&& image, unsigned int) { Check(*image); }, 0);
+        if (!Failed(port)) {
+            EXPECT_TRUE(receiver.WaitUntilReady(seconds(5)));
+        }
+        return port;
+    }
+    void Run(const StreamScript& script) {
+        const StatusCode port = Listen();
+        ASSERT_GT(port, 0);
+        camera.SetStreamScript(script);
+        camera.StartStream({ScriptedCamera::HostParam().ip, static_cast<std::uint32_t>(port)});
+        EXPECT_TRUE(camera.WaitStreamDone(seconds(120)));
+        const auto deadline = steady_clock::now() + seconds(3);
+        while (Counts().blocks + Counts().lostBlocks < script.frames && steady_clock::now() < deadline)
+            std::this_thread::sleep_for(milliseconds(5));
+        EXPECT_EQ(receiver.StopListen(), Status::Ok);
+    }
+    Statistics Counts() { return receiver.GetStatistics()->Snapshot(); }
+
+    ScriptedCamera camera;
+    GvspReceiver receiver;
+    GevStreamParam param;
+    std::uint64_t images = 0;
+    std::uint64_t complete = 0;
+    std::uint64_t broken = 0; // said to be complete, and not
+    std::uint64_t disordered = 0;
+
+private:
+    void Check(const IImage& image) {
+        const ImageInfo& info = *image.GetImageInfo();
+        ++images;
+        if (info.lostPackets == 0) {
+            ++complete;
+            if (std::memcmp(image.GetImageBuff(), ScriptedStream::ExpectedData(info.blockId, frameBytes_),
+                            frameBytes_) != 0)
+                ++broken;
+        }
+        if (previous_ != 0 && info.blockId <= previous_ && !(previous_ == 65535 && info.blockId == 1))
+            ++disordered;
+        previous_ = info.blockId;
+    }
+
+    std::size_t frameBytes_;
+    std::uint64_t previous_ = 0;
+};
+
+CameraConfig Megabyte(std::uint32_t packetSize = 1500) {
+    CameraConfig config;
+    config.width = 1024;
+    config.height = 1024;
+    config.packetSize = packetSize;
+    return config;
+}
+
+class GvspReceiverMethods : public ::testing::TestWithParam<ReceiveMethod> {};
+
+TEST_P(GvspReceiverMethods, OnePercentOfLossIsMadeGood) {
+    Reception reception(GetParam(), Megabyte());
+    StreamScript script;
+    script.frames = slowed ? 60 : GetParam() == ReceiveMethod::Gro ? 2000 : 500;
+    script.bytesPerSecond = slowed ? 2e7 : 1.2e8; // a full link of 1 Gbit/s
+    script.dropProbability = 0.01;
+    script.resendDropProbability = 0.01;
+    reception.Run(script);
+    EXPECT_EQ(reception.complete, script.frames);
+    EXPECT_EQ(reception.broken + reception.disordered, 0U);
+    const Statistics counts = reception.Counts();
+    EXPECT_EQ(counts.blocks, script.frames);
+    EXPECT_EQ(counts.missingPackets + counts.incompleteBlocks + counts.lostBlocks, 0U);
+    EXPECT_GE(counts.resentPackets, script.frames * 7 / 2);
+}
+
+TEST_P(GvspReceiverMethods, FivePercentOfLossIsDeliveredOrCounted) {
+    Reception reception(GetParam(), Megabyte());
+    StreamScript script;
+    script.frames = slowed ? 30 : 200;
+    script.bytesPerSecond = slowed ? 2e7 : 1.2e8;
+    script.dropProbability = 0.05;
+    script.resendDropProbability = 0.05;
+    reception.Run(script);
+    const Statistics counts = reception.Counts();
+    EXPECT_EQ(counts.blocks + counts.lostBlocks, script.frames);
+    EXPECT_EQ(reception.images, counts.blocks);
+    EXPECT_EQ(reception.complete, counts.blocks - counts.incompleteBlocks);
+    EXPECT_LE(counts.incompleteBlocks, script.frames / 50);
+    EXPECT_EQ(reception.broken + reception.disordered, 0U);
+}
+
+TEST_P(GvspReceiverMethods, ReorderingAndDuplicatesCostNothing) {
+    Reception reception(GetParam(), Megabyte(9000));
+    StreamScript script;
+    script.frames = slowed ? 50 : 500;
+    script.bytesPerSecond = slowed ? 3e7 : 4e8;
+    script.reorderWindow = 32;
+    script.reorderAcrossFrames = true;
+    script.duplicateProbability = 0.02;
+    script.firstBlockId = 65401; // and over the wrap
+    reception.Run(script);
+    EXPECT_EQ(reception.complete, script.frames);
+    EXPECT_EQ(reception.broken + reception.disordered, 0U);
+    for (const auto& [packet, times] : reception.camera.ResendRequests())
+        EXPECT_LE(times, 1U) << packet.block << "." << packet.packet;
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, GvspReceiverMethods,
+                         ::testing::Values(ReceiveMethod::RecvFrom, ReceiveMethod::RecvMmsg,
+                                           ReceiveMethod::Gro));
+
+TEST(GvspReceiver, ExtendedIdsAndALostTailOfTheLastFrame) {
+    Reception reception(ReceiveMethod::Best, Megabyte());
+    StreamScript script;
+    script.frames = 5;
+    script.extendedIds = true;
+    script.firstBlockId = 70000;
+    script.bytesPerSecond = 5e7;
+    const std::uint32_t last = (1024 * 1024 + 1451) / 1452 + 1;
+    script.drop = {{70004, last - 1}, {70004, last}};
+    reception.Run(script);
+    EXPECT_EQ(reception.complete, 5U);
+    EXPECT_EQ(reception.broken, 0U);
+}
+
+TEST(GvspReceiver, OpensThePathToACameraWithASourcePort) {
+    CameraConfig config;
+    config.reportsSourcePort = true;
+    Reception reception(ReceiveMethod::RecvFrom, config);
+    ASSERT_GT(reception.Listen(), 0);
+    const auto deadline = steady_clock::now() + seconds(2);
+    std::size_t opening = 0;
+    while ((opening = reception.camera.OpeningDatagram()) == 0 && steady_clock::now() < deadline)
+        std::this_thread::sleep_for(milliseconds(5));
+    EXPECT_EQ(opening, 21U);
+    EXPECT_EQ(reception.receiver.StopListen(), Status::Ok);
+    Reception without(ReceiveMethod::RecvFrom, CameraConfig{});
+    ASSERT_GT(without.Listen(), 0);
+    EXPECT_EQ(without.camera.OpeningDatagram(), 0U);
+}
+
+TEST(GvspReceiver, StartsOnceAndStopsPromptly) {
+    Reception reception(ReceiveMethod::Best, CameraConfig{});
+    EXPECT_EQ(reception.receiver.StopListen(), Status::Generic);
+    EXPECT_EQ(reception.receiver.AllocOneBuff(), Status::WrongState);
+    EXPECT_EQ(reception.receiver.ResetListen(), Status::WrongState);
+    ASSERT_GT(reception.Listen(), 0);
+    EXPECT_EQ(reception.Listen(), Status::WrongState);
+    EXPECT_EQ(reception.receiver.AllocOneBuff(), Status::Ok);
+    EXPECT_EQ(reception.receiver.SetGvspParser(nullptr), Status::NotSupported);
+    std::this_thread::sleep_for(milliseconds(20)); // deep in its wait
+    const auto before = steady_clock::now();
+    EXPECT_EQ(reception.receiver.StopListen(), Status::Ok);
+    EXPECT_LT(steady_clock::now() - before, milliseconds(100));
+    ASSERT_GT(reception.Listen(), 0) << "and again";
+
+    Reception nowhere(ReceiveMethod::Best, CameraConfig{});
+    nowhere.param.host.ip = 0xC0000201; // not ours
+    EXPECT_EQ(nowhere.Listen(), Status::Generic);
+}
+
+TEST(GvspReceiver, StoppingMidStreamEndsTheCallbacks) {
+    for (int round = 0; round < 5; ++round) {
+        Reception reception(ReceiveMethod::Best, CameraConfig{});
+        const StatusCode port = reception.Listen();
+        ASSERT_GT(port, 0);
+        StreamScript script;
+        script.bytesPerSecond = 1e8;
+        reception.camera.SetStreamScript(script);
+        reception.camera.StartStream({ScriptedCamera::HostParam().ip, static_cast<std::uint32_t>(port)});
+        std::this_thread::sleep_for(milliseconds(30));
+        EXPECT_EQ(reception.receiver.StopListen(), Status::Ok);
+        const std::uint64_t images = reception.images;
+        std::this_thread::sleep_for(milliseconds(20));
+        EXPECT_EQ(reception.images, images);
+    }
+}
+
+TEST(StreamSocket, SaysWhatTheReceiveBufferLacks) {
+    LogCapture log;
+    StreamSocket socket;
+    ASSERT_EQ(socket.Open(0x7F000001), Status::Ok);
+    EXPECT_GT(socket.GrantedBytes(), 0U);
+    GevStreamParam param;
+    param.packetSize = 1500;
+    param.bufferSize = 1000;
+    socket.WarnIfTooSmall(param);
+    EXPECT_EQ(log.Count("net.core.rmem_max"), 0U);
+    param.bufferSize = 0xF0000000; // more than anybody grants
+    socket.WarnIfTooSmall(param);
+    EXPECT_EQ(log.Count("sysctl -w net.core.rmem_max="), 1U);
+}
+
+} // namespace
+} // namespace Test
+} // namespace VX3

@@ -1,0 +1,38 @@
+// Counts allocations of the whole program: include in exactly one source file of an executable.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+namespace VX3 {
+namespace Test {
+inline std::atomic<std::uint64_t> g_allocations{0};
+inline std::uint64_t Allocations() {
+    return g_allocations.load(std::memory_order_relaxed);
+}
+} // namespace Test
+} // namespace VX3
+
+void* operator new(std::size_t size) {
+    VX3::Test::g_allocations.fetch_add(1, std::memory_order_relaxed);
+    if (void* memory = std::malloc(size == 0 ? 1 : size))
+        return memory;
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) {
+    return ::operator new(size);
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
