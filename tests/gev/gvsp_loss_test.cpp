@@ -179,7 +179,7 @@ TEST(GvspLoss, AStuckBlockHoldsNobodyForLong) {
     GvspLab lab(hopeless);
     lab.GiveRange(1, 0, 40);
     for (std::uint32_t block = 2; block <= 9; ++block)
-        lab.GiveRange(block, 1, 3);
+        lab.GiveRange(block, 1, 9);
     ASSERT_EQ(lab.Images().size(), 1U);
     EXPECT_EQ(lab.Images()[0].blockId, 1U);
     EXPECT_EQ(lab.Parser().BlocksInFlight(), 8U);
