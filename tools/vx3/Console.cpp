@@ -73,6 +73,14 @@ std::string Printable(const std::string& text) {
     return printable;
 }
 
+std::string PrintableLines(const std::string& text) {
+    std::string printable = Printable(text);
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (text[i] == '\n')
+            printable[i] = '\n';
+    return printable;
+}
+
 std::string Padded(const std::string& text, std::size_t width) {
     return text.size() < width ? text + std::string(width - text.size(), ' ') : text;
 }

@@ -54,6 +54,8 @@ private:
 
 // Camera texts are foreign bytes: control characters (and with them terminal escapes) become '?'.
 std::string Printable(const std::string& text);
+// The same, but lines stay lines.
+std::string PrintableLines(const std::string& text);
 
 // Pads to `width` columns.
 std::string Padded(const std::string& text, std::size_t width);

@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
         return RunChosen(app, commands);
     } catch (const std::exception& error) {
         console.EndProgress();
-        console.Say(Printable(error.what()));
+        console.Say(PrintableLines(error.what()));
     } catch (const char* text) {
         console.EndProgress();
         console.Say(text);

@@ -54,7 +54,8 @@ public:
             ->add_option("--format", writer_.picture.format, "Picture format (default png)")
             ->check(CLI::IsMember({"png", "tiff", "bmp", "raw"}));
         App()
-            ->add_option("--set", assignments_, "FEATURE=VALUE to write before streaming")
+            ->add_option("--set", assignments_, "FEATURE=VALUE to write before streaming; repeatable")
+            ->allow_extra_args(false)
             ->check([](const std::string& text) {
                 return text.find('=') == std::string::npos ? "\"" + text + "\" is not FEATURE=VALUE" : "";
             });
@@ -124,7 +125,7 @@ private:
             console.PrintJson(json);
         if (summary.end == "timeout")
             console.Say(
-                "no frame arrived for " + std::to_string(limits_.timeout) +
+                "no frame arrived for " + NumberText(limits_.timeout) +
                 " s: the camera may wait for a trigger, or its packets are dropped on the way (firewall, "
                 "packet size larger than the network's, address of another interface)");
         if (summary.end == "lost")

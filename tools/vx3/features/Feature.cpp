@@ -3,6 +3,9 @@
 #include "ToolError.h"
 #include "features/FeatureText.h"
 
+#include <cfloat>
+#include <cstdint>
+
 namespace VX3::Tool {
 
 using namespace VX3::GenICam;
@@ -51,6 +54,14 @@ void ReadTyped(INode& node, Feature& feature) {
         feature.value = IsReadable(feature.access) ? Json(boolean->GetValue(false, false)) : Json();
     else if (HasValue(feature.type) && IsReadable(feature.access))
         feature.value = feature.text;
+}
+
+// A description that gives no range leaves the type's own, which tells nobody anything.
+bool IsUnbounded(const Feature& feature) {
+    if (feature.type == EInterfaceType::Integer)
+        return feature.min.get<std::int64_t>() == INT64_MIN && feature.max.get<std::int64_t>() == INT64_MAX;
+    return feature.type == EInterfaceType::Float && feature.max.get<double>() >= DBL_MAX &&
+           feature.min.get<double>() <= -DBL_MAX;
 }
 
 } // namespace
@@ -189,7 +200,7 @@ std::string RangeText(const Feature& feature) {
         }
         return text.empty() ? text : text + "}";
     }
-    if (feature.min.is_null() || feature.max.is_null())
+    if (feature.min.is_null() || feature.max.is_null() || IsUnbounded(feature))
         return {};
     std::string text = "[" + number(feature.min) + " .. " + number(feature.max);
     if (!feature.increment.is_null())

@@ -106,9 +106,14 @@ bool SameNumber(const std::string& a, const std::string& b) {
 } // namespace
 
 std::string NumberText(double value) {
-    char text[40];
-    for (int digits = 1; digits <= 17; ++digits) {
-        std::snprintf(text, sizeof(text), "%.*g", digits, value);
+    char text[64];
+    const double magnitude = std::abs(value);
+    const bool plain = value == 0.0 || (magnitude >= 1e-5 && magnitude < 1e15);
+    for (int digits = 0; digits <= 20; ++digits) {
+        if (plain)
+            std::snprintf(text, sizeof(text), "%.*f", digits, value);
+        else
+            std::snprintf(text, sizeof(text), "%.*g", digits, value);
         if (std::strtod(text, nullptr) == value)
             break;
     }
