@@ -82,18 +82,20 @@ TEST(Demosaic, EveryTargetAgreesWithTheReference) {
 }
 
 TEST(Split, EveryTargetAgreesWithTheReference) {
-    ForEachTarget([] {
+    const auto compare = [](unsigned int channels, unsigned int bytes, std::size_t width, Stores stores) {
+        ExpectLikeReference(
+            {width * channels * bytes, width * bytes, channels},
+            [&](auto* source, auto* targets) { SplitLine(source, targets, width, channels, bytes, stores); },
+            [&](auto* source, auto* targets) {
+                Reference::SplitLine(source, targets, width, channels, bytes);
+            });
+    };
+    ForEachTarget([&] {
         for (const unsigned int channels : {2U, 3U, 4U}) {
             for (const unsigned int bytes : {1U, 2U}) {
                 for (const std::size_t width : AwkwardWidths()) {
-                    ExpectLikeReference(
-                        {width * channels * bytes, width * bytes, channels},
-                        [&](auto* source, auto* targets) {
-                            SplitLine(source, targets, width, channels, bytes);
-                        },
-                        [&](auto* source, auto* targets) {
-                            Reference::SplitLine(source, targets, width, channels, bytes);
-                        });
+                    compare(channels, bytes, width, Stores::Cached);
+                    compare(channels, bytes, width, Stores::Streaming);
                 }
             }
         }

@@ -37,6 +37,14 @@ TEST(Reduce, EveryTargetAgreesWithTheReference) {
                         Reference::ReduceLine(source, targets[0], width, shift);
                     });
                 ExpectLikeReference(
+                    {2 * width, width},
+                    [&](auto* source, auto* targets) {
+                        ReduceLine(source, targets[0], width, shift, Stores::Streaming);
+                    },
+                    [&](auto* source, auto* targets) {
+                        Reference::ReduceLine(source, targets[0], width, shift);
+                    });
+                ExpectLikeReference(
                     {8 * width, 4 * width},
                     [&](auto* source, auto* targets) { ReduceSwapLine4(source, targets[0], width, shift); },
                     [&](auto* source, auto* targets) {
@@ -89,10 +97,12 @@ TEST(Swap, EveryTargetAgreesWithTheReference) {
                 {3 * width, 3 * width},
                 [&](auto* source, auto* targets) { SwapLine3(source, targets[0], width); },
                 [&](auto* source, auto* targets) { Reference::SwapLine3(source, targets[0], width); });
-            ExpectLikeReference(
-                {4 * width, 4 * width},
-                [&](auto* source, auto* targets) { SwapLine4(source, targets[0], width); },
-                [&](auto* source, auto* targets) { Reference::SwapLine4(source, targets[0], width); });
+            for (const Stores stores : {Stores::Cached, Stores::Streaming}) {
+                ExpectLikeReference(
+                    {4 * width, 4 * width},
+                    [&](auto* source, auto* targets) { SwapLine4(source, targets[0], width, stores); },
+                    [&](auto* source, auto* targets) { Reference::SwapLine4(source, targets[0], width); });
+            }
         }
     });
 }

@@ -128,27 +128,21 @@ namespace {
 HWY_EXPORT(CountWide16);
 HWY_EXPORT(SumWays);
 
-// Vectors have no counters; 8-bit samples are taken from 64-bit words instead.
-template <unsigned int Channels, std::size_t First, std::size_t... I>
-void CountBytes(std::uint64_t word, std::uint32_t* const* counts, std::index_sequence<I...>) {
-    (++counts[WayOf<Channels>(First + I)][word >> (8 * I) & 0xFF], ...);
+// Vectors have no counters; a run of whole pixels is written out instead, so that each array's address is
+// fixed.
+template <unsigned int Channels, std::size_t... I>
+void CountBytes(const std::uint8_t* source, std::uint32_t* const* counts, std::index_sequence<I...>) {
+    (++counts[WayOf<Channels>(I)][source[I]], ...);
 }
 
 template <unsigned int Channels>
 std::size_t Count8(const std::uint8_t* source, std::size_t pixels, const Counters& counters) {
-    constexpr std::size_t kWords = Channels == 3 ? 3 : 2; // whole pixels of every channel count
-    constexpr std::size_t kPixels = kWords * 8 / Channels;
-    constexpr std::make_index_sequence<8> kBytes;
+    constexpr std::size_t kRun = Channels == 3 ? 24 : 16; // samples
     std::uint32_t* counts[Counters::kMaxChannels * Counters::kWays];
     std::memcpy(counts, counters.counts, sizeof counts);
     std::size_t x = 0;
-    for (; x + kPixels <= pixels; x += kPixels) {
-        const std::uint8_t* at = source + Channels * x;
-        CountBytes<Channels, 0>(Sample<std::uint64_t>(at, 0), counts, kBytes);
-        CountBytes<Channels, 8>(Sample<std::uint64_t>(at, 1), counts, kBytes);
-        if constexpr (kWords == 3) {
-            CountBytes<Channels, 16>(Sample<std::uint64_t>(at, 2), counts, kBytes);
-        }
+    for (; x + kRun / Channels <= pixels; x += kRun / Channels) {
+        CountBytes<Channels>(source + Channels * x, counts, std::make_index_sequence<kRun>());
     }
     return x;
 }
