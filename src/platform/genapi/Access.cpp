@@ -25,8 +25,9 @@ EAccessMode LockedAccess(EAccessMode mode) {
 }
 
 std::optional<EAccessMode> AccessModeOfText(std::string_view text) {
-    for (const EAccessMode mode : {NI, NA, WO, RO, RW})
-        if (text == AccessText(mode))
+    // The usual ones first: each description has thousands of them.
+    for (const EAccessMode mode : {RO, RW, WO, NA, NI})
+        if (text == std::string_view(AccessText(mode), 2))
             return mode;
     return std::nullopt;
 }

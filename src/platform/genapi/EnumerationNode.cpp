@@ -19,8 +19,9 @@ using GenICam_3_2::RuntimeException;
 bool EnumerationNode::Take(const Element& element) {
     if (element.id != ElementId::EnumEntry)
         return source_.Take(*this, element);
-    if (auto* entry = dynamic_cast<EnumEntryNode*>(Refer(element, Role::Entry)))
-        entries_.push_back(entry);
+    NodeBase* entry = Refer(element, Role::Entry);
+    if (entry && entry->Record().kind == NodeKind::EnumEntry)
+        entries_.push_back(static_cast<EnumEntryNode*>(entry));
     return true;
 }
 

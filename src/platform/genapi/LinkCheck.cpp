@@ -46,7 +46,7 @@ LinkCheck::Aspect LinkCheck::Leads(Aspect from, Role role) {
 
 void LinkCheck::Run() {
     for (std::uint32_t vertex = 0; vertex < vertices_.size(); ++vertex)
-        if (vertices_[vertex].order == 0)
+        if (vertices_[vertex].order == 0 && !SettleLeaf(vertex))
             Visit(vertex);
     for (const auto& node : nodes_) {
         node->cachable_ = !node->broken_ && vertices_[VertexOf(*node, Value)].isCachable;
@@ -75,6 +75,15 @@ bool LinkCheck::NextNeighbour(Frame& frame, std::uint32_t& neighbour) const {
     return false;
 }
 
+// Most nodes mention no other; they need no place on the stack.
+bool LinkCheck::SettleLeaf(std::uint32_t vertex) {
+    if (NodeOf(vertex).linkCount_ != 0)
+        return false;
+    vertices_[vertex].order = vertices_[vertex].low = ++order_;
+    Settle(vertex);
+    return true;
+}
+
 void LinkCheck::Visit(std::uint32_t root) {
     Enter(root);
     while (!path_.empty()) {
@@ -90,9 +99,10 @@ void LinkCheck::Visit(std::uint32_t root) {
             continue;
         }
         Vertex& current = vertices_[path_.back().vertex];
-        if (vertices_[neighbour].order == 0)
-            Enter(neighbour);
-        else if (vertices_[neighbour].isOnStack)
+        if (vertices_[neighbour].order == 0) {
+            if (!SettleLeaf(neighbour))
+                Enter(neighbour);
+        } else if (vertices_[neighbour].isOnStack)
             current.low = std::min(current.low, vertices_[neighbour].order);
     }
 }

@@ -37,6 +37,7 @@ private:
     static Aspect Leads(Aspect from, Role role);
     std::uint32_t VertexOf(const NodeBase& node, Aspect aspect) const;
     NodeBase& NodeOf(std::uint32_t vertex) const { return *nodes_[vertex / 4]; }
+    bool SettleLeaf(std::uint32_t vertex);
     void Visit(std::uint32_t root);
     void Enter(std::uint32_t vertex);
     bool NextNeighbour(Frame& frame, std::uint32_t& neighbour) const;

@@ -24,6 +24,11 @@ namespace GenApi_3_2 {
 namespace Engine {
 namespace {
 
+bool IsRegister(NodeKind kind) {
+    return kind == NodeKind::IntReg || kind == NodeKind::MaskedIntReg || kind == NodeKind::FloatReg ||
+           kind == NodeKind::StringReg || kind == NodeKind::Register || kind == NodeKind::ConfRom;
+}
+
 std::unique_ptr<NodeBase> MakeValueNode(NodeMap& map, const NodeRecord& record) {
     switch (record.kind) {
     case NodeKind::Integer:
@@ -86,7 +91,9 @@ std::unique_ptr<NodeBase> MakeNode(NodeMap& map, const NodeRecord& record) {
 void ShareAddresses(const std::vector<std::unique_ptr<NodeBase>>& nodes, Cache& cache) {
     std::vector<std::pair<std::uint64_t, NodeBase*>> places;
     for (const auto& node : nodes)
-        if (const auto* place = dynamic_cast<const RegisterPlace*>(node.get()); place && !node->IsBroken())
+        if (const auto* place =
+                !IsRegister(node->Record().kind) ? nullptr : dynamic_cast<const RegisterPlace*>(node.get());
+            place && !node->IsBroken())
             places.emplace_back(place->Core().PlaceHash(), node.get());
     std::sort(places.begin(), places.end(), [](const auto& left, const auto& right) {
         return left.first != right.first ? left.first < right.first

@@ -65,9 +65,12 @@ template <class T>
 void NodeFormula<T>::Compile(NodeBase& owner, const FormulaInputs& inputs, std::string_view argument) {
     if (!element_)
         return owner.SetBroken(nullptr, "has no formula");
-    FormulaScope scope = inputs.scope_;
-    if (!argument.empty())
-        scope.variables.insert(scope.variables.begin(), argument);
+    FormulaScope withArgument;
+    if (!argument.empty()) {
+        withArgument = inputs.scope_;
+        withArgument.variables.insert(withArgument.variables.begin(), argument);
+    }
+    const FormulaScope& scope = argument.empty() ? inputs.scope_ : withArgument;
     try {
         formula_ = std::make_unique<BasicFormula<T>>(element_->text, scope);
     } catch (const FormulaError& error) {

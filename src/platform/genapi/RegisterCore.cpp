@@ -21,7 +21,8 @@ bool RegisterCore::Take(NodeBase& owner, const Element& element) {
         return true;
     case ElementId::pPort:
         if (NodeBase* node = owner.Require(element, Role::Port)) {
-            port_ = dynamic_cast<PortNode*>(node);
+            if (node->Record().kind == NodeKind::Port)
+                port_ = static_cast<PortNode*>(node);
             if (!port_)
                 owner.SetBroken(&element,
                                 "pPort names '" + std::string(element.text) + "', which is not a port");
