@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const unsigned options = data[0];
     GevStreamParam param;
     param.packetSize = (options & 1) != 0 ? 100 : (options & 2) != 0 ? 40 : 576;
-    param.bufferSize = (options & 4) != 0 ? 0 : 4096;
+    param.bufferSize = (options & 4) != 0 ? 1 : 4096;
     param.resendSupported = (options & 8) != 0 ? 0 : 1;
     GvspParserImageA::Options parserOptions;
     parserOptions.redirect = (options & 16) != 0;

@@ -11,9 +11,6 @@ namespace VX3 {
 
 namespace {
 
-// A leader that goes back in block ids after a pause this long, or by this many, starts a new sequence.
-constexpr std::chrono::milliseconds restartPause{250};
-constexpr std::int64_t restartSteps = 64;
 // A slow camera's silence is judged by its own pace, up to this.
 constexpr std::chrono::milliseconds longestQuiet{1000};
 constexpr std::chrono::milliseconds itemWait{2};
@@ -44,12 +41,6 @@ GvspParserImageA::GvspParserImageA(GvspImageCallback callback, const GevStreamPa
       lifted_(MaxDatagram) {
     FillSpares(count == 0 ? DefaultBlocks : count);
     spareTarget_ = ring_.Size();
-}
-
-void GvspParserImageA::FillSpares(unsigned int count) {
-    for (unsigned int i = 0; i < count && !ring_.IsFull(); ++i)
-        if (Failed(AddSpareBlock()))
-            break;
 }
 
 StatusCode GvspParserImageA::HandlePacket(const std::uint8_t* data, std::size_t length, WireRoom& next,
@@ -283,91 +274,6 @@ void GvspParserImageA::LearnPace(const GvspPacketAddr& addr, TimePoint now) {
     }
     lastPacket_ = now;
     lastAddr_ = addr;
-}
-
-GvspParserInfo* GvspParserImageA::GetParserInfoByBlockId(std::uint32_t blockId) {
-    if (current_ == nullptr || current_->blockId != blockId)
-        current_ = ring_.Find(blockId);
-    return current_;
-}
-
-GvspParserInfo* GvspParserImageA::FindOrOpen(const GvspPacketAddr& addr, TimePoint now) {
-    GvspParserInfo* info = GetParserInfoByBlockId(addr.blockId);
-    return info != nullptr ? info : OpenBlock(addr.blockId, now);
-}
-
-GvspParserInfo* GvspParserImageA::OpenBlock(std::uint32_t blockId, TimePoint now) {
-    if (ring_.InFlight() != 0 && (ring_.InFlight() > MaxPlacesAhead || !ring_.HasSpare())) {
-        const bool full = ring_.InFlight() >= MaxInFlight();
-        const bool latecomer = order_.Distance(ring_.Oldest(), blockId) < 0;
-        if (latecomer && full)
-            return nullptr; // older than all that wait, and too late
-        // The oldest makes room, unless it awaits answers or the newcomer is older still.
-        if (!latecomer && (full || !resend_.IsAwaiting(ring_.Oldest())))
-            (void)CommitBlock(ring_.At(0));
-    }
-    if (!ring_.HasSpare() && Failed(AddSpareBlock()) && ring_.InFlight() != 0 &&
-        order_.Distance(ring_.Oldest(), blockId) > 0)
-        (void)CommitBlock(ring_.At(0)); // the pool has no more: its image is to be had again
-    if (!ring_.HasSpare()) {
-        if (warnings_.Allow(now))
-            VxLoggerLog(LogLevel::Error, "SDK", "GetParserInfo with bid(%d) error, NO Buff Available!", 0);
-        return nullptr;
-    }
-    GvspParserInfo& info = ring_.Open(blockId, order_);
-    if (!PrepareBlock(info, blockId)) {
-        ring_.Close(info);
-        return nullptr;
-    }
-    current_ = &info;
-    return current_;
-}
-
-bool GvspParserImageA::PrepareBlock(GvspParserInfo& info, std::uint32_t blockId) {
-    header_.blockId = blockId;
-    if (Failed(static_cast<StatusCode>(info.image->UpdateImageInfo(&header_))))
-        return false;
-    info.blockId = blockId;
-    info.state = info.image->GetExtraInfoBuff();
-    info.data = info.image->GetImageBuff();
-    if (info.state == nullptr || info.data == nullptr || info.capacity < geometry_.payloadBytes)
-        return false;
-    std::memset(info.state, 0, geometry_.packets);
-    return true;
-}
-
-// Not in flight, and not later than what was handed on: nothing of it is wanted.
-bool GvspParserImageA::IsPast(std::uint32_t blockId) const {
-    return newest_ != 0 && order_.Distance(newest_, blockId) <= 0;
-}
-
-bool GvspParserImageA::WasJustCommitted(std::uint32_t blockId) const {
-    return std::find(committed_.begin(), committed_.end(), blockId) != committed_.end();
-}
-
-bool GvspParserImageA::StartsAnew(const Packet& leader, TimePoint now) const {
-    if (leader.header.status == Gvcp::AckStatus::PacketResent)
-        return false;
-    return now - lastPacket_ >= restartPause || order_.Distance(newest_, leader.addr.blockId) < -restartSteps;
-}
-
-std::size_t GvspParserImageA::MaxInFlight() const {
-    // A ring pool would overwrite the oldest blocks with the newest.
-    if (pool_->PoolType() != RecyclePoolType)
-        return std::clamp<std::size_t>(spareTarget_, 1, MaxPlacesAhead + 1);
-    if (!resend_.IsAwaiting(ring_.Oldest()))
-        return MaxPlacesAhead + 1;
-    const std::uint64_t affordable = MaxAwaitingBytes / std::max<std::uint64_t>(blockBytes_, 1);
-    return std::clamp<std::uint64_t>(affordable, MaxPlacesAhead + 1, MaxAwaiting);
-}
-
-void GvspParserImageA::RestartBlocks() {
-    while (ring_.InFlight() != 0)
-        CommitHead();
-    resend_.Restart();
-    closedSeen_ = resend_.Closed();
-    committed_.fill(0);
-    newest_ = 0;
 }
 
 bool GvspParserImageA::GetResendInfo(GvspResendInfo& info, TimePoint now) {

@@ -15,24 +15,24 @@ inline std::uint64_t Allocations() {
 } // namespace Test
 } // namespace VX3
 
-void* operator new(std::size_t size) {
+__attribute__((noinline)) void* operator new(std::size_t size) {
     VX3::Test::g_allocations.fetch_add(1, std::memory_order_relaxed);
     if (void* memory = std::malloc(size == 0 ? 1 : size))
         return memory;
     throw std::bad_alloc();
 }
-void* operator new[](std::size_t size) {
+__attribute__((noinline)) void* operator new[](std::size_t size) {
     return ::operator new(size);
 }
-void operator delete(void* memory) noexcept {
+__attribute__((noinline)) void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory) noexcept {
+__attribute__((noinline)) void operator delete[](void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+__attribute__((noinline)) void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory, std::size_t) noexcept {
+__attribute__((noinline)) void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
