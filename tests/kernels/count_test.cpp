@@ -6,6 +6,7 @@
 #include "support/KernelLab.h"
 
 #include <cstring>
+#include <memory>
 
 using namespace VX3;
 using namespace VX3::Kernels;
