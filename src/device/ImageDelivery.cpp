@@ -5,13 +5,20 @@
 
 #include <chrono>
 #include <exception>
+#include <thread>
 #include <utility>
 
 namespace VX3 {
 
 namespace {
 
+using std::chrono::steady_clock;
+
 constexpr std::chrono::milliseconds MaxWait(500);
+// Above a thousand frames a second the next one is near, and waking a sleeper for each would cost the receive
+// thread more than the frame: the consumer naps instead and finds a few.
+constexpr std::chrono::milliseconds FastGap(1);
+constexpr std::chrono::microseconds Nap(20);
 
 bool Qualifies(const IImage& image, FrameType type) {
     const ImageInfo* info = image.GetImageInfo();
@@ -32,10 +39,15 @@ ImageDelivery::ImageDelivery(std::shared_ptr<ParentLink> parent, unsigned int st
     : parent_(std::move(parent)), streamIndex_(streamIndex) {}
 
 void ImageDelivery::Consume(const std::atomic<bool>& running) {
+    auto previous = steady_clock::time_point::min();
     while (running) {
+        if (queue_.IsEmpty() && steady_clock::now() - previous < FastGap)
+            std::this_thread::sleep_for(Nap);
         std::shared_ptr<IImage> image;
-        if (queue_.Pop(image, MaxWait, [&] { return !running; }))
-            Deliver(image);
+        if (!queue_.Pop(image, MaxWait, [&] { return !running; }))
+            continue;
+        previous = steady_clock::now();
+        Deliver(image);
     }
     // What nobody will be called for goes back to its pool.
     queue_.Clear();

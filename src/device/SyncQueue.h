@@ -56,6 +56,7 @@ public:
         MutexLock lock(mutex_);
         return (write_ + 1) % N == read_;
     }
+    bool IsEmpty() const { return Size() == 0; }
     std::size_t Size() const VX3_EXCLUDES(mutex_) {
         MutexLock lock(mutex_);
         return (write_ + N - read_) % N;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
+
 using namespace VX3;
 using namespace VX3::Testing;
 using namespace std::chrono_literals;
@@ -136,11 +138,12 @@ TEST(Stream, SnapTakesTheNextImageAndEndsWithTheStream) {
 }
 
 TEST(Stream, HistoryKeepsTheNewestThatQualify) {
+    std::deque<Receiver> receivers; // a callback may still be returning when the next run begins
     FakeStream stream(nullptr, 0);
     stream.Open(1, nullptr);
     const auto run = [&](unsigned int keep, FrameType type) {
         EXPECT_EQ(stream.SetHistoryFrames(keep, type), Status::Ok);
-        Receiver receiver;
+        Receiver& receiver = receivers.emplace_back();
         stream.Start(receiver.Callback(), nullptr, 0, nullptr);
         for (std::uint64_t block = 1; block <= 8; ++block)
             stream.Insert(block, block % 2, block % 3 == 0);

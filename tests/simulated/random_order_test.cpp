@@ -53,8 +53,10 @@ public:
         : camera_(camera), random_(seed), counters_(counters) {}
 
     void RunOrder() {
-        for (int step = 0; step < StepsPerOrder; ++step)
+        for (int step = 0; step < StepsPerOrder; ++step) {
             Step(static_cast<int>(random_() % 12));
+            std::this_thread::sleep_for(std::chrono::microseconds(random_() % 800)); // frames flow meanwhile
+        }
     }
 
 private:
@@ -135,6 +137,9 @@ TEST(RandomOrder, TwoThreadsThousandOrdersWhileFramesFlow) {
     for (int batch = 0; batch < 20; ++batch) {
         auto interface = std::make_shared<VirtualInterfaceDev>("virtual");
         const auto camera = interface->EnumSubDevices(0).front();
+        camera->Connect();
+        ASSERT_NE(camera->ShareConfigurer(), nullptr);
+        camera->ShareConfigurer()->SetNodeValue("FrameTime", 0U);
         std::vector<std::thread> threads;
         for (unsigned int side = 0; side < 2; ++side)
             threads.emplace_back([&, side] {

@@ -166,6 +166,7 @@ TEST(VirtualTransport, SizesChangeWholeWhileStreaming) {
         ASSERT_TRUE(Eventually([&] { return frames.Last() == Frames::Size(width, height); }));
     }
     stream->Stop();
+    stream->Close(); // the queue is delivered until then
     // Each register takes effect by itself, so the mixed sizes may be seen between two writes, and nothing
     // else.
     const std::set<Frames::Size> possible{{400, 400}, {640, 400}, {640, 480}, {32, 480}, {32, 64}, {640, 64}};

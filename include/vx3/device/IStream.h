@@ -28,8 +28,10 @@ public:
     // AlreadyStreaming, NotOpen, or the transport's code. `count`: blocks in flight (0: the transport's own).
     virtual StatusCode Start(ImageCallback callback, void* userData, unsigned int count,
                              std::shared_ptr<IImagePool> pool) = 0;
+    // No image is received afterwards; those that wait for delivery still reach the callback until Close.
     virtual StatusCode Stop() = 0;
-    // NotOpen, StillStreaming.
+    // NotOpen, StillStreaming. The callback does not run after it (called inside the callback: after that
+    // returns).
     virtual StatusCode Close() = 0;
     // NotSupported unless the transport can stop local delivery while the camera keeps streaming.
     virtual StatusCode Pause() = 0;

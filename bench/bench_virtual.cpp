@@ -1,0 +1,112 @@
+// What the stream machinery costs: frames a second of a virtual camera at frame time 0, through queue,
+// delivery thread and callback, against the bare generator drawing from the same kind of pool, in the same
+// run; and whether memory stays where it is over many frames.
+//
+//   bench_virtual [--smoke]
+#include "simulated/ImageGeneratorSimple.h"
+#include "simulated/SoftStream.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace VX3;
+using std::chrono::steady_clock;
+
+constexpr unsigned long long PoolBytes = 64ULL << 20;
+
+double Seconds(steady_clock::time_point since) {
+    return std::chrono::duration<double>(steady_clock::now() - since).count();
+}
+
+double ResidentMiB() {
+    long pages = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> pages >> resident;
+    return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
+}
+
+std::shared_ptr<IImagePool> NewPool() {
+    return ImagePoolFactory::CreateRecycleImagePool(PoolBytes, "bench");
+}
+
+// Frames a second, each frame dropped as soon as it is made.
+double BareGenerator(unsigned int frames) {
+    ImageGeneratorSimple generator;
+    generator.SetFrameTime(0);
+    const auto pool = NewPool();
+    generator.Generate(pool, nullptr);
+    const auto start = steady_clock::now();
+    for (unsigned int i = 0; i < frames; ++i)
+        generator.Generate(pool, nullptr);
+    return frames / Seconds(start);
+}
+
+struct StreamResult {
+    double framesPerSecond = 0;
+    std::uint64_t dropped = 0;
+    double residentEarly = 0; // MiB, after a tenth of the frames
+    double residentEnd = 0;
+};
+
+// Frames a second that reach the client's callback.
+StreamResult Stream(unsigned int frames) {
+    auto generator = std::make_unique<ImageGeneratorSimple>();
+    generator->SetFrameTime(0);
+    SoftStream stream("bench", 0, std::move(generator), nullptr);
+    std::atomic<unsigned int> delivered{0};
+    StreamResult result;
+    stream.Open(4, nullptr);
+    const auto start = steady_clock::now();
+    stream.Start([&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) { ++delivered; },
+                 nullptr, 4, NewPool());
+    while (delivered < frames) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (result.residentEarly == 0 && delivered > frames / 10)
+            result.residentEarly = ResidentMiB();
+    }
+    result.framesPerSecond = delivered / Seconds(start);
+    result.residentEnd = ResidentMiB();
+    stream.Stop();
+    result.dropped = static_cast<const StreamAbs&>(stream).GetStatistics().droppedImages;
+    stream.Close();
+    return result;
+}
+
+double Median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const bool smoke = argc > 1 && std::strcmp(argv[1], "--smoke") == 0;
+    const unsigned int frames = smoke ? 300 : 20000;
+    const int pairs = smoke ? 1 : 5;
+    std::vector<double> ratios;
+    for (int i = 0; i < pairs; ++i) {
+        const double bare = BareGenerator(frames);
+        const StreamResult stream = Stream(frames);
+        ratios.push_back(stream.framesPerSecond / bare);
+        std::printf("400 x 400: generator %.0f frames/s, stream %.0f frames/s (%llu dropped), ratio %.3f\n",
+                    bare, stream.framesPerSecond, static_cast<unsigned long long>(stream.dropped),
+                    ratios.back());
+    }
+    const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
+    std::printf("ratio: median %.3f, %.3f to %.3f\n", Median(ratios), *least, *most);
+
+    const unsigned int longRun = smoke ? 1000 : 100000;
+    const StreamResult steady = Stream(longRun);
+    std::printf("resident over %u frames: %.1f MiB after a tenth, %.1f MiB at the end\n", longRun,
+                steady.residentEarly, steady.residentEnd);
+    return 0;
+}
