@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <vector>
+#include <vx3/core/Status.h>
 #include <vx3/image/IImage.h>
 #include <vx3/processing/SaveLoadImage.h>
 

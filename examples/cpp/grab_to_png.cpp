@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <string>
+#include <vx3/core/Status.h>
 #include <vx3/processing/SaveLoadImage.h>
 
 int main(int argc, char** argv) {
