@@ -4,6 +4,7 @@
 #include "gev/GvspParserImageA.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -25,6 +26,11 @@ void ReadWhole(const IImage& image) {
 }
 
 } // namespace
+
+// The library logs to the console; that would be most of the run.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    return std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 1)
@@ -56,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // Exactly as large as the datagram, so that a read behind its end is seen.
         std::vector<std::uint8_t> own(data + at, data + at + length);
         const std::uint8_t* packet = own.data();
-        if (next.data != nullptr && next.size >= length) {
+        if (length != 0 && next.data != nullptr && next.size >= length) {
             std::memcpy(next.data, own.data(), length);
             packet = next.data;
         }

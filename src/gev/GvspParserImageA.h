@@ -67,8 +67,8 @@ public:
     void CheckSilence(WireRoom& next, TimePoint now) override;
     std::chrono::milliseconds MaxWait() const override;
 
-    // See GvspResendParser; to be told with every batch of datagrams.
-    void SetBacklogged(bool backlogged) { resend_.SetBacklogged(backlogged); }
+    // The socket is empty; see GvspResendParser.
+    void NoteDrained(TimePoint now) { resend_.NoteDrained(now); }
     const GvspGeometry& Geometry() const { return geometry_; }
     std::size_t BlocksInFlight() const { return ring_.InFlight(); }
 

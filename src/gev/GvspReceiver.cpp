@@ -146,9 +146,10 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
             now = Clock::now();
             sinceClock = 0;
         }
-        parser.SetBacklogged(!batch.drained);
         for (std::size_t i = 0; i < batch.count; ++i)
             (void)parser.HandlePacket(batch.items[i].data, batch.items[i].size, next, now);
+        if (batch.drained)
+            parser.NoteDrained(now);
         if (now - checked >= silenceCheck) {
             checked = now;
             parser.CheckSilence(next, now);

@@ -15,7 +15,7 @@ constexpr std::uint64_t tokensPerPacket = 4;       // a request for one packet c
 constexpr std::uint64_t minTokenPackets = 2048;    // a burst that may always be asked for
 constexpr std::chrono::microseconds tokenTime{12}; // refills a silent stream: one token each
 constexpr std::chrono::microseconds shortestRetry{500};
-constexpr std::chrono::microseconds longestRetry{20000};
+constexpr std::chrono::microseconds longestRetry{40000};
 constexpr std::chrono::milliseconds longestBacklog{250};
 
 std::uint32_t CountdownFor(std::uint32_t length, std::uint32_t base) {
@@ -212,8 +212,6 @@ std::chrono::microseconds GvspResendParser::RetryDelay(const GvspResendItem& ite
 void GvspResendParser::CheckListTimeOut(TimePoint now, bool force) {
     const std::uint64_t checked = checkCounter_;
     checkCounter_ = 0;
-    if (!backlogged_)
-        drained_ = now;
     tokens_ += checked;
     if (refilled_ != TimePoint{} && now > refilled_)
         tokens_ += static_cast<std::uint64_t>((now - refilled_) / tokenTime);

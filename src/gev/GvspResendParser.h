@@ -41,8 +41,9 @@ public:
     StatusCode SetMaxPid(std::uint32_t packetId) override;
     StatusCode SetFlagExt(bool extended) override;
 
-    // Packets lie unread in the socket: an answer may be among them, so that its absence says nothing yet.
-    void SetBacklogged(bool backlogged) { backlogged_ = backlogged; }
+    // Everything that had come by `now` has been taken: an answer that is still missing is late. While
+    // packets lie unread, its absence says nothing.
+    void NoteDrained(TimePoint now) { drained_ = now; }
     // The packet that comes next in an undisturbed stream.
     const GvspPacketAddr& Expected() const { return expected_; }
     // Moves items on; `force` (a silent stream) makes everything due that is not within its round trip.
@@ -88,8 +89,7 @@ private:
     GvspPacketAddr expected_{0, 1};
     bool seen_ = false; // any packet yet
     bool extended_ = false;
-    bool backlogged_ = false;
-    TimePoint drained_{}; // when everything that had come was last known to be read
+    TimePoint drained_{};
     bool requestDue_ = false;
     std::uint32_t maxPid_ = 0;
     std::uint32_t checkCounter_ = 0;
@@ -100,7 +100,7 @@ private:
     Items waiting_;
     std::uint64_t tokens_; // quarters of a packet that may be asked for
     TimePoint refilled_{};
-    std::chrono::microseconds roundTrip_{600};
+    std::chrono::microseconds roundTrip_{1000};
     std::atomic<std::uint64_t> imagesLost_{0};
     LogLimiter itemLog_;
 };

@@ -18,7 +18,13 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#define VX3_HAS(feature) __has_feature(feature)
+#else
+#define VX3_HAS(feature) 0
+#endif
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__) || VX3_HAS(thread_sanitizer) ||            \
+    VX3_HAS(address_sanitizer)
 constexpr bool slowed = true;
 #else
 constexpr bool slowed = false;

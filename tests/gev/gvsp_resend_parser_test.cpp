@@ -13,6 +13,7 @@ class ResendParserTest : public ::testing::Test {
 protected:
     void Feed(std::uint32_t blockId, std::uint32_t packetId) {
         const GvspPacketAddr addr{packetId, blockId};
+        parser.NoteDrained(now);
         parser.UpdateResend(&addr, now);
         Ask();
     }
@@ -27,6 +28,7 @@ protected:
     }
     void Silence(milliseconds time) {
         for (const auto end = now + time; now < end; now += milliseconds(2)) {
+            parser.NoteDrained(now);
             parser.CheckListTimeOut(now, true);
             Ask();
         }
@@ -129,6 +131,21 @@ TEST_F(ResendParserTest, RequestsAreRepeatedAfterTheRoundTripAtMostFiveTimes) {
     Silence(milliseconds(300));
     EXPECT_EQ(asked.size(), GvspResendParser::MaxAttempts);
     EXPECT_FALSE(parser.HasItems()) << "then given up";
+}
+
+TEST_F(ResendParserTest, WhilePacketsLieUnreadNothingIsAskedForAgain) {
+    parser.SetMaxPid(1000);
+    Feed(1, 0, 10);
+    Feed(1, 12, 60);
+    ASSERT_EQ(asked.size(), 1U);
+    for (int i = 0; i < 50; ++i) { // 100 ms of reading a full socket
+        now += milliseconds(2);
+        parser.CheckListTimeOut(now, false);
+        Ask();
+    }
+    EXPECT_EQ(asked.size(), 1U);
+    Silence(milliseconds(6));
+    EXPECT_EQ(asked.size(), 2U);
 }
 
 TEST_F(ResendParserTest, LatePacketsSplitTheirRangeAndReachOnlyIt) {

@@ -101,7 +101,8 @@ public:
             size = Gvsp::EncodeTrailer(room, header, trailer);
         } else {
             const std::size_t offset = std::size_t{shape_.PerPacket()} * (packetId - 1);
-            const std::size_t length = std::min<std::size_t>(shape_.PerPacket(), shape_.FrameBytes() - offset);
+            const std::size_t length =
+                std::min<std::size_t>(shape_.PerPacket(), shape_.FrameBytes() - offset);
             size = Gvsp::EncodePayload(room, header, {Pixels(blockId) + offset, length});
         }
         packet.resize(size);
@@ -110,6 +111,7 @@ public:
 
     // Receives as a receiver would: into the room the parser gave, when there is one and it is large enough.
     StatusCode Give(const Datagram& datagram) {
+        parser_->NoteDrained(now_);
         if (datagram.empty())
             return parser_->HandlePacket(own_.data(), 0, next_, now_);
         std::uint8_t* to = next_.data;
@@ -136,6 +138,7 @@ public:
         const auto end = now_ + time;
         while (now_ < end) {
             now_ += std::min<std::chrono::nanoseconds>(parser_->MaxWait(), end - now_);
+            parser_->NoteDrained(now_);
             parser_->CheckSilence(next_, now_);
             for (const GvspResendInfo& info : Requests())
                 if (serve)
