@@ -14,18 +14,21 @@ namespace {
 // up longer than this before the stream starts.
 constexpr std::chrono::milliseconds readyWait{1000};
 
-std::unique_ptr<IGvspReceiver> MakeReceiver(const char* name, bool useFilter) {
+std::unique_ptr<IGvspReceiver> MakeReceiver(const char* name, const GevDevice* device, bool useFilter) {
     if (useFilter)
         VxLoggerLog(LogLevel::Info, "SDK",
                     "%s: reception through the filter driver is not built in, using the socket receiver",
                     name == nullptr ? "" : name);
-    return std::make_unique<GvspReceiver>();
+    return std::make_unique<GvspReceiver>(DatagramSource::MethodFromEnvironment(),
+                                          device == nullptr ? Gvcp::Port : device->GvcpPort());
 }
 
 } // namespace
 
 GevStream::GevStream(const char* name, GevDevice* device, unsigned int index, bool useFilter)
-    : StreamAbs(name, device, index), useFilter_(useFilter), receiver_(MakeReceiver(name, useFilter)) {}
+    : StreamAbs(name, device, index),
+      useFilter_(useFilter),
+      receiver_(MakeReceiver(name, device, useFilter)) {}
 
 GevStream::~GevStream() {
     Shutdown();
