@@ -2,11 +2,19 @@
 
 #include "vx3/core/Logger.h"
 
+#include <atomic>
 #include <cstdio>
 #include <iostream>
 #include <unistd.h>
 
 namespace VX3::Tool {
+
+namespace {
+
+// A lossy stream warns at every frame; after these, only --verbose shows more.
+constexpr unsigned int MostWarnings = 10;
+
+} // namespace
 
 Console& Console::Instance() {
     static Console console;
@@ -28,9 +36,19 @@ Console::~Console() {
 }
 
 void Console::OnLogItem(const ILogItem& item) {
+    static std::atomic<unsigned int> warnings{0};
     const std::string level = item.Level();
-    if (verbose_ || level == "Warning" || level == "Error" || level == "Fatal")
+    if (verbose_) {
         Say(level + ": " + Printable(item.Info()));
+        return;
+    }
+    if (level != "Warning" && level != "Error" && level != "Fatal")
+        return;
+    const unsigned int number = ++warnings;
+    if (number <= MostWarnings)
+        Say(level + ": " + Printable(item.Info()));
+    else if (number == MostWarnings + 1)
+        Say("further warnings of the library are not shown; --verbose shows them");
 }
 
 void Console::PrintJson(const Json& json) {

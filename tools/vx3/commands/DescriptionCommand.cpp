@@ -18,7 +18,7 @@ public:
         App()
             ->add_option("--visibility", visibility_,
                          "Show features up to this visibility (default invisible)")
-            ->check(CLI::IsMember({"beginner", "expert", "guru", "invisible"}));
+            ->transform(CLI::IsMember({"beginner", "expert", "guru", "invisible"}, CLI::ignore_case));
         App()->add_flag("--problems", onlyProblems_, "Leave the tree out");
     }
 

@@ -15,7 +15,7 @@ public:
         AddCameraArgument(camera_);
         App()
             ->add_option("--visibility", visibility_, "Show features up to this visibility (default guru)")
-            ->check(CLI::IsMember({"beginner", "expert", "guru", "invisible"}));
+            ->transform(CLI::IsMember({"beginner", "expert", "guru", "invisible"}, CLI::ignore_case));
     }
 
     int Run() override {

@@ -9,6 +9,7 @@
 #include "grab/ImageWriter.h"
 #include "search/Connection.h"
 #include "vx3/core/Utilities.h"
+#include "vx3/genicam/IGenIObj.h"
 
 #include <filesystem>
 #include <optional>
@@ -41,6 +42,27 @@ void ParseMap(const std::string& text, PictureOptions& picture) {
         picture.mapLow = ParseLevel(parts[1]);
         picture.mapRange = ParseLevel(parts[2]);
     }
+}
+
+// Through the feature; a description without it leaves the bootstrap register of stream channel 0, whose low
+// 16 bits are the size and whose other bits stay as they are.
+void SetPacketSize(const Connection& connection, unsigned int size) {
+    constexpr unsigned long long PacketSizeRegister = 0x0D04;
+    if (connection.Nodes()->GetNode("GevSCPSPacketSize") != nullptr) {
+        Assign(connection, {"GevSCPSPacketSize", std::to_string(size)});
+        return;
+    }
+    auto* registers = dynamic_cast<IGenIObj*>(&connection.Device());
+    unsigned char bytes[4] = {};
+    if (registers == nullptr || TransportName(connection.Device()) != "gige")
+        throw ToolError(Describe(connection.Found()) + " has no packet size");
+    StatusCode code = registers->ReadPort(PacketSizeRegister, bytes, sizeof(bytes));
+    bytes[2] = static_cast<unsigned char>(size >> 8);
+    bytes[3] = static_cast<unsigned char>(size);
+    if (!Failed(code))
+        code = registers->WritePort(PacketSizeRegister, bytes, sizeof(bytes));
+    if (Failed(code))
+        throw ToolError("the packet size could not be set", code);
 }
 
 class GrabCommand : public Command {
@@ -83,7 +105,7 @@ public:
         CameraSearch search(Options());
         const Connection connection(search.Find(camera_));
         if (packetSize_ != 0)
-            Assign(connection, {"GevSCPSPacketSize", std::to_string(packetSize_)});
+            SetPacketSize(connection, packetSize_);
         for (const Assignment& assignment : ParseAssignments(assignments_))
             Assign(connection, assignment);
         std::optional<ImageWriter> writer;

@@ -17,6 +17,7 @@ public:
         : Command(app, options, "save", "Save a camera's settings to a text file") {
         AddCameraArgument(camera_);
         App()->add_option("FILE", file_, "Text file, one feature a line")->required();
+        App()->add_flag("--all", everything_, "Also features that the camera does not mark as streamable");
     }
 
     int Run() override {
@@ -24,11 +25,13 @@ public:
         const Connection connection(search.Find(camera_));
         std::ofstream file(file_, std::ios::trunc);
         file << "# Settings of " << Printable(connection.Device().Name()) << ", for 'vx3 load'.\n";
-        const FeatureSaver::Result result = FeatureSaver(*connection.Nodes(), file).Save();
+        const FeatureSaver::Result result = FeatureSaver(*connection.Nodes(), file, everything_).Save();
         file.close();
         if (!file)
             throw ToolError(file_ + " cannot be written");
         Console& console = Console::Instance();
+        if (result.saved == 0 && !everything_)
+            console.Say("the camera marks no feature as streamable; --all saves every writable one");
         for (const std::string& problem : result.problems)
             console.Say(Printable(problem));
         if (Options().json)
@@ -41,6 +44,7 @@ public:
 private:
     std::string camera_;
     std::string file_;
+    bool everything_ = false;
 };
 
 } // namespace

@@ -13,14 +13,15 @@ namespace {
 // A look-up table's index selects thousands of values, one register access each; beyond this it is left out.
 constexpr std::size_t MostSelectorValues = 4096;
 
-bool IsSaved(const INode& node) {
-    return node.IsStreamable() && HasValue(node.GetPrincipalInterfaceType());
-}
-
 } // namespace
 
-FeatureSaver::FeatureSaver(const INodeMap& nodes, std::ostream& out)
-    : nodes_(nodes), graph_(nodes), out_(out) {}
+FeatureSaver::FeatureSaver(const INodeMap& nodes, std::ostream& out, bool everything)
+    : nodes_(nodes), graph_(nodes), out_(out), everything_(everything) {}
+
+bool FeatureSaver::IsSaved(const INode& node) const {
+    return HasValue(node.GetPrincipalInterfaceType()) &&
+           (node.IsStreamable() || (everything_ && node.IsFeature()));
+}
 
 FeatureSaver::Result FeatureSaver::Save() {
     std::vector<INode*> selectors;

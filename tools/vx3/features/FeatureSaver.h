@@ -15,7 +15,8 @@ namespace VX3::Tool {
 
 class FeatureSaver {
 public:
-    FeatureSaver(const GenICam::INodeMap& nodes, std::ostream& out);
+    // `everything`: also features that the description does not mark as streamable.
+    FeatureSaver(const GenICam::INodeMap& nodes, std::ostream& out, bool everything);
 
     struct Result {
         std::size_t saved = 0;
@@ -31,10 +32,12 @@ private:
     void Walk(const std::vector<std::string>& selectors, std::size_t depth, Setting& setting,
               const std::vector<GenICam::INode*>& features);
     void SaveFeature(GenICam::INode& node, const Setting& setting);
+    bool IsSaved(const GenICam::INode& node) const;
 
     const GenICam::INodeMap& nodes_;
     SelectorGraph graph_;
     std::ostream& out_;
+    bool everything_;
     Result result_;
 };
 

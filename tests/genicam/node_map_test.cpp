@@ -1,0 +1,208 @@
+// Node maps, their wrappers, ports and callbacks.
+#include "genicam/MemoryOwner.h"
+#include "support/TempDir.h"
+#include "vx3/genicam/DescriptionCheck.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <thread>
+#include <zip.h>
+
+using namespace VX3;
+using namespace VX3::GenICam;
+using namespace VX3::Testing;
+
+namespace {
+
+std::string Zipped(const std::string& text) {
+    const TempDir directory;
+    const std::string path = directory / "description.zip";
+    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+    zip_file_add(archive, "a.xml", zip_source_buffer(archive, text.data(), text.size(), 0), 0);
+    zip_close(archive);
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+TEST(NodeMap, WrapsEveryTypeAndKeepsPlacesOfPorts) {
+    const Camera camera;
+    const std::pair<const char*, EInterfaceType> expected[] = {
+        {"Stepped", EInterfaceType::Integer}, {"SteppedReg", EInterfaceType::Integer},
+        {"Rate", EInterfaceType::Float},      {"Flag", EInterfaceType::Boolean},
+        {"Fire", EInterfaceType::Command},    {"Mode", EInterfaceType::Enumeration},
+        {"Label", EInterfaceType::String},    {"Four", EInterfaceType::Register},
+        {"Root", EInterfaceType::Category},   {"EnumEntry_Mode_Fast", EInterfaceType::EnumEntry}};
+    for (const auto& [name, type] : expected) {
+        INode* node = camera.nodes->GetNode(name); // the first one also builds the wrappers
+        ASSERT_NE(node, nullptr) << name;
+        EXPECT_EQ(node->GetPrincipalInterfaceType(), type) << name;
+        EXPECT_EQ(node->GetName(), name);
+    }
+    EXPECT_EQ(camera.nodes->GetNode("Device"), nullptr) << "ports have no wrapper";
+    EXPECT_EQ(camera.nodes->GetNode("stepped"), nullptr) << "names are case-sensitive";
+    const std::vector<INode*>& all = camera.nodes->GetNodes();
+    EXPECT_EQ(all.size(), camera.nodes->GetNumNodes());
+    EXPECT_EQ(std::count(all.begin(), all.end(), nullptr), 1);
+}
+
+TEST(NodeMap, AnswersForItsNodes) {
+    const Camera camera;
+    INode& node = *camera.nodes->GetNode("Stepped");
+    EXPECT_EQ(node.GetVisibility(), EVisibility::Expert);
+    EXPECT_TRUE(node.IsStreamable());
+    EXPECT_TRUE(node.IsFeature());
+    EXPECT_EQ(node.GetAccessMode(), EAccessMode::ReadWrite);
+    EXPECT_EQ(node.GetRepresentation(""), "Linear");
+    std::string value;
+    std::string attribute;
+    EXPECT_TRUE(node.GetProperty("Unit", value, attribute));
+    EXPECT_EQ(value, "px");
+    EXPECT_FALSE(node.GetProperty("NoSuchProperty", value, attribute));
+    const std::vector<std::string> names = node.GetPropertyNames();
+    EXPECT_NE(std::find(names.begin(), names.end(), "Unit"), names.end());
+    const std::vector<INode*> children = node.GetChildren(ELinkType::ReadingChildren);
+    EXPECT_NE(std::find(children.begin(), children.end(), camera.nodes->GetNode("SteppedReg")),
+              children.end());
+    const auto features = camera.Get<ICategory>("Root").GetFeatures();
+    ASSERT_EQ(features.size(), 3U);
+    EXPECT_EQ(features[2]->GetNode(), camera.nodes->GetNode("Mode"));
+}
+
+TEST(NodeMap, CallsTheLastRegisteredCallback) {
+    const Camera camera;
+    INode& node = *camera.nodes->GetNode("Stepped");
+    auto& value = camera.Get<IInteger>("Stepped");
+    int first = 0;
+    int second = 0;
+    node.RegisterCallback([&](INode*) { ++first; });
+    long handle = node.RegisterCallback([&](INode* changed) {
+        EXPECT_EQ(changed, &node);
+        ++second;
+    });
+    value.SetValue(8, true);
+    EXPECT_EQ(first, 0);
+    EXPECT_GE(second, 1);
+    const int calls = second;
+    EXPECT_TRUE(node.DeregisterCallback(handle));
+    value.SetValue(12, true);
+    EXPECT_EQ(second, calls);
+    // A callback may remove itself while it runs.
+    node.RegisterCallback([&](INode* changed) {
+        ++first;
+        long own = 0;
+        changed->DeregisterCallback(own);
+    });
+    value.SetValue(16, true);
+    value.SetValue(20, true);
+    EXPECT_EQ(first, 1);
+}
+
+TEST(NodeMap, IsBuiltOnceByWhoeverComesFirst) {
+    const Camera camera;
+    INode* seen[4] = {};
+    std::vector<std::thread> threads;
+    for (INode*& slot : seen)
+        threads.emplace_back([&camera, &slot] { slot = camera.nodes->GetNode("Mode"); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (INode* node : seen)
+        EXPECT_EQ(node, camera.nodes->GetNode("Mode"));
+}
+
+TEST(Port, GivesUpForGoodAfterATimeOut) {
+    const Camera camera;
+    auto& value = camera.Get<IInteger>("Wide");
+    camera.owner->result = Status::NodeFailed;
+    EXPECT_NO_THROW(value.SetValue(1, true)) << "only time-outs are reported";
+    camera.owner->result = Status::TimeOut;
+    EXPECT_ANY_THROW(value.SetValue(2, false));
+    camera.owner->result = Status::Ok;
+    const int accesses = camera.owner->writes + camera.owner->reads;
+    EXPECT_NO_THROW(value.SetValue(3, false));
+    EXPECT_EQ(camera.owner->writes + camera.owner->reads, accesses) << "the port stays inert";
+}
+
+TEST(Port, OutlivesItsOwner) {
+    Camera camera;
+    auto& value = camera.Get<IInteger>("Wide");
+    camera.owner.reset();
+    EXPECT_NO_THROW(value.SetValue(1, true));
+    EXPECT_NO_THROW(value.GetValue(false, true));
+}
+
+TEST(Port, IsReplacedByALaterConnect) {
+    const Camera camera;
+    const auto other = std::make_shared<MemoryOwner>();
+    EXPECT_FALSE(camera.nodes->Connect(other, "NoSuchPort"));
+    camera.Get<IInteger>("Wide").SetValue(5, false);
+    EXPECT_EQ(camera.owner->writes, 1) << "a refused connect keeps the old port";
+    EXPECT_TRUE(camera.nodes->Connect(other, "Device"));
+    camera.Get<IInteger>("Wide").SetValue(6, false);
+    EXPECT_EQ(camera.owner->writes, 1);
+    EXPECT_EQ(other->writes, 1);
+}
+
+TEST(GenApiRI, GoesByTheNamesExtension) {
+    const auto owner = std::make_shared<MemoryOwner>();
+    EXPECT_NE(GenApiRI(Xml("dir.v1/Camera.xml", EveryType), owner, "Device").GetNodeMap(), nullptr);
+    EXPECT_NE(GenApiRI(Xml("Camera.ZIP", Zipped(EveryType)), owner, nullptr).GetNodeMap(), nullptr);
+    EXPECT_EQ(GenApiRI(Xml("Camera.txt", EveryType), owner, nullptr).GetNodeMap(), nullptr);
+    EXPECT_EQ(GenApiRI(Xml("xml", EveryType), owner, nullptr).GetNodeMap(), nullptr);
+    EXPECT_EQ(GenApiRI(nullptr, owner, nullptr).GetNodeMap(), nullptr);
+}
+
+TEST(GenApiRI, DamagedDescriptionsGiveNoMapAndNoException) {
+    const auto owner = std::make_shared<MemoryOwner>();
+    const std::string whole = EveryType;
+    for (const std::string& text : {std::string(), whole.substr(0, whole.size() / 2), std::string("<a/>")}) {
+        GenApiRI genApi(Xml("Camera.xml", text), owner, nullptr);
+        EXPECT_EQ(genApi.GetNodeMap(), nullptr) << text.size();
+        NodeValue value(1L);
+        EXPECT_EQ(genApi.SetNodeValue("Stepped", value), Status::Generic);
+        EXPECT_TRUE(genApi.GetNodeValue("Stepped").IsEmpty());
+    }
+    const std::string zipped = Zipped(whole);
+    EXPECT_EQ(GenApiRI(Xml("Camera.zip", zipped.substr(0, zipped.size() / 2)), owner, nullptr).GetNodeMap(),
+              nullptr);
+}
+
+TEST(GenApiRI, MapOutlivesItsMaker) {
+    const auto owner = std::make_shared<MemoryOwner>();
+    std::shared_ptr<INodeMap> nodes = GenApiRI(Xml("Camera.xml", EveryType), owner, nullptr).GetNodeMap();
+    auto& value = dynamic_cast<IInteger&>(*nodes->GetNode("Stepped"));
+    value.SetValue(12, true);
+    EXPECT_EQ(owner->memory[0x10], 12);
+}
+
+TEST(DescriptionCheck, TellsProblemsWithTheirLines) {
+    const TempDir directory;
+    const std::string path = directory / "check.xml";
+    std::string text = EveryType;
+    const std::string good = "<pValue>RateReg</pValue>";
+    text.replace(text.find(good), good.size(), "<pValue>Missing</pValue>");
+    const auto line = 1 + static_cast<unsigned int>(std::count(
+                              text.begin(), text.begin() + static_cast<long>(text.find("Missing")), '\n'));
+    std::ofstream(path) << text;
+    const DescriptionCheck check(path);
+    ASSERT_NE(check.GetNodeMap(), nullptr) << check.Error();
+    ASSERT_FALSE(check.Problems().empty());
+    const DescriptionProblem& problem = check.Problems().front();
+    EXPECT_EQ(problem.line, line) << problem.text;
+    EXPECT_NE((problem.node + problem.text).find("Missing"), std::string::npos) << problem.text;
+    EXPECT_FALSE(IsAvailable(check.GetNodeMap()->GetNode("Rate")->GetAccessMode()));
+    auto& good1 = dynamic_cast<IInteger&>(*check.GetNodeMap()->GetNode("Stepped"));
+    EXPECT_EQ(good1.GetValue(true, true), 0) << "registers read as zeros";
+
+    const DescriptionCheck missing(directory / "nothing.xml");
+    EXPECT_EQ(missing.GetNodeMap(), nullptr);
+    EXPECT_NE(missing.Error().find("nothing.xml"), std::string::npos) << missing.Error();
+}
+
+TEST(DescriptionCheck, UnpacksDescriptions) {
+    EXPECT_EQ(DescriptionText(*Xml("a.xml", EveryType)), EveryType);
+    EXPECT_EQ(DescriptionText(*Xml("a.zip", Zipped(EveryType))), EveryType);
+    EXPECT_EQ(DescriptionText(*Xml("a.zip", "PK\3\4 no archive")), "");
+}

@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# The program over the virtual cameras: needs no network. Usage: tool_test.sh VX3_PROGRAM
+set -u
+vx3=$(readlink -f "$1")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+camera="Virtual Device #1"
+failures=0
+
+run() { "$vx3" --transport virtual "$@"; }
+# json FILE EXPRESSION: evaluates a Python expression over the file's JSON, called d.
+json() { python3 -c "import json,sys; d=json.load(open(sys.argv[1])); print($2)" "$1"; }
+# check WHAT ACTUAL EXPECTED
+check() {
+    if [ "$2" = "$3" ]; then
+        echo "ok: $1"
+    else
+        echo "FAILED: $1: is '$2', expected '$3'"
+        failures=$((failures + 1))
+    fi
+}
+has() { grep -qe "$1" "$2" && echo yes || echo no; }
+
+# ---- usage and search
+run >out 2>&1; check "no verb is wrong usage" $? 2
+run set "$camera" Width >out 2>&1; check "a setting without value is wrong usage" $? 2
+run grab "$camera" --format gif >out 2>&1; check "an unknown format is wrong usage" $? 2
+run --help >out 2>&1; check "help is a success" $? 0
+run list --json >list; check "list" $? 0
+check "both cameras are listed" "$(json list '[c["name"] for c in d]')" "['Virtual Device #1', 'Virtual Device #2']"
+run get virtual Width >out 2>&1; check "an unknown camera fails" $? 1
+check "and the candidates are listed" "$(has 'Virtual Device #2' out)" yes
+run list --interface nowhere >out 2>&1; check "an unknown interface fails" $? 1
+run info "$camera" --json >info
+check "info reads the identity" "$(json info '(d["serial"], d["payload_size"])')" "('123456789013456', 160000)"
+
+# ---- features
+run features "$camera" --json >tree
+check "features are a tree of categories" \
+    "$(json tree '[f["name"] for c in d["features"] if c["name"]=="ImageFormatControl" for f in c["features"] if f["name"] in ("Width","Height")]')" \
+    "['Width', 'Height']"
+run features "$camera" --visibility beginner >beginner
+run features "$camera" --visibility invisible >invisible
+check "visibility narrows the tree" "$([ "$(wc -l <beginner)" -lt "$(wc -l <invisible)" ] && echo yes)" yes
+check "get prints the bare value" "$(run get "$camera" Width)" 400
+run get "$camera" Width Nothing Height >out 2>err; check "a missing feature fails" $? 1
+check "but the others are read" "$(cat out)" $'Width = 400\nHeight = 400'
+run set "$camera" Width=abc >out 2>&1; check "a text is no width" $? 1
+check "said in words" "$(has 'not an integer' out)" yes
+run set "$camera" DeviceModelName=x >out 2>&1; check "read-only features refuse" $? 1
+check "with the code behind the words" "$(has 0x80000021 out)" yes
+run set "$camera" PixelFormat=Purple >out 2>&1; check "unknown entries are refused" $? 1
+check "the entries are named" "$(has 'one of .*Mono8' out)" yes
+check "numbers beyond the range are clamped" "$(run set "$camera" Height=1000000 2>err)" "Height = 4096"
+check "and that is said" "$(has 'asked for 1000000' err)" yes
+check "in hexadecimal, too" "$(run set "$camera" Width=0x40)" "Width = 64"
+run run "$camera" AcquisitionStop; check "a command is executed" $? 0
+run run "$camera" Width >out 2>&1; check "a number cannot be executed" $? 1
+run xml "$camera" >camera.xml; check "xml" $? 0
+"$vx3" description camera.xml >out; check "the description works without a camera" $? 0
+check "without problems" "$(has ' 0 problems' out)" yes
+sed 's/<pValue>WidthReg[^<]*/<pValue>Gone/; s/<pValue>Width[A-Za-z]*</<pValue>Gone</' camera.xml >broken.xml
+"$vx3" description broken.xml --json >out; check "a broken node costs only itself" $? 0
+check "and its line is told" "$(json out 'len(d["problems"]) > 0 and all(p["line"] > 0 for p in d["problems"])')" True
+head -c 2000 camera.xml >cut.xml
+"$vx3" description cut.xml >out 2>&1; check "a truncated description fails" $? 1
+check "naming the file and the line" "$(has 'cut.xml.*line' out)" yes
+
+# ---- settings as text
+run save "$camera" settings >/dev/null; check "save" $? 0
+check "a feature a line" "$(has '^Width = 400$' settings)" yes
+sed -i 's/^Width = .*/Width = 320/; s/^Height = .*/Height = 5000/' settings
+echo 'Nothing[Selector=A] = 1' >>settings
+run load "$camera" settings --json >out 2>err; check "what cannot be loaded fails" $? 1
+check "each with its reason" "$(json out '[f["feature"] for f in d["failed"]]')" "['Height', 'Nothing[Selector=A]']"
+check "and the rest is set" "$(json out 'd["set"] > 0')" True
+echo 'no equals sign' >>settings
+run load "$camera" settings >out 2>&1; check "a line that is none fails" $? 1
+check "naming its number" "$(has 'line [0-9]' out)" yes
+
+# ---- pictures
+picture() { # file: width x height x channels x type, by OpenCV where Python has it, else by file(1)
+    file -b "$1" | grep -oE '[0-9]+ x [0-9]+' | head -1
+}
+run grab "$camera" -n 5 -o png --set FrameTime=10 --set Width=640 --set Height=480 --json >grab; check "grab" $? 0
+check "every frame is counted" "$(json grab '(d["frames"], d["incomplete"], d["bytes"], d["saved"])')" "(5, 0, 1536000, 5)"
+check "every frame is a picture" "$(find png -name 'frame_*.png' | wc -l)" 5
+check "of the size that was set" "$(picture png/frame_000001.png)" "640 x 480"
+run grab "$camera" -n 1 -o raw --format raw >/dev/null
+check "raw files tell their geometry" "$(stat -c '%n %s' raw/*)" "raw/frame_000001.400_400_MONO8.raw 160000"
+run grab "$camera" -n 1 -o colour --format raw --convert rgb8 >/dev/null
+check "converted to colour" "$(stat -c '%n %s' colour/*)" "colour/frame_000001.400_400_RGB8.raw 480000"
+run grab "$camera" -n 1 -o map --format bmp --map jet:0:255 >/dev/null
+check "false colour" "$(file -b map/frame_000001.bmp | grep -oE '400 x 400 x 24')" "400 x 400 x 24"
+# Jet's lowest level, the background, is dark blue: blue comes first in the file.
+check "with blue where it is dark" "$(od -An -tu1 -j54 -N3 map/frame_000001.bmp | tr -s ' ')" " 128 0 0"
+run grab "$camera" --map nothing >out 2>&1; check "an unknown map fails" $? 1
+run grab "$camera" -n 3 --no-save --histogram -o hist --json --set FrameTime=5 >grab; check "histogram" $? 0
+check "of all pixels" "$(json grab 'd["histogram"]["channels"]["mono"]["samples"]')" 480000
+check "as a plot" "$(file -b hist/histogram.png | grep -oE 'PNG image')" "PNG image"
+touch blocked
+run grab "$camera" -o blocked/dir >out 2>&1; check "a directory that cannot be made fails" $? 1
+run grab "$camera" -n 5 --no-save --timeout 0.3 --set FrameTime=5000 --json >grab 2>err; check "no frame in time fails" $? 1
+check "and is said" "$(has 'no frame arrived' err)" yes
+run grab "$camera" -n 0 --no-save --json >grab 2>err &
+pid=$!
+sleep 2
+kill -INT $pid
+wait $pid; check "Ctrl-C ends grab cleanly" $? 0
+check "with its summary" "$(json grab 'd["end"] == "interrupted" and d["frames"] > 0')" True
+
+# ---- monitor
+run monitor --duration 1 --json >events; check "monitor" $? 0
+check "reports both cameras" "$(grep -c '"event":"found"' events)" 2
+
+echo "failures: $failures"
+[ "$failures" -eq 0 ]
