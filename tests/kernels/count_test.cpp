@@ -89,12 +89,12 @@ TEST(Profile, SumsAgreeWithTheReferenceAndDoNotOverflow) {
                 ExpectLikeReference(
                     {width * bytes * lines, 8 * width, 1, fill},
                     [&](auto* source, auto* targets) {
-                        std::vector<std::uint64_t> sums(width, 5);
+                        std::vector<std::uint64_t> sums(width + 1, 5);
                         SumColumns(source, width * bytes, lines, width, bytes, sums.data());
                         std::memcpy(targets[0], sums.data(), 8 * width);
                     },
                     [&](auto* source, auto* targets) {
-                        std::vector<std::uint64_t> sums(width, 5);
+                        std::vector<std::uint64_t> sums(width + 1, 5);
                         Reference::SumColumns(source, width * bytes, lines, width, bytes, sums.data());
                         std::memcpy(targets[0], sums.data(), 8 * width);
                     });
