@@ -30,9 +30,10 @@ for command in 0x0002 0x0080 0x0082 0x0084; do
     lab_check "command $command is among them" [ "$(count "gvcp.cmd.command == $command && ip.src == 10.77.0.1")" -gt 0 ]
 done
 lab_check "the stream is read as GVSP" [ "$(count gvsp)" -gt 3 ]
-bad='(gvcp || gvsp) && (_ws.malformed || _ws.expert.severity >= "warn")'
-complaints=$(tshark -r "$work/capture.pcapng" -Y "$bad && ip.src == 10.77.0.1" 2>"$work/filter.err")
-lab_check "the filter is understood" [ ! -s "$work/filter.err" ] || cat "$work/filter.err"
+# 0x600000 is the analyser's "warning".
+bad='(gvcp || gvsp) && (_ws.malformed || _ws.expert.severity >= 0x600000)'
+complaints=$(tshark -r "$work/capture.pcapng" -Y "$bad && ip.src == 10.77.0.1" 2>/dev/null)
+lab_check "the filter is understood" [ $? -eq 0 ]
 [ -z "$complaints" ] || echo "$complaints" | head
 lab_check "no complaint about our packets" [ -z "$complaints" ]
 echo "failures: $lab_failures"
