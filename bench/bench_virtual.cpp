@@ -90,8 +90,8 @@ double Median(std::vector<double> values) {
 
 int main(int argc, char** argv) {
     const bool smoke = argc > 1 && std::strcmp(argv[1], "--smoke") == 0;
-    const unsigned int frames = smoke ? 300 : 20000;
-    const int pairs = smoke ? 1 : 5;
+    const unsigned int frames = smoke ? 300 : 5000;
+    const int pairs = smoke ? 1 : 15;
     std::vector<double> ratios;
     for (int i = 0; i < pairs; ++i) {
         const double bare = BareGenerator(frames);
