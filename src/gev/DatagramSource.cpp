@@ -4,28 +4,33 @@
 #include "gev/RecvFromSource.h"
 #include "gev/RecvMmsgSource.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
 
 namespace VX3 {
 
-bool DatagramSource::WaitReadable(int socketFd, int wakeFd, std::chrono::milliseconds wait) {
-    pollfd descriptors[2] = {{socketFd, POLLIN, 0}, {wakeFd, POLLIN, 0}};
-    const int ready = ::poll(descriptors, 2, static_cast<int>(wait.count()));
-    return ready > 0 && descriptors[0].revents != 0;
+void DatagramSource::LimitWait(std::chrono::milliseconds wait) {
+    wait = std::clamp(wait, std::chrono::milliseconds(1), LongestWait);
+    if (wait == limit_)
+        return;
+    limit_ = wait;
+    const timeval time{0, static_cast<suseconds_t>(wait.count() * 1000)};
+    (void)::setsockopt(socketFd_, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof(time));
 }
 
-std::unique_ptr<DatagramSource> DatagramSource::Create(ReceiveMethod method, int socketFd, int wakeFd,
+std::unique_ptr<DatagramSource> DatagramSource::Create(ReceiveMethod method, int socketFd,
                                                        std::size_t maxDatagram) {
     if (method == ReceiveMethod::Best || method == ReceiveMethod::Gro) {
         if (GroSource::Enable(socketFd))
-            return std::make_unique<GroSource>(socketFd, wakeFd);
+            return std::make_unique<GroSource>(socketFd);
         if (method == ReceiveMethod::Gro)
             return nullptr;
     }
     if (method == ReceiveMethod::RecvFrom)
-        return std::make_unique<RecvFromSource>(socketFd, wakeFd, maxDatagram);
-    return std::make_unique<RecvMmsgSource>(socketFd, wakeFd, maxDatagram);
+        return std::make_unique<RecvFromSource>(socketFd, maxDatagram);
+    return std::make_unique<RecvMmsgSource>(socketFd, maxDatagram);
 }
 
 ReceiveMethod DatagramSource::MethodNamed(const std::string& name) {

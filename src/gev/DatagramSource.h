@@ -30,25 +30,36 @@ public:
     };
 
     virtual ~DatagramSource() = default;
-    // Waits up to `wait` for datagrams; an empty batch when none came or somebody woke the thread. `room` is
-    // where the next datagram should land, if the method can do that; longer datagrams are dropped then.
+    // Waits up to `wait`, and never longer than LongestWait, for datagrams; an empty batch when none came.
+    // `room` is where the next datagram should land, if the method can do that; longer datagrams are dropped
+    // then.
     virtual Batch Receive(WireRoom room, std::chrono::milliseconds wait) = 0;
     // Receive uses `room`.
     virtual bool Places() const = 0;
     virtual const char* Name() const = 0;
 
-    // Null when the system does not grant `method` (Best always is granted). `wakeFd` becomes readable to end
-    // a wait. `maxDatagram`: bytes; longer datagrams are dropped.
-    static std::unique_ptr<DatagramSource> Create(ReceiveMethod method, int socketFd, int wakeFd,
+    // Null when the system does not grant `method` (Best always is granted). `maxDatagram`: bytes; longer
+    // datagrams are dropped.
+    static std::unique_ptr<DatagramSource> Create(ReceiveMethod method, int socketFd,
                                                   std::size_t maxDatagram);
     // "recvfrom", "recvmmsg", "gro"; anything else is Best.
     static ReceiveMethod MethodNamed(const std::string& name);
     // What the environment variable VX3_RECEIVE_METHOD names; Best without it.
     static ReceiveMethod MethodFromEnvironment();
 
+    // Bounds how late a stop is noticed.
+    static constexpr std::chrono::milliseconds LongestWait{20};
+
 protected:
-    // Sleeps until the socket or `wakeFd` is readable; true when the socket is.
-    static bool WaitReadable(int socketFd, int wakeFd, std::chrono::milliseconds wait);
+    explicit DatagramSource(int socketFd) : socketFd_(socketFd) {}
+    // How long the next blocking receive sleeps. One system call a datagram that way, none to poll; the limit
+    // stays on the socket and is changed only when `wait` changes.
+    void LimitWait(std::chrono::milliseconds wait);
+
+    const int socketFd_;
+
+private:
+    std::chrono::milliseconds limit_{-1};
 };
 
 } // namespace VX3

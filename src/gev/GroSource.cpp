@@ -35,11 +35,8 @@ bool GroSource::Enable(int socketFd) {
     return ::setsockopt(socketFd, IPPROTO_UDP, UDP_GRO, &on, sizeof(on)) == 0;
 }
 
-GroSource::GroSource(int socketFd, int wakeFd)
-    : socketFd_(socketFd),
-      wakeFd_(wakeFd),
-      buffer_(Messages * TrainBytes),
-      datagrams_(Messages * maxPerTrain) {
+GroSource::GroSource(int socketFd)
+    : DatagramSource(socketFd), buffer_(Messages * TrainBytes), datagrams_(Messages * maxPerTrain) {
     for (std::size_t i = 0; i < Messages; ++i) {
         vectors_[i] = {buffer_.data() + i * TrainBytes, TrainBytes};
         messages_[i].msg_hdr.msg_iov = &vectors_[i];
@@ -48,20 +45,19 @@ GroSource::GroSource(int socketFd, int wakeFd)
     }
 }
 
-int GroSource::ReceiveTrains() {
+int GroSource::ReceiveTrains(int flags) {
     for (mmsghdr& message : messages_)
         message.msg_hdr.msg_controllen = sizeof(Control::bytes);
-    return ::recvmmsg(socketFd_, messages_.data(), Messages, MSG_DONTWAIT, nullptr);
+    return ::recvmmsg(socketFd_, messages_.data(), Messages, flags, nullptr);
 }
 
 DatagramSource::Batch GroSource::Receive(WireRoom, std::chrono::milliseconds wait) {
     Batch batch;
-    int count = ReceiveTrains();
+    int count = ReceiveTrains(MSG_DONTWAIT);
     if (count <= 0) {
         batch.waited = batch.drained = true;
-        if (!WaitReadable(socketFd_, wakeFd_, wait))
-            return batch;
-        count = ReceiveTrains();
+        LimitWait(wait);
+        count = ReceiveTrains(MSG_WAITFORONE);
     }
     count_ = 0;
     for (int i = 0; i < count; ++i)

@@ -19,7 +19,7 @@ public:
     // Asks the socket for trains; false when the system has none.
     static bool Enable(int socketFd);
 
-    GroSource(int socketFd, int wakeFd);
+    GroSource(int socketFd);
 
     Batch Receive(WireRoom room, std::chrono::milliseconds wait) override;
     bool Places() const override { return false; }
@@ -31,11 +31,9 @@ private:
         std::array<unsigned char, CMSG_SPACE(sizeof(int))> bytes;
     };
 
-    int ReceiveTrains();
+    int ReceiveTrains(int flags);
     void Split(const mmsghdr& message);
 
-    const int socketFd_;
-    const int wakeFd_;
     std::vector<std::uint8_t> buffer_; // Messages trains
     std::array<iovec, Messages> vectors_{};
     std::array<Control, Messages> controls_{};

@@ -6,8 +6,6 @@
 #include "vx3/core/Logger.h"
 
 #include <algorithm>
-#include <sys/eventfd.h>
-#include <unistd.h>
 #include <utility>
 
 namespace VX3 {
@@ -29,7 +27,7 @@ std::size_t MaxDatagram(const GevStreamParam& param) {
 } // namespace
 
 GvspReceiver::GvspReceiver(ReceiveMethod method, std::uint32_t gvcpPort)
-    : method_(method), gvcpPort_(gvcpPort), wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    : method_(method), gvcpPort_(gvcpPort) {}
 
 GvspReceiver::~GvspReceiver() {
     (void)StopListen();
@@ -46,8 +44,6 @@ StatusCode GvspReceiver::StartListen(const GevStreamParam& param, std::shared_pt
     statistics_.Reset();
     blocksWanted_ = 0;
     SetReady(false);
-    std::uint64_t drained = 0;
-    (void)!::read(wake_.Get(), &drained, sizeof(drained));
     thread_ = std::make_unique<ThreadEx<>>(
         [this, param, pool = std::move(pool), callback = std::move(callback),
          count](const std::atomic<bool>& running) { ThreadListen(running, param, pool, callback, count); });
@@ -59,9 +55,6 @@ StatusCode GvspReceiver::StartListen(const GevStreamParam& param, std::shared_pt
 StatusCode GvspReceiver::StopListen() {
     if (!listening_)
         return Status::Generic;
-    thread_->RequestStop();
-    const std::uint64_t one = 1;
-    (void)!::write(wake_.Get(), &one, sizeof(one));
     thread_->Stop();
     thread_.reset();
     socket_.Close();
@@ -100,10 +93,9 @@ void GvspReceiver::ThreadListen(const std::atomic<bool>& running, const GevStrea
                                 const std::shared_ptr<IImagePool>& pool, const GvspImageCallback& callback,
                                 unsigned int count) {
     std::unique_ptr<DatagramSource> source =
-        DatagramSource::Create(method_, socket_.Descriptor(), wake_.Get(), MaxDatagram(param));
+        DatagramSource::Create(method_, socket_.Descriptor(), MaxDatagram(param));
     if (!source) {
-        source = DatagramSource::Create(ReceiveMethod::RecvMmsg, socket_.Descriptor(), wake_.Get(),
-                                        MaxDatagram(param));
+        source = DatagramSource::Create(ReceiveMethod::RecvMmsg, socket_.Descriptor(), MaxDatagram(param));
         VxLoggerLog(LogLevel::Info, "SDK", "%s: the system does not join datagrams, receiving batches",
                     param.name.c_str());
     }

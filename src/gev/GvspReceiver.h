@@ -6,7 +6,6 @@
 // by one client thread at a time, the rest from any thread. Owned by a stream.
 #pragma once
 
-#include "core/UniqueFd.h"
 #include "device/ThreadEx.h"
 #include "gev/DatagramSource.h"
 #include "gev/IGvspReceiver.h"
@@ -57,7 +56,6 @@ private:
     const ReceiveMethod method_;
     const std::uint32_t gvcpPort_;
     StreamSocket socket_;
-    UniqueFd wake_; // eventfd
     std::atomic<bool> listening_{false};
     std::atomic<unsigned int> blocksWanted_{0};
     std::atomic<std::uint16_t> requestCounter_{1};

@@ -1,9 +1,10 @@
 // The resend bookkeeping of one stream: a list of missing ranges and when each may be asked for.
 //
-//   gap seen --32 packets or 10 ms--> due --request--> waiting --countdown--> due ... five requests --> given
-//   up
+//   gap seen --32 packets or silence--> due --request--> waiting --countdown--> due ... five requests -->
+//   given up
 //
-// A new gap waits until 32 packets have followed it (or 10 ms), so that reordered packets are not asked for.
+// A new gap waits until 32 packets have followed it, so that reordered packets are not asked for; in a silent
+// stream for the caller to force the check, in a trickling one for 100 ms.
 // A request is repeated when its countdown, counted in packets, has run out and a few round-trip times have
 // passed. Requests are bounded in rate (a quarter of the packets received), never in total.
 // Owned by a parser; confined to its receive thread, so nothing here is locked. The check counter is per
@@ -23,7 +24,7 @@ namespace VX3 {
 class GvspResendParser final : public IGvspResendParser {
 public:
     static constexpr std::uint64_t ReorderPackets = 32;
-    static constexpr std::chrono::milliseconds ReorderTime{10};
+    static constexpr std::chrono::milliseconds ReorderTime{100};
     static constexpr std::uint8_t MaxAttempts = 5;
     static constexpr std::size_t MaxItems = 4096; // ranges beyond are given up at once
 

@@ -4,8 +4,8 @@
 
 namespace VX3 {
 
-RecvFromSource::RecvFromSource(int socketFd, int wakeFd, std::size_t maxDatagram)
-    : socketFd_(socketFd), wakeFd_(wakeFd), buffer_(maxDatagram) {}
+RecvFromSource::RecvFromSource(int socketFd, std::size_t maxDatagram)
+    : DatagramSource(socketFd), buffer_(maxDatagram) {}
 
 DatagramSource::Batch RecvFromSource::Receive(WireRoom room, std::chrono::milliseconds wait) {
     if (room.data == nullptr)
@@ -15,9 +15,8 @@ DatagramSource::Batch RecvFromSource::Receive(WireRoom room, std::chrono::millis
     ssize_t length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);
     if (length < 0) {
         batch.waited = batch.drained = true;
-        if (!WaitReadable(socketFd_, wakeFd_, wait))
-            return batch;
-        length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);
+        LimitWait(wait);
+        length = ::recvfrom(socketFd_, room.data, room.size, MSG_TRUNC, nullptr, nullptr);
     }
     if (length < 0 || static_cast<std::size_t>(length) > room.size)
         return batch;

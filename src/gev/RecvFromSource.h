@@ -11,15 +11,13 @@ namespace VX3 {
 
 class RecvFromSource final : public DatagramSource {
 public:
-    RecvFromSource(int socketFd, int wakeFd, std::size_t maxDatagram);
+    RecvFromSource(int socketFd, std::size_t maxDatagram);
 
     Batch Receive(WireRoom room, std::chrono::milliseconds wait) override;
     bool Places() const override { return true; }
     const char* Name() const override { return "recvfrom"; }
 
 private:
-    const int socketFd_;
-    const int wakeFd_;
     std::vector<std::uint8_t> buffer_;
     WireBytes datagram_;
 };

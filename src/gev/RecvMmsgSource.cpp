@@ -2,8 +2,7 @@
 
 namespace VX3 {
 
-RecvMmsgSource::RecvMmsgSource(int socketFd, int wakeFd, std::size_t maxDatagram)
-    : socketFd_(socketFd), wakeFd_(wakeFd) {
+RecvMmsgSource::RecvMmsgSource(int socketFd, std::size_t maxDatagram) : DatagramSource(socketFd) {
     const std::size_t stride = (maxDatagram + 127) / 64 * 64; // whole cache lines, and never a power of two
     buffer_.resize(BatchSize * stride);
     for (std::size_t i = 0; i < BatchSize; ++i) {
@@ -18,9 +17,8 @@ DatagramSource::Batch RecvMmsgSource::Receive(WireRoom, std::chrono::millisecond
     int count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_DONTWAIT, nullptr);
     if (count <= 0) {
         batch.waited = batch.drained = true;
-        if (!WaitReadable(socketFd_, wakeFd_, wait))
-            return batch;
-        count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_DONTWAIT, nullptr);
+        LimitWait(wait);
+        count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_WAITFORONE, nullptr);
     }
     for (int i = 0; i < count; ++i) {
         const mmsghdr& message = messages_[static_cast<std::size_t>(i)];

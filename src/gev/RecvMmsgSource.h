@@ -14,15 +14,13 @@ class RecvMmsgSource final : public DatagramSource {
 public:
     static constexpr std::size_t BatchSize = 64;
 
-    RecvMmsgSource(int socketFd, int wakeFd, std::size_t maxDatagram);
+    RecvMmsgSource(int socketFd, std::size_t maxDatagram);
 
     Batch Receive(WireRoom room, std::chrono::milliseconds wait) override;
     bool Places() const override { return false; }
     const char* Name() const override { return "recvmmsg"; }
 
 private:
-    const int socketFd_;
-    const int wakeFd_;
     std::vector<std::uint8_t> buffer_; // BatchSize datagrams
     std::array<iovec, BatchSize> vectors_{};
     std::array<mmsghdr, BatchSize> messages_{};

@@ -126,7 +126,7 @@ TEST(GvspParser, ACameraThatStartsOverIsFollowed) {
     lab.GiveRange(2, 0, 300);
     lab.GiveRange(2, 302, lab.Shape().TrailerId());
     EXPECT_EQ(lab.Images().size(), 4U);
-    lab.Pass(milliseconds(12));
+    lab.Pass(GvspResendParser::ReorderTime);
     lab.GiveRange(3, 0, 20);
     EXPECT_EQ(lab.Requests().size(), 1U) << "gaps are still found";
 }
