@@ -46,6 +46,19 @@ bool Matches(const IDevice& camera, const std::string& selector) {
            selector == camera.UniqueName() || selector == AddressOf(camera);
 }
 
+// Those that the selector names; where there is none, those of that model.
+std::vector<FoundCamera> Matching(const std::vector<FoundCamera>& cameras, const std::string& selector) {
+    std::vector<FoundCamera> named;
+    std::vector<FoundCamera> models;
+    for (const FoundCamera& found : cameras) {
+        if (Matches(*found.camera, selector))
+            named.push_back(found);
+        else if (found.camera->ModelName() == selector)
+            models.push_back(found);
+    }
+    return named.empty() ? models : named;
+}
+
 std::string Candidates(const std::vector<FoundCamera>& cameras) {
     std::string text;
     for (const FoundCamera& found : cameras)
@@ -132,19 +145,12 @@ void CameraSearch::AskAddress(const std::string& address) {
 }
 
 FoundCamera CameraSearch::Find(const std::string& selector) {
-    const auto matching = [&selector](const std::vector<FoundCamera>& cameras) {
-        std::vector<FoundCamera> matches;
-        for (const FoundCamera& found : cameras)
-            if (Matches(*found.camera, selector))
-                matches.push_back(found);
-        return matches;
-    };
     std::vector<FoundCamera> cameras = Cameras();
-    std::vector<FoundCamera> matches = matching(cameras);
+    std::vector<FoundCamera> matches = Matching(cameras, selector);
     if (matches.empty() && LooksLikeAddress(selector)) {
         AskAddress(selector);
         cameras = Cameras();
-        matches = matching(cameras);
+        matches = Matching(cameras, selector);
     }
     if (matches.size() > 1)
         throw ToolError("\"" + selector + "\" names " + std::to_string(matches.size()) +
