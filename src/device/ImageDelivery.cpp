@@ -39,7 +39,7 @@ ImageDelivery::ImageDelivery(std::shared_ptr<ParentLink> parent, unsigned int st
     : parent_(std::move(parent)), streamIndex_(streamIndex) {}
 
 void ImageDelivery::Consume(const std::atomic<bool>& running) {
-    auto previous = steady_clock::time_point::min();
+    auto previous = steady_clock::now() - FastGap;
     while (running) {
         if (queue_.IsEmpty() && steady_clock::now() - previous < FastGap)
             std::this_thread::sleep_for(Nap);
