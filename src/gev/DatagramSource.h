@@ -25,8 +25,8 @@ public:
     struct Batch {
         const WireBytes* items = nullptr;
         std::size_t count = 0;
-        bool waited = false;  // nothing lay ready: the thread slept (or timed out)
-        bool drained = false; // this is all that lay in the socket
+        bool waited = false;  // the thread may have slept
+        bool drained = false; // the socket was empty, before the call or after it
     };
 
     virtual ~DatagramSource() = default;

@@ -45,24 +45,21 @@ GroSource::GroSource(int socketFd)
     }
 }
 
-int GroSource::ReceiveTrains(int flags) {
+int GroSource::ReceiveTrains() {
     for (mmsghdr& message : messages_)
         message.msg_hdr.msg_controllen = sizeof(Control::bytes);
-    return ::recvmmsg(socketFd_, messages_.data(), Messages, flags, nullptr);
+    return ::recvmmsg(socketFd_, messages_.data(), Messages, MSG_WAITFORONE, nullptr);
 }
 
 DatagramSource::Batch GroSource::Receive(WireRoom, std::chrono::milliseconds wait) {
     Batch batch;
-    int count = ReceiveTrains(MSG_DONTWAIT);
-    if (count <= 0) {
-        batch.waited = batch.drained = true;
-        LimitWait(wait);
-        count = ReceiveTrains(MSG_WAITFORONE);
-    }
+    LimitWait(wait);
+    const int count = ReceiveTrains();
+    batch.waited = true; // or not; a batch is worth a look at the clock
     count_ = 0;
     for (int i = 0; i < count; ++i)
         Split(messages_[static_cast<std::size_t>(i)]);
-    batch.drained = batch.drained || count < static_cast<int>(Messages);
+    batch.drained = count < static_cast<int>(Messages);
     batch.items = datagrams_.data();
     batch.count = count_;
     return batch;

@@ -31,7 +31,7 @@ private:
         std::array<unsigned char, CMSG_SPACE(sizeof(int))> bytes;
     };
 
-    int ReceiveTrains(int flags);
+    int ReceiveTrains();
     void Split(const mmsghdr& message);
 
     std::vector<std::uint8_t> buffer_; // Messages trains

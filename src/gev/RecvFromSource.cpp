@@ -12,11 +12,20 @@ DatagramSource::Batch RecvFromSource::Receive(WireRoom room, std::chrono::millis
         room = {buffer_.data(), buffer_.size()};
     Batch batch;
     // MSG_TRUNC gives the datagram's own length: a cut one may not pass for a whole one.
-    ssize_t length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);
+    ssize_t length = -1;
+    if (untilProbe_ == 0)
+        length = ::recvfrom(socketFd_, room.data, room.size, MSG_DONTWAIT | MSG_TRUNC, nullptr, nullptr);
     if (length < 0) {
-        batch.waited = batch.drained = true;
+        // An empty socket is likely to be found empty again: for a while one call waits at once.
+        if (untilProbe_ == 0) {
+            batch.drained = true;
+            untilProbe_ = ProbeEvery;
+        }
+        --untilProbe_;
+        batch.waited = true;
         LimitWait(wait);
         length = ::recvfrom(socketFd_, room.data, room.size, MSG_TRUNC, nullptr, nullptr);
+        batch.drained = batch.drained || length < 0;
     }
     if (length < 0 || static_cast<std::size_t>(length) > room.size)
         return batch;

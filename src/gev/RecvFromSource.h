@@ -18,7 +18,10 @@ public:
     const char* Name() const override { return "recvfrom"; }
 
 private:
+    static constexpr unsigned ProbeEvery = 16; // datagrams
+
     std::vector<std::uint8_t> buffer_;
+    unsigned untilProbe_ = 0;
     WireBytes datagram_;
 };
 

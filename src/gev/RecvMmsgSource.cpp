@@ -14,19 +14,16 @@ RecvMmsgSource::RecvMmsgSource(int socketFd, std::size_t maxDatagram) : Datagram
 
 DatagramSource::Batch RecvMmsgSource::Receive(WireRoom, std::chrono::milliseconds wait) {
     Batch batch;
-    int count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_DONTWAIT, nullptr);
-    if (count <= 0) {
-        batch.waited = batch.drained = true;
-        LimitWait(wait);
-        count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_WAITFORONE, nullptr);
-    }
+    LimitWait(wait);
+    const int count = ::recvmmsg(socketFd_, messages_.data(), BatchSize, MSG_WAITFORONE, nullptr);
+    batch.waited = true; // or not; a batch is worth a look at the clock
     for (int i = 0; i < count; ++i) {
         const mmsghdr& message = messages_[static_cast<std::size_t>(i)];
         if ((message.msg_hdr.msg_flags & MSG_TRUNC) == 0)
             datagrams_[batch.count++] = {static_cast<const std::uint8_t*>(message.msg_hdr.msg_iov->iov_base),
                                          message.msg_len};
     }
-    batch.drained = batch.drained || count < static_cast<int>(BatchSize);
+    batch.drained = count < static_cast<int>(BatchSize);
     batch.items = datagrams_.data();
     return batch;
 }
