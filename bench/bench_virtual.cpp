@@ -34,15 +34,23 @@ double ResidentMiB() {
     return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
 }
 
-std::shared_ptr<IImagePool> NewPool() {
+using PoolMaker = std::shared_ptr<IImagePool> (*)();
+
+std::shared_ptr<IImagePool> RecyclePool() {
     return ImagePoolFactory::CreateRecycleImagePool(PoolBytes, "bench");
+}
+// More slots than the stream has images in flight.
+std::shared_ptr<IImagePool> RingPool() {
+    constexpr unsigned int FrameBytes = 400 * 400;
+    return ImagePoolFactory::CreateRingAImagePool(80ULL * FrameBytes, FrameBytes, ImageInfo::HeaderSize,
+                                                  "bench");
 }
 
 // Frames a second, each frame dropped as soon as it is made.
-double BareGenerator(unsigned int frames) {
+double BareGenerator(unsigned int frames, PoolMaker newPool) {
     ImageGeneratorSimple generator;
     generator.SetFrameTime(0);
-    const auto pool = NewPool();
+    const auto pool = newPool();
     generator.Generate(pool, nullptr);
     const auto start = steady_clock::now();
     for (unsigned int i = 0; i < frames; ++i)
@@ -58,7 +66,7 @@ struct StreamResult {
 };
 
 // Frames a second that reach the client's callback.
-StreamResult Stream(unsigned int frames) {
+StreamResult Stream(unsigned int frames, PoolMaker newPool) {
     auto generator = std::make_unique<ImageGeneratorSimple>();
     generator->SetFrameTime(0);
     SoftStream stream("bench", 0, std::move(generator), nullptr);
@@ -67,7 +75,7 @@ StreamResult Stream(unsigned int frames) {
     stream.Open(4, nullptr);
     const auto start = steady_clock::now();
     stream.Start([&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) { ++delivered; },
-                 nullptr, 4, NewPool());
+                 nullptr, 4, newPool());
     while (delivered < frames) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
         if (result.residentEarly == 0 && delivered > frames / 10)
@@ -86,26 +94,36 @@ double Median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+void Compare(const char* name, PoolMaker newPool, unsigned int frames, int pairs) {
+    std::vector<double> ratios;
+    std::vector<double> bare;
+    std::vector<double> streamed;
+    std::uint64_t dropped = 0;
+    for (int i = 0; i < pairs; ++i) {
+        bare.push_back(BareGenerator(frames, newPool));
+        const StreamResult result = Stream(frames, newPool);
+        streamed.push_back(result.framesPerSecond);
+        dropped += result.dropped;
+        ratios.push_back(result.framesPerSecond / bare.back());
+    }
+    const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
+    std::printf("%s, 400 x 400: generator %.0f frames/s, stream %.0f frames/s (%llu dropped), ratio %.2f "
+                "(%.2f to %.2f over %d pairs)\n",
+                name, Median(bare), Median(streamed), static_cast<unsigned long long>(dropped),
+                Median(ratios), *least, *most, pairs);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     const bool smoke = argc > 1 && std::strcmp(argv[1], "--smoke") == 0;
     const unsigned int frames = smoke ? 300 : 5000;
     const int pairs = smoke ? 1 : 15;
-    std::vector<double> ratios;
-    for (int i = 0; i < pairs; ++i) {
-        const double bare = BareGenerator(frames);
-        const StreamResult stream = Stream(frames);
-        ratios.push_back(stream.framesPerSecond / bare);
-        std::printf("400 x 400: generator %.0f frames/s, stream %.0f frames/s (%llu dropped), ratio %.3f\n",
-                    bare, stream.framesPerSecond, static_cast<unsigned long long>(stream.dropped),
-                    ratios.back());
-    }
-    const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
-    std::printf("ratio: median %.3f, %.3f to %.3f\n", Median(ratios), *least, *most);
+    Compare("ring pool", RingPool, frames, pairs);
+    Compare("recycle pool", RecyclePool, frames, pairs);
 
     const unsigned int longRun = smoke ? 1000 : 100000;
-    const StreamResult steady = Stream(longRun);
+    const StreamResult steady = Stream(longRun, RecyclePool);
     std::printf("resident over %u frames: %.1f MiB after a tenth, %.1f MiB at the end\n", longRun,
                 steady.residentEarly, steady.residentEnd);
     return 0;
