@@ -173,6 +173,8 @@ VX3_C_API int SubDevice_OpenStreamByIndex(SubDevice* camera, unsigned int stream
 /* Starts it. `count`: frames that may be in flight at once, 0 for the transport's own choice. */
 VX3_C_API int SubDevice_StartStreamByIndex(SubDevice* camera, unsigned int streamIndex,
                                            StreamImageCallback callback, void* userData, unsigned int count);
+/* Stops it. Frames that are queued still reach the callback until the stream is closed: free userData only
+ * after SubDevice_CloseStreamByIndex has returned (called on another thread than the callback's). */
 VX3_C_API int SubDevice_StopStreamByIndex(SubDevice* camera, unsigned int streamIndex);
 VX3_C_API int SubDevice_CloseStreamByIndex(SubDevice* camera, unsigned int streamIndex);
 /* Resumes and stops local delivery while the camera keeps streaming to others (remote cameras only). */

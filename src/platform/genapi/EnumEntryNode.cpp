@@ -48,5 +48,10 @@ gcstring EnumEntryNode::GetSymbolic() const {
     return gcstring(name.data(), name.size());
 }
 
+gcstring EnumEntryNode::GetDisplayName() const {
+    const gcstring text = NodeBase::GetDisplayName();
+    return text == GetName() ? GetSymbolic() : text;
+}
+
 } // namespace Engine
 } // namespace GenApi_3_2

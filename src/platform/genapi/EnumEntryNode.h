@@ -14,6 +14,8 @@ public:
 
     std::int64_t GetValue() override;
     gcstring GetSymbolic() const override;
+    // The symbolic name where the description gives no other: the node's own name repeats the enumeration's.
+    gcstring GetDisplayName() const override;
     double GetNumericValue() override { return Numeric(); }
     bool IsSelfClearing() override { return isSelfClearing_; }
 
