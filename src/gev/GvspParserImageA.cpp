@@ -13,6 +13,8 @@ namespace {
 
 // A slow camera's silence is judged by its own pace, up to this.
 constexpr std::chrono::milliseconds longestQuiet{1000};
+// A camera that resends nothing is given longer: what its silence holds back is lost for good once given up.
+constexpr std::chrono::milliseconds quietWithoutResend{200};
 constexpr std::chrono::milliseconds itemWait{2};
 constexpr std::chrono::milliseconds idleWait{300};
 
@@ -306,7 +308,8 @@ WireRoom GvspParserImageA::AdjustSettingBlock() {
 
 void GvspParserImageA::CheckSilence(WireRoom& next, TimePoint now) {
     redirect_.Restore();
-    const auto limit = std::clamp<std::chrono::microseconds>(pace_ * 4, Quiet, longestQuiet);
+    const std::chrono::milliseconds shortest = param_.resendSupported != 0 ? Quiet : quietWithoutResend;
+    const auto limit = std::clamp<std::chrono::microseconds>(pace_ * 4, shortest, longestQuiet);
     const bool quiet = lastPacket_ != TimePoint{} && now - lastPacket_ >= limit;
     if (quiet)
         resend_.CloseTail(now);
