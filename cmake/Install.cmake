@@ -12,5 +12,7 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/vx3ConfigVersion.cmake COMP
 install(FILES ${CMAKE_BINARY_DIR}/vx3Config.cmake ${CMAKE_BINARY_DIR}/vx3ConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vx3)
 
+# The prefix is found from where the file lies, so that an installed tree can be moved.
+file(RELATIVE_PATH VX3_PC_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vx3.pc.in ${CMAKE_BINARY_DIR}/vx3.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/vx3.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
