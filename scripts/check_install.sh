@@ -21,4 +21,6 @@ gcc -std=c11 -Wall -Wextra -Wpedantic -Werror tests/install/consumer.c -o "$work
     -Wl,-rpath,"$libdir"
 "$work/consumer"
 echo '#include <vx3/vx3.h>' | g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -x c++ $(pkg-config --cflags vx3) -
+# The program from the installed tree, away from the sources, finds its library and the virtual cameras' features.
+(cd / && [ "$("$work/prefix/bin/vx3" --transport virtual get "Virtual Device #1" Width --json | tr -d '[:space:]')" = '{"Width":400}' ])
 echo "install: the CMake package and the pkg-config file work"
