@@ -80,6 +80,13 @@ void ImageDelivery::Remember(const std::shared_ptr<IImage>& image) {
         history_.pop_front();
 }
 
+void ImageDelivery::Prepare() {
+    queue_.Clear();
+    std::shared_ptr<const Client> client; // destroyed outside the lock
+    MutexLock lock(mutex_);
+    client_.swap(client);
+}
+
 void ImageDelivery::SetCallback(ImageCallback callback, void* userData) {
     std::shared_ptr<const Client> client;
     if (callback)

@@ -23,6 +23,9 @@ public:
     bool Push(std::shared_ptr<IImage>&& image) { return queue_.Push(std::move(image)); }
     void Wake() { queue_.Wake(); }
 
+    // Before a stream is opened again: nobody is called, not even for what is left of an earlier run, until
+    // the next SetCallback.
+    void Prepare() VX3_EXCLUDES(mutex_);
     // Also forgets the history.
     void SetCallback(ImageCallback callback, void* userData) VX3_EXCLUDES(mutex_);
     void SetHistory(unsigned int count, FrameType type) VX3_EXCLUDES(mutex_);

@@ -57,6 +57,7 @@ StatusCode StreamAbs::Open(unsigned int bufferCount, std::shared_ptr<IImagePool>
 
 StatusCode StreamAbs::OpenLocked(unsigned int bufferCount, std::shared_ptr<IImagePool> pool) {
     leaving_.reset();
+    delivery_->Prepare();
     worker_ = std::make_shared<ThreadEx<>>(
         [delivery = delivery_](const std::atomic<bool>& running) { delivery->Consume(running); });
     worker_->Start();

@@ -19,6 +19,7 @@ public:
     bool HasInc() override;
     EIncMode GetIncMode() override;
     double GetInc() override;
+    using NodeA::GetRepresentation;
     ERepresentation GetRepresentation() override;
     std::string GetUnit() const override;
     EDisplayNotation GetDisplayNotation() const override;

@@ -18,6 +18,7 @@ public:
     long GetMax() override;
     EIncMode GetIncMode() override;
     long GetInc() override;
+    using NodeA::GetRepresentation;
     ERepresentation GetRepresentation() override;
     std::string GetUnit() override;
     void ImposeMin(long value) override;
