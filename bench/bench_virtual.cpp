@@ -117,7 +117,7 @@ void Compare(const char* name, PoolMaker newPool, unsigned int frames, int pairs
 
 int main(int argc, char** argv) {
     const bool smoke = argc > 1 && std::strcmp(argv[1], "--smoke") == 0;
-    const unsigned int frames = smoke ? 300 : 5000;
+    const unsigned int frames = smoke ? 3000 : 5000;
     const int pairs = smoke ? 1 : 15;
     Compare("ring pool", RingPool, frames, pairs);
     Compare("recycle pool", RecyclePool, frames, pairs);
