@@ -7,9 +7,9 @@ build=(g++ cmake ninja-build pkg-config ccache git ca-certificates
     libopencv-dev liblog4cpp5-dev libpugixml-dev libzip-dev libhwy-dev libcli11-dev nlohmann-json3-dev)
 test=(libgtest-dev libbenchmark-dev aravis-tools tshark iproute2 nftables util-linux python3
     clang clang-format clang-tidy lld)
-# libFuzzer and the sanitizers' runtimes come in a package named after clang's version.
+# libFuzzer and the sanitizers' runtimes: a package of their own on Debian, part of clang's elsewhere.
 runtime() {
-    apt-cache --names-only search '^libclang-rt-[0-9]+-dev$' | sort -V | tail -n 1 | cut -d' ' -f1
+    if apt-cache show libclang-rt-dev >/dev/null 2>&1; then echo libclang-rt-dev; fi
 }
 
 packages=("${build[@]}")
