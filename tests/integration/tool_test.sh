@@ -25,6 +25,7 @@ has() { grep -qe "$1" "$2" && echo yes || echo no; }
 # ---- usage and search
 run >out 2>&1; check "no verb is wrong usage" $? 2
 run set "$camera" Width >out 2>&1; check "a setting without value is wrong usage" $? 2
+run grab "$camera" -n -5 >out 2>&1; check "a negative number of frames is wrong usage" $? 2
 run grab "$camera" --format gif >out 2>&1; check "an unknown format is wrong usage" $? 2
 run --help >out 2>&1; check "help is a success" $? 0
 run list --json >list; check "list" $? 0

@@ -70,7 +70,13 @@ public:
     GrabCommand(CLI::App& app, const GlobalOptions& options)
         : Command(app, options, "grab", "Stream frames and save them as pictures") {
         AddCameraArgument(camera_);
-        App()->add_option("-n,--frames", limits_.frames, "Frames to grab; 0 until Ctrl-C (default 1)");
+        App()
+            ->add_option("-n,--frames", limits_.frames, "Frames to grab; 0 until Ctrl-C (default 1)")
+            ->check([](const std::string& text) { // a negative number would wrap
+                const bool digits =
+                    !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+                return digits ? std::string() : "\"" + text + "\" is not a number of frames";
+            });
         App()->add_option("-o,--output", writer_.directory, "Directory of the pictures (default .)");
         App()
             ->add_option("--format", writer_.picture.format, "Picture format (default png)")
