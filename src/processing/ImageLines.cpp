@@ -48,7 +48,8 @@ std::unique_ptr<IImage> NewResult(const IImage& source, PixelFormat format,
 }
 
 Kernels::Stores StoresFor(const IImage& result) {
-    constexpr unsigned int kStaysCached = 4U << 20; // bytes; the outer cache of the machines we run on
+    constexpr unsigned int kStaysCached =
+        24U << 20; // bytes; larger results are not read again before they fall out
     return result.GetImageInfo()->ImageDataSize() > kStaysCached ? Kernels::Stores::Streaming
                                                                  : Kernels::Stores::Cached;
 }
