@@ -20,6 +20,10 @@ export PKG_CONFIG_PATH=$pc
 gcc -std=c11 -Wall -Wextra -Wpedantic -Werror tests/install/consumer.c -o "$work/consumer" $(pkg-config --cflags --libs vx3) \
     -Wl,-rpath,"$libdir"
 "$work/consumer"
+# shellcheck disable=SC2046
+gcc -std=c11 -Wall -Wextra -Wpedantic -Werror tests/capi/two_cameras.c -o "$work/two_cameras" $(pkg-config --cflags --libs vx3) \
+    -pthread -Wl,-rpath,"$libdir"
+"$work/two_cameras" | tail -n 1
 echo '#include <vx3/vx3.h>' | g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -x c++ $(pkg-config --cflags vx3) -
 # The program from the installed tree, away from the sources, finds its library and the virtual cameras' features.
 (cd / && [ "$("$work/prefix/bin/vx3" --transport virtual get "Virtual Device #1" Width --json | tr -d '[:space:]')" = '{"Width":400}' ])
