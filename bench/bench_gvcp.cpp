@@ -2,7 +2,7 @@
 // to the same answering thread, in pairs within one run.
 // Usage: bench_gvcp [--smoke]
 #include "core/UniqueFd.h"
-#include "gev/GevCmdHelper.h"
+#include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/Bootstrap.h"
 
 #include <algorithm>

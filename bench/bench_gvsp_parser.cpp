@@ -7,8 +7,8 @@
 // allocates.
 #include "support/CountingAllocator.h"
 
-#include "gev/GvspParserImageA.h"
 #include "gev/protocol/Gvsp.h"
+#include "gev/stream/GvspParserImageA.h"
 
 #include <algorithm>
 #include <chrono>

@@ -5,7 +5,7 @@
 //   bench_gvsp_receive --loopback ...                            without namespaces
 #include "CameraProcess.h"
 
-#include "gev/GvspReceiver.h"
+#include "gev/receive/GvspReceiver.h"
 #include "vx3/image/IImagePool.h"
 
 #include <atomic>

@@ -1,7 +1,7 @@
 // Sequences of datagrams through the image parser, resend requests and silences included. Input: one byte of
 // options, then records {length (2 bytes), time passed (1 byte), datagram}. Images are read whole when they
 // come out, so that a datagram outside its image or an image larger than its buffer is found.
-#include "gev/GvspParserImageA.h"
+#include "gev/stream/GvspParserImageA.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 #include "core/UniqueFd.h"
 #include "gev/GevStream.h"
-#include "gev/GvspPacketSizeTester.h"
+#include "gev/control/GvspPacketSizeTester.h"
 #include "gev/protocol/Bootstrap.h"
 #include "vx3/core/Logger.h"
 #include "vx3/core/Utilities.h"

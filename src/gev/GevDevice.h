@@ -6,7 +6,7 @@
 
 #include "device/GenIDevice.h"
 #include "device/ThreadEx.h"
-#include "gev/GevCmdHelper.h"
+#include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/DiscoveryInfo.h"
 #include "vx3/core/Mutex.h"
 #include "vx3/gev/NetParam.h"

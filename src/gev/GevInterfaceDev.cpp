@@ -1,8 +1,8 @@
 #include "gev/GevInterfaceDev.h"
 
 #include "core/DefaultConfig.h"
-#include "gev/GevCmdHelper.h"
-#include "gev/NICEnumerator.h"
+#include "gev/control/GevCmdHelper.h"
+#include "gev/net/NICEnumerator.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Utilities.h"
 

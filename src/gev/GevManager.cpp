@@ -1,7 +1,7 @@
 #include "gev/GevManager.h"
 
 #include "gev/GevInterfaceDev.h"
-#include "gev/NICEnumerator.h"
+#include "gev/net/NICEnumerator.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "gev/GevStream.h"
 
 #include "gev/GevDevice.h"
-#include "gev/GvspReceiver.h"
+#include "gev/receive/GvspReceiver.h"
 #include "vx3/core/Logger.h"
 
 #include <utility>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "device/StreamAbs.h"
-#include "gev/IGvspReceiver.h"
+#include "gev/receive/IGvspReceiver.h"
 #include "vx3/gev/NetParam.h"
 
 #include <memory>

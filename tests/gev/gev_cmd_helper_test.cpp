@@ -1,4 +1,4 @@
-#include "gev/GevCmdHelper.h"
+#include "gev/control/GevCmdHelper.h"
 
 #include "support/ScriptedCamera.h"
 

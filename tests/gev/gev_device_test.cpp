@@ -1,7 +1,7 @@
 #include "gev/GevDevice.h"
 
 #include "device/InterfaceDevAbs.h"
-#include "gev/GvspPacketSizeTester.h"
+#include "gev/control/GvspPacketSizeTester.h"
 #include "support/ScriptedCamera.h"
 
 #include <algorithm>

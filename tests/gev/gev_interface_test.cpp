@@ -1,7 +1,7 @@
 #include "gev/GevInterfaceDev.h"
 
 #include "gev/GevManager.h"
-#include "gev/NICEnumerator.h"
+#include "gev/net/NICEnumerator.h"
 #include "support/ScriptedCamera.h"
 #include "vx3/core/Utilities.h"
 

@@ -1,5 +1,5 @@
 // The socket receiver against a scripted camera on loopback, with every method of reading the socket.
-#include "gev/GvspReceiver.h"
+#include "gev/receive/GvspReceiver.h"
 #include "support/LogCapture.h"
 #include "support/ScriptedCamera.h"
 #include "vx3/image/IImagePool.h"

@@ -1,4 +1,4 @@
-#include "gev/GvspResendParser.h"
+#include "gev/stream/GvspResendParser.h"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "gev/NICEnumerator.h"
+#include "gev/net/NICEnumerator.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

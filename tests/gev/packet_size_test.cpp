@@ -1,4 +1,4 @@
-#include "gev/GvspPacketSizeTester.h"
+#include "gev/control/GvspPacketSizeTester.h"
 
 #include "support/ScriptedCamera.h"
 

@@ -1,5 +1,5 @@
 // The scripted camera keeps its promises: other tests blame our code on its word.
-#include "gev/CrossSocket.h"
+#include "gev/net/CrossSocket.h"
 #include "support/ScriptedCamera.h"
 
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "gev/SocketPort.h"
+#include "gev/net/SocketPort.h"
 
 #include <array>
 #include <atomic>

@@ -2,8 +2,8 @@
 // the images that come out. No sockets, no threads.
 #pragma once
 
-#include "gev/GvspParserImageA.h"
 #include "gev/protocol/Gvsp.h"
+#include "gev/stream/GvspParserImageA.h"
 #include "vx3/image/IImagePool.h"
 
 #include <algorithm>

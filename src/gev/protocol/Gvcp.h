@@ -6,7 +6,7 @@
 // is too short and read nothing past it. Values are in host order.
 #pragma once
 
-#include "gev/protocol/WireCursor.h"
+#include "wire/WireCursor.h"
 
 #include <cstddef>
 #include <cstdint>

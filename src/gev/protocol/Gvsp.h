@@ -2,7 +2,7 @@
 // directions. Header decoding is inline: it runs once a packet on the receive path.
 #pragma once
 
-#include "gev/protocol/WireCursor.h"
+#include "wire/WireCursor.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,0 +1,165 @@
+#include "gev/receive/GvspReceiver.h"
+
+#include "gev/control/GevCmdHelper.h"
+#include "gev/protocol/Bootstrap.h"
+#include "gev/stream/GvspParserImageA.h"
+#include "vx3/core/Logger.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace VX3 {
+
+namespace {
+
+constexpr std::uint32_t commandTimeoutMs = 1000;
+constexpr std::chrono::milliseconds silenceCheck{2};
+constexpr std::size_t smallestReceive = 2048;
+constexpr unsigned datagramsPerClock = 16;
+
+// The longest datagram worth receiving.
+std::size_t MaxDatagram(const GevStreamParam& param) {
+    if (param.packetSize == 0)
+        return GvspParserImageA::MaxDatagram;
+    return std::clamp<std::size_t>(param.packetSize, smallestReceive, GvspParserImageA::MaxDatagram);
+}
+
+} // namespace
+
+GvspReceiver::GvspReceiver(ReceiveMethod method, std::uint32_t gvcpPort)
+    : method_(method), gvcpPort_(gvcpPort) {}
+
+GvspReceiver::~GvspReceiver() {
+    (void)StopListen();
+}
+
+StatusCode GvspReceiver::StartListen(const GevStreamParam& param, std::shared_ptr<IImagePool> pool,
+                                     GvspImageCallback callback, unsigned int count) {
+    if (listening_)
+        return Status::WrongState;
+    const StatusCode status = socket_.Open(param.host.ip);
+    if (Failed(status))
+        return status;
+    socket_.WarnIfTooSmall(param);
+    statistics_.Reset();
+    blocksWanted_ = 0;
+    SetReady(false);
+    thread_ = std::make_unique<ThreadEx<>>(
+        [this, param, pool = std::move(pool), callback = std::move(callback),
+         count](const std::atomic<bool>& running) { ThreadListen(running, param, pool, callback, count); });
+    listening_ = true;
+    thread_->Start();
+    return static_cast<StatusCode>(socket_.Port());
+}
+
+StatusCode GvspReceiver::StopListen() {
+    if (!listening_)
+        return Status::Generic;
+    thread_->Stop();
+    thread_.reset();
+    socket_.Close();
+    listening_ = false;
+    return Status::Ok;
+}
+
+StatusCode GvspReceiver::ResetListen() {
+    // The parser's own reset does nothing, so there is nothing to hand to its thread.
+    return listening_ ? Status::Ok : Status::WrongState;
+}
+
+StatusCode GvspReceiver::AllocOneBuff() {
+    if (!listening_)
+        return Status::WrongState;
+    ++blocksWanted_; // the receive thread owns the ring
+    return Status::Ok;
+}
+
+bool GvspReceiver::WaitUntilReady(std::chrono::milliseconds timeout) {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    MutexLock lock(readyMutex_);
+    while (!ready_)
+        if (!readyChanged_.WaitUntil(readyMutex_, deadline))
+            return ready_;
+    return true;
+}
+
+void GvspReceiver::SetReady(bool ready) {
+    MutexLock lock(readyMutex_);
+    ready_ = ready;
+    readyChanged_.NotifyAll();
+}
+
+void GvspReceiver::ThreadListen(const std::atomic<bool>& running, const GevStreamParam& param,
+                                const std::shared_ptr<IImagePool>& pool, const GvspImageCallback& callback,
+                                unsigned int count) {
+    std::unique_ptr<DatagramSource> source =
+        DatagramSource::Create(method_, socket_.Descriptor(), MaxDatagram(param));
+    if (!source) {
+        source = DatagramSource::Create(ReceiveMethod::RecvMmsg, socket_.Descriptor(), MaxDatagram(param));
+        VxLoggerLog(LogLevel::Info, "SDK", "%s: the system does not join datagrams, receiving batches",
+                    param.name.c_str());
+    }
+    GvspParserImageA::Options options;
+    options.redirect = source->Places();
+    options.statistics = &statistics_;
+    GvspParserImageA parser(callback, param, pool, count, options);
+    requestCounter_ = 1;
+    GevCmdHelper helper(param.host, param.camera, commandTimeoutMs, requestCounter_, gvcpPort_);
+    OpenPath(helper, param);
+    SetReady(true);
+    ReceiveLoop(running, *source, parser, helper, param.channelIndex);
+    (void)parser.Flush();
+    SetReady(false);
+}
+
+void GvspReceiver::OpenPath(GevCmdHelper& helper, const GevStreamParam& param) const {
+    std::uint32_t capability = 0;
+    if (Failed(helper.ReadRegister(Bootstrap::GvspCapability, capability)) ||
+        (capability & Bootstrap::SourcePortValid) == 0)
+        return;
+    std::uint32_t port = 0;
+    const std::uint32_t address = Bootstrap::StreamRegister(Bootstrap::StreamSourcePort, param.channelIndex);
+    if (!Failed(helper.ReadRegister(address, port)) && port != 0)
+        socket_.SendOpening(param.camera.ip, port);
+}
+
+void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource& source,
+                               GvspParserImageA& parser, GevCmdHelper& helper, std::uint32_t channel) {
+    using Clock = std::chrono::steady_clock;
+    auto now = Clock::now();
+    auto checked = now;
+    unsigned sinceClock = 0;
+    WireRoom next;
+    while (running) {
+        const DatagramSource::Batch batch = source.Receive(next, parser.MaxWait());
+        // Reading the clock costs as much as parsing a packet: not once a datagram while they queue up.
+        sinceClock += static_cast<unsigned>(batch.count);
+        if (batch.waited || sinceClock >= datagramsPerClock) {
+            now = Clock::now();
+            sinceClock = 0;
+        }
+        for (std::size_t i = 0; i < batch.count; ++i)
+            (void)parser.HandlePacket(batch.items[i].data, batch.items[i].size, next, now);
+        if (batch.drained)
+            parser.NoteDrained(now);
+        if (now - checked >= silenceCheck) {
+            checked = now;
+            parser.CheckSilence(next, now);
+            for (unsigned int wanted = blocksWanted_.exchange(0); wanted != 0; --wanted)
+                (void)parser.AllocOneBuff();
+        }
+        SendRequests(parser, helper, channel, now);
+    }
+}
+
+void GvspReceiver::SendRequests(GvspParserImageA& parser, GevCmdHelper& helper, std::uint32_t channel,
+                                IGvspParser::TimePoint now) {
+    GvspResendInfo info;
+    while (parser.GetResendInfo(info, now)) {
+        (void)helper.ResendPacket(info.extended != 0, info.blockId, info.firstPacketId, info.lastPacketId,
+                                  channel);
+        GevCmdHelper::AdvanceRequestId(requestCounter_);
+    }
+}
+
+} // namespace VX3

@@ -1,0 +1,28 @@
+// One recvfrom a datagram, into the image where the parser predicts its place: the plain method, without a
+// copy of the payload.
+#pragma once
+
+#include "gev/receive/DatagramSource.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace VX3 {
+
+class RecvFromSource final : public DatagramSource {
+public:
+    RecvFromSource(int socketFd, std::size_t maxDatagram);
+
+    Batch Receive(WireRoom room, std::chrono::milliseconds wait) override;
+    bool Places() const override { return true; }
+    const char* Name() const override { return "recvfrom"; }
+
+private:
+    static constexpr unsigned ProbeEvery = 16; // datagrams
+
+    std::vector<std::uint8_t> buffer_;
+    unsigned untilProbe_ = 0;
+    WireBytes datagram_;
+};
+
+} // namespace VX3

@@ -1,0 +1,82 @@
+#include "gev/receive/StreamSocket.h"
+
+#include "vx3/core/Logger.h"
+#include "vx3/core/Utilities.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstring>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace VX3 {
+
+namespace {
+
+// What a received datagram takes in the kernel besides its bytes: buffer head and rounding.
+constexpr std::uint64_t datagramOverhead = 832;
+
+sockaddr_in AddressOf(std::uint32_t ip, std::uint32_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(ip);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    return address;
+}
+
+// The forcing option ignores the system's limit but needs privilege.
+std::size_t EnlargeReceiveBuffer(int fd) {
+    const int wanted = StreamSocket::ReceiveBufferBytes;
+    if (::setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &wanted, sizeof(wanted)) != 0)
+        (void)::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &wanted, sizeof(wanted));
+    int granted = 0;
+    socklen_t length = sizeof(granted);
+    if (::getsockopt(fd, SOL_SOCKET, SO_RCVBUF, &granted, &length) != 0 || granted < 0)
+        return 0;
+    return static_cast<std::size_t>(granted);
+}
+
+} // namespace
+
+StatusCode StreamSocket::Open(std::uint32_t hostIp) {
+    UniqueFd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP));
+    sockaddr_in address = AddressOf(hostIp, 0);
+    socklen_t length = sizeof(address);
+    if (!fd || ::bind(fd.Get(), reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
+        ::getsockname(fd.Get(), reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+        VxLoggerLog(LogLevel::Error, "SDK", "cannot bind a stream socket to %s: %s", Ipv4Text(hostIp).c_str(),
+                    std::strerror(errno));
+        return Status::Generic;
+    }
+    port_ = ntohs(address.sin_port);
+    granted_ = EnlargeReceiveBuffer(fd.Get());
+    const int on = 1;
+    (void)::setsockopt(fd.Get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof(on));
+    fd_ = std::move(fd);
+    return Status::Ok;
+}
+
+void StreamSocket::WarnIfTooSmall(const GevStreamParam& param) const {
+    if (param.bufferSize == 0 || param.packetSize <= 64)
+        return;
+    const std::uint64_t packets = param.bufferSize / (param.packetSize - 48U) + 3;
+    const std::uint64_t frame = packets * (param.packetSize + datagramOverhead);
+    if (granted_ >= frame)
+        return;
+    // The kernel grants twice what is asked for, so the limit need be half a frame; recommend two frames.
+    VxLoggerLog(
+        LogLevel::Warning, "SDK",
+        "the stream socket's receive buffer is %llu bytes, one frame needs %llu: packets will be lost in "
+        "bursts. Remedy: sysctl -w net.core.rmem_max=%llu",
+        static_cast<unsigned long long>(granted_), static_cast<unsigned long long>(frame),
+        static_cast<unsigned long long>(frame));
+}
+
+void StreamSocket::SendOpening(std::uint32_t ip, std::uint32_t port) const {
+    static constexpr char text[] = "12345678901234567890"; // with its zero byte
+    const sockaddr_in address = AddressOf(ip, port);
+    (void)::sendto(fd_.Get(), text, sizeof(text), MSG_NOSIGNAL | MSG_DONTWAIT,
+                   reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+}
+
+} // namespace VX3
