@@ -216,7 +216,7 @@ void GevDevice::CreateStreams() {
 }
 
 std::shared_ptr<IStream> GevDevice::CreateStream(const char* name, unsigned int index, bool useFilter) {
-    return std::make_shared<GevStream>(name, this, index, useFilter);
+    return std::make_shared<GevStream>(name, this, this, index, useFilter, port_);
 }
 
 bool GevDevice::CanUseFilter() {

@@ -6,6 +6,7 @@
 
 #include "device/GenIDevice.h"
 #include "device/ThreadEx.h"
+#include "gev/IGevStreamChannels.h"
 #include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/DiscoveryInfo.h"
 #include "vx3/core/Mutex.h"
@@ -20,7 +21,7 @@
 
 namespace VX3 {
 
-class GevDevice : public GenIDevice {
+class GevDevice : public GenIDevice, public IGevStreamChannels {
 public:
     // Asks the camera once who controls it: state Unreachable, Controlled or Available. `noFilter`: never
     // receive through the filter driver.
@@ -49,10 +50,8 @@ public:
     // Broadcasts FORCEIP to the camera with that MAC address; it may then have to be found anew.
     StatusCode SetIpAddress(const GevDeviceAddress* address) override;
 
-    // What a receiver of the channel needs to know; asks the camera.
-    virtual StatusCode StreamParam(unsigned int channel, GevStreamParam& param);
-    // Where the channel sends; port 0 disables it, and does nothing on a lost device.
-    StatusCode SetStreamDest(unsigned int channel, std::uint32_t ip, std::uint32_t port);
+    StatusCode StreamParam(unsigned int channel, GevStreamParam& param) override;
+    StatusCode SetStreamDest(unsigned int channel, std::uint32_t ip, std::uint32_t port) override;
     // Bytes of a stream packet, IP and UDP headers included; 1500 when the camera does not say.
     unsigned int GetPacketSize();
     // True where the filter driver's device node can be opened.

@@ -1,6 +1,5 @@
 #include "gev/GevStream.h"
 
-#include "gev/GevDevice.h"
 #include "gev/receive/GvspReceiver.h"
 #include "vx3/core/Logger.h"
 
@@ -14,32 +13,33 @@ namespace {
 // up longer than this before the stream starts.
 constexpr std::chrono::milliseconds readyWait{1000};
 
-std::unique_ptr<IGvspReceiver> MakeReceiver(const char* name, const GevDevice* device, bool useFilter) {
+std::unique_ptr<IGvspReceiver> MakeReceiver(const char* name, bool useFilter, std::uint32_t gvcpPort) {
     if (useFilter)
         VxLoggerLog(LogLevel::Info, "SDK",
                     "%s: reception through the filter driver is not built in, using the socket receiver",
                     name == nullptr ? "" : name);
-    return std::make_unique<GvspReceiver>(DatagramSource::MethodFromEnvironment(),
-                                          device == nullptr ? Gvcp::Port : device->GvcpPort());
+    return std::make_unique<GvspReceiver>(DatagramSource::MethodFromEnvironment(), gvcpPort);
 }
 
 } // namespace
 
-GevStream::GevStream(const char* name, GevDevice* device, unsigned int index, bool useFilter)
+GevStream::GevStream(const char* name, IDevice* device, IGevStreamChannels* channels, unsigned int index,
+                     bool useFilter, std::uint32_t gvcpPort)
     : StreamAbs(name, device, index),
+      channels_(channels),
       useFilter_(useFilter),
-      receiver_(MakeReceiver(name, device, useFilter)) {}
+      receiver_(MakeReceiver(name, useFilter, gvcpPort)) {}
 
 GevStream::~GevStream() {
     Shutdown();
 }
 
 StatusCode GevStream::StartStreamP(std::shared_ptr<IImagePool> pool, unsigned int count) {
-    auto* device = dynamic_cast<GevDevice*>(Parent());
-    if (device == nullptr)
+    IGevStreamChannels* const channels = Channels();
+    if (channels == nullptr)
         return Status::WrongState;
     GevStreamParam param;
-    const StatusCode status = device->StreamParam(StreamIndex(), param);
+    const StatusCode status = channels->StreamParam(StreamIndex(), param);
     if (Failed(status))
         return status;
     param_ = param;
@@ -51,16 +51,16 @@ StatusCode GevStream::StartStreamP(std::shared_ptr<IImagePool> pool, unsigned in
         return port;
     // The camera must not send before somebody listens, and its path may have to be opened first.
     (void)receiver_->WaitUntilReady(readyWait);
-    return device->SetStreamDest(StreamIndex(), param_.host.ip, static_cast<std::uint32_t>(port));
+    return channels->SetStreamDest(StreamIndex(), param_.host.ip, static_cast<std::uint32_t>(port));
 }
 
 StatusCode GevStream::StopStreamP() {
-    auto* device = dynamic_cast<GevDevice*>(Parent());
-    if (device != nullptr)
-        (void)device->SetStreamDest(StreamIndex(), 0, 0);
+    IGevStreamChannels* const channels = Channels();
+    if (channels != nullptr && Failed(channels->SetStreamDest(StreamIndex(), 0, 0)))
+        VxLoggerLog(LogLevel::Warning, "SDK", "%s: the camera was not told to stop sending", Name().c_str());
     // The thread is joined even when the device is gone: it must not outlive the stream.
     const StatusCode status = receiver_->StopListen();
-    return device == nullptr ? Status::WrongState : status;
+    return channels == nullptr ? Status::WrongState : status;
 }
 
 void GevStream::StreamCallBack(std::unique_ptr<IImage>&& image, unsigned int id) {

@@ -3,20 +3,23 @@
 #pragma once
 
 #include "device/StreamAbs.h"
+#include "gev/IGevStreamChannels.h"
+#include "gev/protocol/Gvcp.h"
 #include "gev/receive/IGvspReceiver.h"
 #include "vx3/gev/NetParam.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace VX3 {
 
-class GevDevice;
-
 class GevStream final : public StreamAbs {
 public:
-    // `useFilter` asks for reception through the kernel filter driver; where that is not available the
-    // socket receiver serves, and the log says so.
-    GevStream(const char* name, GevDevice* device, unsigned int index, bool useFilter);
+    // `channels` is the device's own face for its streams and lives as long as `device`. `useFilter` asks for
+    // reception through the kernel filter driver; where that is not available the socket receiver serves,
+    // and the log says so. `gvcpPort`: of the camera.
+    GevStream(const char* name, IDevice* device, IGevStreamChannels* channels, unsigned int index,
+              bool useFilter, std::uint32_t gvcpPort = Gvcp::Port);
     ~GevStream() override;
 
     LiveStatistics* GetStatistics() override { return receiver_->GetStatistics(); }
@@ -30,7 +33,10 @@ protected:
 
 private:
     void StreamCallBack(std::unique_ptr<IImage>&& image, unsigned int id);
+    // Null once the device has been destroyed.
+    IGevStreamChannels* Channels() { return Parent() == nullptr ? nullptr : channels_; }
 
+    IGevStreamChannels* const channels_;
     const bool useFilter_;
     std::unique_ptr<IGvspReceiver> receiver_;
     GevStreamParam param_;
