@@ -1,0 +1,35 @@
+#include "gev/stream/GvspDelivery.h"
+
+#include "vx3/core/Logger.h"
+
+#include <utility>
+
+namespace VX3 {
+
+GvspDelivery::GvspDelivery(GvspImageCallback callback, LiveStatistics* statistics)
+    : callback_(std::move(callback)), statistics_(statistics != nullptr ? statistics : &own_) {}
+
+void GvspDelivery::Finish(const GvspParserInfo& info, std::uint32_t missing, std::size_t inFlight,
+                          TimePoint now) {
+    info.image->UpdateImageInfoB(info.lines, missing, info.packetsResent);
+    if (missing != 0 && info.packetsResent == 0 && warnings_.Allow(now))
+        VxLoggerLog(LogLevel::Error, "SDK", "block 0x%x lost %u packets with %u parse items remained!",
+                    info.blockId, missing, static_cast<unsigned int>(inFlight));
+}
+
+void GvspDelivery::Count(const GvspParserInfo& info, std::uint32_t missing, std::uint64_t lostBlocks) {
+    if (missing != 0) {
+        LiveStatistics::Add(statistics_->missingPackets, missing);
+        LiveStatistics::Add(statistics_->incompleteBlocks);
+    }
+    LiveStatistics::Add(statistics_->resentPackets, info.packetsResent);
+    LiveStatistics::Add(statistics_->blocks);
+    statistics_->lostBlocks.store(lostBlocks, std::memory_order_relaxed);
+}
+
+void GvspDelivery::Hand(std::unique_ptr<IImage> image) const {
+    if (callback_)
+        callback_(std::move(image), 0);
+}
+
+} // namespace VX3
