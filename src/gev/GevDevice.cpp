@@ -24,7 +24,7 @@ constexpr std::uint32_t initialTimeoutMs = 1000;
 // A camera's pending time-out beyond this is a broken register; honouring it would block every thread.
 constexpr std::uint32_t longestTimeoutMs = 60000;
 constexpr std::uint32_t heartBeatTimeoutMs = 9000;
-constexpr std::uint32_t heartBeatPeriodMs = 3000;
+constexpr std::chrono::milliseconds heartBeatPeriod{3000};
 constexpr std::uint32_t mostStreams = 4;
 constexpr unsigned int defaultPacketSize = 1500;
 constexpr const char* packetSizeFeature = "GevSCPSPacketSize";
@@ -51,7 +51,7 @@ GevDevice::GevDevice(unsigned int typeId, const std::string& name, const NET_PAR
       port_(port),
       noFilter_(noFilter),
       local_(local),
-      heartBeat_([this](const std::atomic<bool>& running) { HeartBeatThread(running); }) {
+      heartBeat_([this] { return HasControl(); }, [this] { HeartBeatTimeOut(); }) {
     (void)DecodeDiscoveryAck(discovery, discovery_); // the record has the layout's full size
     helper_ = NewHelper();
     ReadControlState();
@@ -59,7 +59,7 @@ GevDevice::GevDevice(unsigned int typeId, const std::string& name, const NET_PAR
 
 GevDevice::~GevDevice() {
     Shutdown();
-    StopHeartBeat();
+    heartBeat_.Stop();
 }
 
 NET_PARAM GevDevice::RemoteParam() const {
@@ -157,7 +157,7 @@ StatusCode GevDevice::GetControlAccess() {
     if (Failed(result))
         return result;
     (void)helper->WriteRegister(Bootstrap::HeartbeatTimeout, heartBeatTimeoutMs);
-    heartBeatPeriodMs_ = heartBeatPeriodMs;
+    heartBeat_.SetPeriod(heartBeatPeriod);
     return Status::Ok;
 }
 
@@ -216,7 +216,7 @@ void GevDevice::CreateStreams() {
 }
 
 std::shared_ptr<IStream> GevDevice::CreateStream(const char* name, unsigned int index, bool useFilter) {
-    return std::make_shared<GevStream>(name, this, this, index, useFilter, port_);
+    return std::make_shared<GevStream>(name, this, index, useFilter, this, port_);
 }
 
 bool GevDevice::CanUseFilter() {
@@ -241,7 +241,7 @@ StatusCode GevDevice::PostConnect() {
 }
 
 StatusCode GevDevice::DisConnectP() {
-    StopHeartBeat();
+    heartBeat_.Stop();
     const StatusCode result = ReleaseAccess();
     std::vector<std::shared_ptr<IStream>> none;
     UpdateStreams(none);
@@ -250,40 +250,15 @@ StatusCode GevDevice::DisConnectP() {
 
 // Heartbeat -----------------------------------------------------------------------------------------------
 
-void GevDevice::HeartBeatThread(const std::atomic<bool>& running) {
-    while (SleepHeartBeat(running)) {
-        std::uint32_t control = 0;
-        const StatusCode result = Helper()->ReadRegister(Bootstrap::ControlChannelPrivilege, control);
-        if (!running)
-            return;
-        if (Failed(result) || control != Bootstrap::ControlAccess) {
-            HeartBeatTimeOut();
-            return;
-        }
-    }
-}
-
-// False as soon as the heartbeat is to stop.
-bool GevDevice::SleepHeartBeat(const std::atomic<bool>& running) {
-    const auto due = std::chrono::steady_clock::now() + std::chrono::milliseconds(heartBeatPeriodMs_);
-    MutexLock lock(wakeMutex_);
-    while (running && std::chrono::steady_clock::now() < due)
-        (void)wake_.WaitUntil(wakeMutex_, due);
-    return running;
+bool GevDevice::HasControl() {
+    std::uint32_t control = 0;
+    const StatusCode result = Helper()->ReadRegister(Bootstrap::ControlChannelPrivilege, control);
+    return !Failed(result) && control == Bootstrap::ControlAccess;
 }
 
 void GevDevice::HeartBeatTimeOut() {
     VxLoggerLog(LogLevel::Warning, "SDK", "%s Device heart beat timeout!", Name().c_str());
     ReportLost();
-}
-
-void GevDevice::StopHeartBeat() {
-    heartBeat_.RequestStop();
-    {
-        MutexLock lock(wakeMutex_); // the thread is either before its test of the flag or asleep
-        wake_.NotifyAll();
-    }
-    heartBeat_.Stop();
 }
 
 // Streams -------------------------------------------------------------------------------------------------

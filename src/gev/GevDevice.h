@@ -5,7 +5,7 @@
 #pragma once
 
 #include "device/GenIDevice.h"
-#include "device/ThreadEx.h"
+#include "gev/GevHeartBeat.h"
 #include "gev/IGevStreamChannels.h"
 #include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/DiscoveryInfo.h"
@@ -86,10 +86,8 @@ private:
     void CreateStreams();
     std::uint32_t BlockBytes();
 
-    void HeartBeatThread(const std::atomic<bool>& running);
-    bool SleepHeartBeat(const std::atomic<bool>& running) VX3_EXCLUDES(wakeMutex_);
+    bool HasControl();
     void HeartBeatTimeOut();
-    void StopHeartBeat();
 
     const std::uint16_t port_;
     const bool noFilter_;
@@ -108,11 +106,7 @@ private:
     std::atomic<std::uint32_t> gvcpConfiguration_{0};
     std::atomic<std::uint32_t> streamCapability_{0};
     std::atomic<std::uint32_t> gvcpTimeoutMs_{1000};
-    std::atomic<std::uint32_t> heartBeatPeriodMs_{1000};
-
-    Mutex wakeMutex_;
-    CondVar wake_;
-    ThreadEx<> heartBeat_;
+    GevHeartBeat heartBeat_;
 };
 
 } // namespace VX3

@@ -23,8 +23,8 @@ std::unique_ptr<IGvspReceiver> MakeReceiver(const char* name, bool useFilter, st
 
 } // namespace
 
-GevStream::GevStream(const char* name, IDevice* device, IGevStreamChannels* channels, unsigned int index,
-                     bool useFilter, std::uint32_t gvcpPort)
+GevStream::GevStream(const char* name, IDevice* device, unsigned int index, bool useFilter,
+                     IGevStreamChannels* channels, std::uint32_t gvcpPort)
     : StreamAbs(name, device, index),
       channels_(channels),
       useFilter_(useFilter),

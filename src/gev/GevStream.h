@@ -15,11 +15,11 @@ namespace VX3 {
 
 class GevStream final : public StreamAbs {
 public:
-    // `channels` is the device's own face for its streams and lives as long as `device`. `useFilter` asks for
-    // reception through the kernel filter driver; where that is not available the socket receiver serves,
-    // and the log says so. `gvcpPort`: of the camera.
-    GevStream(const char* name, IDevice* device, IGevStreamChannels* channels, unsigned int index,
-              bool useFilter, std::uint32_t gvcpPort = Gvcp::Port);
+    // `useFilter` asks for reception through the kernel filter driver; where that is not available the
+    // socket receiver serves, and the log says so. `channels`: the face of `device` for its streams, which
+    // lives as long. `gvcpPort`: of the camera.
+    GevStream(const char* name, IDevice* device, unsigned int index, bool useFilter,
+              IGevStreamChannels* channels, std::uint32_t gvcpPort = Gvcp::Port);
     ~GevStream() override;
 
     LiveStatistics* GetStatistics() override { return receiver_->GetStatistics(); }
