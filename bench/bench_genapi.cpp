@@ -1,7 +1,7 @@
 // What node maps cost: loading against the XML parser's bare pass over the same bytes, and single operations.
 // VX3_BENCH_XML names a further description to load, such as one fetched from a camera.
 // Usage: bench_genapi [--smoke] [Google Benchmark's options]
-#include "platform/genapi/Formula.h"
+#include "platform/genapi/formula/Formula.h"
 #include "support/GeneratedDescription.h"
 #include "support/TestNodeMap.h"
 

@@ -1,5 +1,5 @@
 // Camera descriptions, plain and zipped: any bytes must give records that hang together, or be refused.
-#include "platform/genapi/Description.h"
+#include "platform/genapi/description/Description.h"
 
 #include "Base/GCException.h"
 

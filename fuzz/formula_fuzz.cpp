@@ -1,6 +1,6 @@
 // Formulas of foreign descriptions: any text must compile or be refused, and then compute or be refused. The
 // first line is the formula, the second and third are the expressions X and Y that it may mention.
-#include "platform/genapi/Formula.h"
+#include "platform/genapi/formula/Formula.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // What decides whether a node can be read and written.
-#include "platform/genapi/Access.h"
+#include "platform/genapi/base/AccessModes.h"
 #include "support/TestNodeMap.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Descriptions that cannot be used: damaged, endless, swollen, or zipped wrongly. Each is refused in words.
-#include "platform/genapi/Description.h"
+#include "platform/genapi/description/Description.h"
 
 #include "Base/GCException.h"
 

@@ -1,6 +1,6 @@
 // What descriptions become: nodes, elements, references, expanded structures and enumerations, with their
 // lines.
-#include "platform/genapi/Description.h"
+#include "platform/genapi/description/Description.h"
 
 #include "support/GeneratedDescription.h"
 

@@ -1,5 +1,5 @@
 // What formulas refuse, with the place: texts that do not parse and values that have no result.
-#include "platform/genapi/Formula.h"
+#include "platform/genapi/formula/Formula.h"
 
 #include <gtest/gtest.h>
 

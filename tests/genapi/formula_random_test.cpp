@@ -1,6 +1,6 @@
 // Random formulas, written with as few brackets as C needs, against a direct evaluation of the tree they came
 // from.
-#include "platform/genapi/Formula.h"
+#include "platform/genapi/formula/Formula.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // What formulas compute: numbers, operators and functions in both variants, names, and which values are read.
-#include "platform/genapi/Formula.h"
+#include "platform/genapi/formula/Formula.h"
 
 #include <gtest/gtest.h>
 

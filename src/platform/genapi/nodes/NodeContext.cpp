@@ -1,0 +1,93 @@
+#include "platform/genapi/nodes/NodeContext.h"
+
+#include "platform/genapi/nodes/NodeBase.h"
+
+#include <exception>
+#include <utility>
+
+namespace GenApi_3_2 {
+namespace Engine {
+
+NodeContext::NodeContext(INodeMap& map, std::shared_ptr<const Description> description,
+                         const gcstring& deviceName, bool suppressStrings)
+    : map_(map),
+      description_(std::move(description)),
+      deviceName_(deviceName),
+      suppressStrings_(suppressStrings) {
+    for (const Problem& problem : description_->Problems())
+        problems_.push_back({problem.line, problem.node, problem.text});
+}
+
+NodeContext::~NodeContext() = default;
+
+NodeBase* NodeContext::NodeAt(std::int32_t index) const {
+    return index < 0 || static_cast<std::size_t>(index) >= nodes_.size()
+               ? nullptr
+               : nodes_[static_cast<std::size_t>(index)].get();
+}
+
+void NodeContext::Report(const NodeRecord& record, std::uint32_t line, const std::string& text) {
+    if (problems_.size() < 2 * Description::MaxProblems)
+        problems_.push_back({line, std::string(record.name), text});
+}
+
+void NodeContext::SetBrokenReason(const NodeBase& node, const std::string& reason) {
+    brokenReasons_.emplace(&node, reason);
+}
+
+const std::string& NodeContext::BrokenReason(const NodeBase& node) const {
+    static const std::string unknown = "switched off";
+    const auto found = brokenReasons_.find(&node);
+    return found == brokenReasons_.end() ? unknown : found->second;
+}
+
+void NodeContext::Begin() const {
+    lock_.Lock();
+    if (depth_++ == 0)
+        visits_ = 0;
+}
+
+void NodeContext::End() const noexcept {
+    if (--depth_ > 0 || outside_.empty()) {
+        lock_.Unlock();
+        return;
+    }
+    const std::vector<NodeBase*> nodes = std::exchange(outside_, {});
+    lock_.Unlock();
+    FireOutside(nodes);
+}
+
+void NodeContext::FireChanged() const {
+    if (!cache_.HasChanged())
+        return;
+    const std::vector<NodeBase*> nodes = cache_.TakeChanged();
+    outside_.insert(outside_.end(), nodes.begin(), nodes.end());
+    std::exception_ptr failure;
+    for (NodeBase* node : nodes) {
+        try {
+            node->Fire(cbPostInsideLock);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    }
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+void NodeContext::FireOutside(const std::vector<NodeBase*>& nodes) const {
+    for (NodeBase* node : nodes) {
+        try {
+            node->Fire(cbPostOutsideLock);
+        } catch (...) { // nobody is left to tell: the operation itself has succeeded
+        }
+    }
+}
+
+void NodeContext::InvalidateAll() const {
+    const Operation operation(*this);
+    cache_.InvalidateAll(nodes_);
+    FireChanged();
+}
+
+} // namespace Engine
+} // namespace GenApi_3_2
