@@ -136,7 +136,7 @@ public:
     std::size_t SuppressedProblems() const { return suppressedProblems_; }
 
 private:
-    friend class DescriptionReader;
+    friend class DescriptionDraft;
 
     std::string fileName_;
     std::string text_;              // the XML, parsed in place: texts point into it

@@ -5,6 +5,13 @@
 namespace GenApi_3_2 {
 namespace Engine {
 
+std::string Quoted(std::string_view text) {
+    constexpr std::size_t longest = 100;
+    std::string quoted = "'";
+    quoted.append(text.substr(0, longest)).append(text.size() > longest ? "...'" : "'");
+    return quoted;
+}
+
 void ThrowDescriptionError(std::string_view fileName, std::uint32_t line, std::string_view node,
                            std::string_view reason) {
     std::string text = "Description '";

@@ -12,5 +12,8 @@ namespace Engine {
 [[noreturn]] void ThrowDescriptionError(std::string_view fileName, std::uint32_t line, std::string_view node,
                                         std::string_view reason);
 
+// Names and texts of the file, in quotes, for messages that stay readable.
+std::string Quoted(std::string_view text);
+
 } // namespace Engine
 } // namespace GenApi_3_2

@@ -51,5 +51,24 @@ std::string_view LocalName(std::string_view name);
 // The attribute's text without blanks around it, empty when there is none.
 std::string_view AttributeText(pugi::xml_node xml, const char* name);
 
+// Calls `visit` for each element directly inside `parent`.
+template <typename Visit>
+void ForEachElement(pugi::xml_node parent, Visit visit) {
+    for (pugi::xml_node xml = parent.first_child();; xml = xml.next_sibling()) {
+        const pugi::xml_node_type type = xml.type();
+        if (type == pugi::node_null)
+            return;
+        if (type == pugi::node_element)
+            visit(xml);
+    }
+}
+
+// Prefixes of namespaces are rare: only a name that is not found is searched for one.
+template <typename Known>
+Known Lookup(Known (*find)(std::string_view), const char* name) {
+    const Known known = find(name);
+    return known == Known::Unknown ? find(LocalName(name)) : known;
+}
+
 } // namespace Engine
 } // namespace GenApi_3_2
