@@ -29,6 +29,7 @@ function(vx3_folder name path)
   add_library(vx3_${name} STATIC ${sources})
   target_link_libraries(vx3_${name} PUBLIC vx3_options ${ARGN})
   set_property(GLOBAL APPEND PROPERTY VX3_FOLDERS vx3_${name})
+  set_property(TARGET vx3_${name} PROPERTY VX3_PATH ${path})
 endfunction()
 
 # vx3_tests(NAME LINKS...): the executable NAME_tests over tests/NAME/*_test.cpp.
