@@ -64,6 +64,8 @@ TEST(GvspPacketSizeTester, TakesTheLargestThatArrivesAndDisablesTheChannel) {
     EXPECT_EQ(trial.port, 0U);
     EXPECT_EQ(trial.destination, 0U);
     EXPECT_EQ(RunTest({}, 8000, 576, 4).tried, (std::vector<std::uint32_t>{7960}));
+    EXPECT_EQ(RunTest({}, 8960, 576, 4).size, 8960) << "the limits themselves are tried";
+    EXPECT_EQ(RunTest({}, 2000, 1960, 4).size, 1960);
 }
 
 TEST(GvspPacketSizeTester, ACameraWithoutTestPacketsGetsTheEthernetSize) {
