@@ -4,6 +4,7 @@
 #include "gev/GevStream.h"
 #include "gev/control/GvspPacketSizeTester.h"
 #include "gev/protocol/Bootstrap.h"
+#include "vx3/core/IntfDevType.h"
 #include "vx3/core/Logger.h"
 #include "vx3/core/Utilities.h"
 #include "vx3/genicam/GenICamPointer.h"

@@ -1,10 +1,12 @@
 #include "gev/protocol/Gvsp.h"
 
+#include "support/Hex.h"
+
 #include <array>
 #include <gtest/gtest.h>
-#include <vector>
 
 namespace VX3 {
+namespace Test {
 namespace {
 
 using namespace Gvsp;
@@ -13,41 +15,30 @@ std::uint32_t Word(const std::uint8_t* p) {
     return Wire::Load<std::uint32_t>(p);
 }
 
-TEST(Gvsp, BothHeaderFormsHaveThePublishedBytes) {
-    std::array<std::uint8_t, 64> bytes{};
-    const WireRoom room{bytes.data(), bytes.size()};
+TEST(Gvsp, BothHeaderFormsHaveThePublishedBytesAndAreWholeOrRefused) {
+    const struct {
+        Header header;
+        const char* image;
+    } cases[] = {
+        {{0xBEEF, 0x01020304, 0x0100, 0, false}, "0100beef 03020304 ab"}, // packet ids have 24 bits
+        {{0x1122334455667788ULL, 0x01020304, 0, 0, true}, "00000000 83000000 11223344 55667788 01020304 ab"},
+    };
     const std::uint8_t payload[] = {0xAB};
-    ASSERT_EQ(EncodePayload(room, {0xBEEF, 0x01020304, 0x0100, 0, false}, {payload, 1}), 9U);
-    EXPECT_EQ(Word(&bytes[0]), 0x0100BEEFU);
-    EXPECT_EQ(Word(&bytes[4]), 0x03020304U) << "packet ids have 24 bits";
-    EXPECT_EQ(bytes[8], 0xAB);
-
-    ASSERT_EQ(EncodePayload(room, {0x1122334455667788ULL, 0x01020304, 0, 0, true}, {payload, 1}), 21U);
-    EXPECT_EQ(Word(&bytes[0]), 0U);
-    EXPECT_EQ(Word(&bytes[4]), 0x83000000U);
-    EXPECT_EQ(Word(&bytes[8]), 0x11223344U);
-    EXPECT_EQ(Word(&bytes[16]), 0x01020304U);
-
-    Header header;
-    ASSERT_TRUE(DecodeHeader(bytes.data(), 21, header));
-    EXPECT_TRUE(header.extended);
-    EXPECT_TRUE(header.Is(Format::Payload));
-    EXPECT_EQ(header.blockId, 0x1122334455667788ULL);
-    EXPECT_EQ(header.packetId, 0x01020304U);
-    EXPECT_EQ(EncodePayload({bytes.data(), 20}, {1, 1, 0, 0, true}, {payload, 1}), 0U);
-}
-
-TEST(Gvsp, HeadersCutAnywhereAreRefused) {
-    std::array<std::uint8_t, 20> bytes{};
-    for (const bool extended : {false, true}) {
-        const std::size_t size = EncodeHeader({bytes.data(), bytes.size()}, {5, 6, 0, 3, extended});
-        ASSERT_EQ(size, HeaderSize(extended));
-        for (std::size_t cut = 0; cut <= size; ++cut) {
-            const std::vector<std::uint8_t> exact(bytes.data(), bytes.data() + cut);
+    for (const auto& c : cases) {
+        const Bytes image = FromHex(c.image);
+        Bytes made(image.size());
+        EXPECT_EQ(EncodePayload({made.data(), made.size() - 1}, c.header, {payload, 1}), 0U);
+        EXPECT_EQ(EncodePayload({made.data(), made.size()}, c.header, {payload, 1}), image.size());
+        EXPECT_EQ(made, image);
+        for (std::size_t cut = 0; cut < image.size(); ++cut) {
+            const Bytes exact(image.begin(), image.begin() + static_cast<long>(cut));
             Header header;
             header.packetId = 99;
-            EXPECT_EQ(DecodeHeader(exact.data(), exact.size(), header), cut == size);
-            EXPECT_EQ(header.packetId, cut == size ? 6U : 99U);
+            const bool whole = cut == HeaderSize(c.header.extended);
+            EXPECT_EQ(DecodeHeader(exact.data(), exact.size(), header), whole);
+            EXPECT_EQ(header.packetId,
+                      !whole ? 99 : c.header.packetId & (c.header.extended ? ~0U : 0xFFFFFFU));
+            EXPECT_EQ(header.blockId, whole ? c.header.blockId : 0);
         }
     }
 }
@@ -112,4 +103,5 @@ TEST(Gvsp, TrailersAndGeometry) {
 }
 
 } // namespace
+} // namespace Test
 } // namespace VX3

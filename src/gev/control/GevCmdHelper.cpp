@@ -1,27 +1,32 @@
 #include "gev/control/GevCmdHelper.h"
 
+#include "gev/net/SocketPort.h"
+#include "gev/protocol/GvcpCodec.h"
+#include "wire/RequestSplit.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <chrono>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace VX3 {
 
 namespace {
 
-constexpr std::uint32_t discoveryTimeoutMs = 1000;
-constexpr std::size_t discoveryReceiveSize = 1024;
-// A network that never falls silent, or answers without end, must not hold discovery for ever.
-constexpr auto longestDiscovery = std::chrono::seconds(10);
-constexpr std::size_t mostDiscoveryAcks = 1024;
-
 using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
-std::uint64_t MillisecondsSince(Clock::time_point start) {
-    return static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
-}
+// An interruption is noticed after at most this long.
+constexpr milliseconds LongestSlice{100};
+constexpr milliseconds DiscoverySilence{1000};
+constexpr std::size_t DiscoveryReceiveSize = 1024;
+// A network that never falls silent, or answers without end, must not hold discovery for ever.
+constexpr auto LongestDiscovery = std::chrono::seconds(10);
+constexpr std::size_t MostDiscoveryAcks = 1024;
+
+const GvcpCodec Codec;
 
 template <std::size_t N>
 WireRoom RoomOf(std::array<std::uint8_t, N>& buffer) {
@@ -33,6 +38,34 @@ bool CountFits(std::size_t count) {
     return count <= static_cast<std::size_t>(std::numeric_limits<StatusCode>::max());
 }
 
+// The time-out of the port's next receive. Rounded up: 0 would not mean none.
+std::uint32_t SliceMs(Clock::duration left) {
+    return static_cast<std::uint32_t>(std::min(std::chrono::ceil<milliseconds>(left), LongestSlice).count());
+}
+
+WireRequest RequestOf(Gvcp::Command command, std::uint64_t address, WireBytes data, std::size_t count) {
+    return {static_cast<std::uint16_t>(command), address, data, count};
+}
+
+StatusCode StatusOf(const Transaction& transaction) {
+    switch (transaction.Result()) {
+    case Transaction::Outcome::Complete:
+        return Status::Ok;
+    case Transaction::Outcome::Refused:
+        return Status::FromGvcp(transaction.Answer().status);
+    case Transaction::Outcome::Malformed:
+        return Status::Malformed;
+    case Transaction::Outcome::Incomplete:
+        return Status::IncompleteWrite;
+    case Transaction::Outcome::Unsendable:
+        return Status::NotFound;
+    case Transaction::Outcome::Abandoned:
+        return Status::WrongState;
+    default:
+        return Status::TimeOut;
+    }
+}
+
 } // namespace
 
 GevCmdHelper::GevCmdHelper(const NET_PARAM& local, const NET_PARAM& remote, std::uint32_t timeoutMs,
@@ -41,178 +74,176 @@ GevCmdHelper::GevCmdHelper(const NET_PARAM& local, const NET_PARAM& remote, std:
       remote_(remote),
       timeoutMs_(timeoutMs),
       requestCounter_(requestCounter),
-      port_(remote.ip, remotePort, local.ip, 0) {}
+      port_(std::make_unique<SocketPort>(remote.ip, remotePort, local.ip, 0)) {}
+
+GevCmdHelper::GevCmdHelper(std::unique_ptr<ICommPort> port, std::uint32_t timeoutMs,
+                           std::atomic<std::uint16_t>& requestCounter)
+    : local_(), remote_(), timeoutMs_(timeoutMs), requestCounter_(requestCounter), port_(std::move(port)) {}
 
 void GevCmdHelper::AdvanceRequestId(std::atomic<std::uint16_t>& counter) {
     std::uint16_t id = counter.load();
-    std::uint16_t next = 0;
-    do
-        next = id == 0xFFFF ? std::uint16_t{1} : static_cast<std::uint16_t>(id + 1);
-    while (!counter.compare_exchange_weak(id, next));
+    while (!counter.compare_exchange_weak(id, GvcpCodec::SharedRules().NextId(id)))
+        continue;
 }
 
-StatusCode GevCmdHelper::ReceiveData(WireRoom receive, std::uint16_t expectedLength, Gvcp::Ack expectedAck) {
-    const Gvcp::AckExpectation expected{requestCounter_.load(), expectedAck, expectedLength};
-    std::uint64_t timeout = timeoutMs_;
-    Clock::time_point start = Clock::now();
+// Interruption --------------------------------------------------------------------------------------------
+
+void GevCmdHelper::Interrupt() {
+    interruptions_ |= 1U;
+}
+
+void GevCmdHelper::Resume() {
+    Ticket count = interruptions_;
+    while (count % 2 != 0 && !interruptions_.compare_exchange_weak(count, count + 1))
+        continue;
+}
+
+// One transaction -----------------------------------------------------------------------------------------
+
+Transaction::Limits GevCmdHelper::Limits() const {
+    return {milliseconds(timeoutMs_), Transaction::PendingLimit(milliseconds(pendingTimeoutMs_))};
+}
+
+// To the transaction's end, or to an error of the port, which is returned.
+StatusCode GevCmdHelper::Drive(Transaction& transaction, Ticket begun) {
     for (;;) {
-        const std::uint64_t elapsed = MillisecondsSince(start);
-        if (elapsed >= timeout)
-            return Status::TimeOut;
-        const StatusCode received =
-            port_.RecvData(receive.data, receive.size, static_cast<std::uint32_t>(timeout - elapsed));
-        if (Failed(received))
-            return received;
-        const std::size_t size = std::min(static_cast<std::size_t>(received), receive.size);
-        const Gvcp::AckVerdict verdict = Gvcp::JudgeAck({receive.data, size}, expected);
-        switch (verdict.kind) {
-        case Gvcp::AckVerdict::Kind::Ignore:
+        if (Interrupted(begun))
+            transaction.Abandon();
+        StatusCode status = Status::Ok;
+        const Transaction::Time now = Clock::now();
+        switch (transaction.Next(now)) {
+        case Transaction::Step::Send:
+            status = port_->SendData(transaction.Command().data, transaction.Command().size);
+            if (status == Status::TimeOut)
+                transaction.SendFailed();
             break;
-        case Gvcp::AckVerdict::Kind::Extend:
-            start = Clock::now();
-            timeout = verdict.pendingMs;
+        case Transaction::Step::Wait:
+            status = port_->RecvData(transaction.Room().data, transaction.Room().size,
+                                     SliceMs(transaction.Deadline() - now));
+            if (!Failed(status))
+                transaction.Received(static_cast<std::size_t>(status), Clock::now());
             break;
-        case Gvcp::AckVerdict::Kind::ErrorCode:
-            return Status::FromGvcp(verdict.status);
-        case Gvcp::AckVerdict::Kind::BadLength:
-            return Status::Malformed;
-        case Gvcp::AckVerdict::Kind::Complete:
-            AdvanceRequestId(requestCounter_);
-            return static_cast<StatusCode>(size);
+        case Transaction::Step::Finished:
+            return StatusOf(transaction);
         }
+        if (Failed(status) && status != Status::TimeOut)
+            return status;
     }
+}
+
+StatusCode GevCmdHelper::Finish(Transaction& transaction, Ticket begun) {
+    const StatusCode status = Drive(transaction, begun);
+    if (transaction.IdUsed())
+        AdvanceRequestId(requestCounter_);
+    return status;
+}
+
+StatusCode GevCmdHelper::Exchange(const WireRequest& request, Ticket begun, WireBytes& data) {
+    Transaction transaction(Codec, RoomOf(sendBuffer_), RoomOf(receiveBuffer_));
+    transaction.Start(request, requestCounter_, Limits());
+    const StatusCode status = Finish(transaction, begun);
+    data = transaction.Answer().data;
+    return status;
 }
 
 StatusCode GevCmdHelper::TransceiveData(WireBytes command, std::uint16_t expectedLength,
                                         Gvcp::Ack expectedAck, WireRoom receive) {
-    constexpr int attempts = 2;
-    StatusCode result = Status::TimeOut;
-    for (int attempt = 0; attempt < attempts && result == Status::TimeOut; ++attempt) {
-        result = port_.SendData(command.data, command.size);
-        if (!Failed(result))
-            result = ReceiveData(receive, expectedLength, expectedAck);
-    }
-    return result;
+    const GvcpRawCodec codec(command, expectedAck, expectedLength);
+    Transaction transaction(codec, {}, receive);
+    transaction.Start({}, requestCounter_, Limits());
+    const StatusCode status = Finish(transaction, Begin());
+    return Failed(status) ? status : static_cast<StatusCode>(transaction.Packet().size);
 }
 
-StatusCode GevCmdHelper::Exchange(std::size_t size, std::size_t expectedLength, Gvcp::Ack expectedAck,
-                                  WireBytes& payload) {
-    if (size == 0)
-        return Status::NotFound; // the arguments did not make a packet
-    const StatusCode received =
-        TransceiveData({sendBuffer_.data(), size}, static_cast<std::uint16_t>(expectedLength), expectedAck,
-                       RoomOf(receiveBuffer_));
-    if (Failed(received))
-        return received;
-    payload = {receiveBuffer_.data() + Gvcp::HeaderSize,
-               static_cast<std::size_t>(received) - Gvcp::HeaderSize};
-    return received;
+StatusCode GevCmdHelper::ReceiveData(WireRoom receive, std::uint16_t expectedLength, Gvcp::Ack expectedAck) {
+    const GvcpRawCodec codec({}, expectedAck, expectedLength);
+    Transaction transaction(codec, {}, receive);
+    transaction.Await({}, requestCounter_, Limits());
+    const StatusCode status = Finish(transaction, Begin());
+    return Failed(status) ? status : static_cast<StatusCode>(transaction.Packet().size);
 }
+
+// Registers and memory ------------------------------------------------------------------------------------
 
 StatusCode GevCmdHelper::ReadRegister(std::uint64_t address, std::uint32_t& value) {
+    const Ticket begun = Begin();
     MutexLock lock(mutex_);
-    WireBytes payload;
-    const std::size_t size =
-        Gvcp::EncodeReadReg(RoomOf(sendBuffer_), requestCounter_.load(), static_cast<std::uint32_t>(address));
-    const StatusCode result = Exchange(size, 4, Gvcp::Ack::ReadReg, payload);
-    if (Failed(result))
-        return result;
-    return Gvcp::DecodeReadRegAck(payload, value) ? 4 : Status::Malformed;
+    WireBytes data;
+    const StatusCode status =
+        Exchange(RequestOf(Gvcp::Command::ReadReg, address, {}, sizeof(value)), begun, data);
+    if (Failed(status))
+        return status;
+    value = Wire::Load<std::uint32_t>(data.data);
+    return sizeof(value);
 }
 
 StatusCode GevCmdHelper::WriteRegister(std::uint64_t address, std::uint32_t value) {
+    const Ticket begun = Begin();
+    std::array<std::uint8_t, sizeof(value)> bytes{};
+    Wire::Store(bytes.data(), value);
     MutexLock lock(mutex_);
-    WireBytes payload;
-    const std::size_t size = Gvcp::EncodeWriteReg(RoomOf(sendBuffer_), requestCounter_.load(),
-                                                  static_cast<std::uint32_t>(address), value);
-    const StatusCode result = Exchange(size, 4, Gvcp::Ack::WriteReg, payload);
-    if (Failed(result))
-        return result;
-    std::uint32_t index = 0;
-    return Gvcp::DecodeWriteRegAck(payload, index) && index == 1 ? 4 : Status::IncompleteWrite;
+    WireBytes nothing;
+    const StatusCode status = Exchange(
+        RequestOf(Gvcp::Command::WriteReg, address, {bytes.data(), bytes.size()}, 0), begun, nothing);
+    return Failed(status) ? status : static_cast<StatusCode>(sizeof(value));
 }
 
 StatusCode GevCmdHelper::ReadMemory(std::uint64_t address, void* destination, std::size_t count,
                                     bool roundUp) {
-    return ReadChunks(false, address, static_cast<std::uint8_t*>(destination), count, roundUp);
+    return ReadSplit(Gvcp::Command::ReadMem, address, destination, count, roundUp);
 }
 
 StatusCode GevCmdHelper::ReadMemoryEx(std::uint64_t address, void* destination, std::size_t count,
                                       bool roundUp) {
-    return ReadChunks(true, address, static_cast<std::uint8_t*>(destination), count, roundUp);
+    return ReadSplit(Gvcp::Command::ReadMemEx, address, destination, count, roundUp);
 }
 
 StatusCode GevCmdHelper::WriteMemory(std::uint64_t address, const void* source, std::size_t count) {
-    return WriteChunks(false, address, static_cast<const std::uint8_t*>(source), count);
+    return WriteSplit(Gvcp::Command::WriteMem, address, source, count);
 }
 
 StatusCode GevCmdHelper::WriteMemoryEx(std::uint64_t address, const void* source, std::size_t count) {
-    return WriteChunks(true, address, static_cast<const std::uint8_t*>(source), count);
+    return WriteSplit(Gvcp::Command::WriteMemEx, address, source, count);
 }
 
-StatusCode GevCmdHelper::ReadChunks(bool extended, std::uint64_t address, std::uint8_t* destination,
-                                    std::size_t count, bool roundUp) {
-    if (!CountFits(count))
-        return Status::NotFound;
-    for (std::size_t done = 0; done < count;) {
-        const std::size_t chunk = std::min(count - done, Gvcp::MaxChunk);
-        const StatusCode result = ReadChunk(extended, address + done, destination + done, chunk, roundUp);
-        if (Failed(result))
-            return result;
-        done += chunk;
-    }
-    return static_cast<StatusCode>(count);
-}
-
-StatusCode GevCmdHelper::ReadChunk(bool extended, std::uint64_t address, std::uint8_t* destination,
+StatusCode GevCmdHelper::ReadSplit(Gvcp::Command command, std::uint64_t address, void* destination,
                                    std::size_t count, bool roundUp) {
-    const std::uint64_t wireAddress = extended ? address : address & 0xFFFFFFFFU;
-    const std::size_t padded = Gvcp::RoundUp4(count);
-    const auto asked = static_cast<std::uint16_t>(roundUp ? padded : count);
-    MutexLock lock(mutex_);
-    WireBytes payload;
-    const std::size_t size =
-        Gvcp::EncodeReadMem(RoomOf(sendBuffer_), extended, requestCounter_.load(), {wireAddress, asked});
-    const StatusCode result = Exchange(size, padded + (extended ? 8 : 4),
-                                       extended ? Gvcp::Ack::ReadMemEx : Gvcp::Ack::ReadMem, payload);
-    if (Failed(result))
-        return result;
-    Gvcp::MemoryData read;
-    if (!Gvcp::DecodeReadMemAck(payload, extended, read) || read.address != wireAddress ||
-        read.data.size < count)
-        return Status::Malformed;
-    std::memcpy(destination, read.data.data, count);
-    return result;
-}
-
-StatusCode GevCmdHelper::WriteChunks(bool extended, std::uint64_t address, const std::uint8_t* source,
-                                     std::size_t count) {
     if (!CountFits(count))
         return Status::NotFound;
-    for (std::size_t done = 0; done < count;) {
-        const std::size_t chunk = std::min(count - done, Gvcp::MaxChunk);
-        const StatusCode result = WriteChunk(extended, address + done, source + done, chunk);
-        if (Failed(result))
-            return result;
-        done += chunk;
+    const Ticket begun = Begin();
+    RequestSplit split(RequestOf(command, address, {}, count), Codec.Rules());
+    for (WireRequest piece; split.Next(piece);) {
+        const std::size_t wanted = piece.count;
+        if (roundUp)
+            piece.count = Gvcp::RoundUp4(wanted);
+        MutexLock lock(mutex_);
+        WireBytes data;
+        const StatusCode status = Exchange(piece, begun, data);
+        if (Failed(status))
+            return status;
+        std::memcpy(static_cast<std::uint8_t*>(destination) + split.Offset(), data.data, wanted);
     }
     return static_cast<StatusCode>(count);
 }
 
-StatusCode GevCmdHelper::WriteChunk(bool extended, std::uint64_t address, const std::uint8_t* source,
+StatusCode GevCmdHelper::WriteSplit(Gvcp::Command command, std::uint64_t address, const void* source,
                                     std::size_t count) {
-    MutexLock lock(mutex_);
-    WireBytes payload;
-    const std::size_t size = Gvcp::EncodeWriteMem(RoomOf(sendBuffer_), extended, requestCounter_.load(),
-                                                  {address, {source, count}});
-    const StatusCode result =
-        Exchange(size, 4, extended ? Gvcp::Ack::WriteMemEx : Gvcp::Ack::WriteMem, payload);
-    if (Failed(result))
-        return result;
-    std::uint16_t written = 0;
-    const bool complete = Gvcp::DecodeWriteMemAck(payload, written) && written == Gvcp::RoundUp4(count);
-    return complete ? result : Status::IncompleteWrite;
+    if (!CountFits(count))
+        return Status::NotFound;
+    const Ticket begun = Begin();
+    const WireBytes data{static_cast<const std::uint8_t*>(source), count};
+    RequestSplit split(RequestOf(command, address, data, 0), Codec.Rules());
+    for (WireRequest piece; split.Next(piece);) {
+        MutexLock lock(mutex_);
+        WireBytes nothing;
+        const StatusCode status = Exchange(piece, begun, nothing);
+        if (Failed(status))
+            return status;
+    }
+    return static_cast<StatusCode>(count);
 }
+
+// Commands that are no transactions -----------------------------------------------------------------------
 
 StatusCode GevCmdHelper::ResendPacket(bool extended, std::uint64_t blockId, std::uint32_t firstPacket,
                                       std::uint32_t lastPacket, std::uint32_t channel) {
@@ -220,18 +251,32 @@ StatusCode GevCmdHelper::ResendPacket(bool extended, std::uint64_t blockId, std:
                                       static_cast<std::uint16_t>(channel)};
     MutexLock lock(mutex_);
     const std::size_t size = Gvcp::EncodePacketResend(RoomOf(resendBuffer_), requestCounter_.load(), request);
-    return port_.SendData(resendBuffer_.data(), size);
+    return port_->SendData(resendBuffer_.data(), size);
+}
+
+// The next datagram, whoever sends it.
+StatusCode GevCmdHelper::ReceiveAny(WireRoom room, Ticket begun) {
+    const Transaction::Time deadline = Clock::now() + DiscoverySilence;
+    for (auto now = Clock::now(); now < deadline; now = Clock::now()) {
+        if (Interrupted(begun))
+            return Status::WrongState;
+        const StatusCode received = port_->RecvData(room.data, room.size, SliceMs(deadline - now));
+        if (received != Status::TimeOut)
+            return received;
+    }
+    return Status::TimeOut;
 }
 
 std::vector<GVCP_DISCOVERY_ACK> GevCmdHelper::Discovery() {
+    const Ticket begun = Begin();
     std::vector<GVCP_DISCOVERY_ACK> acks;
     std::array<std::uint8_t, Gvcp::HeaderSize> command{};
-    if (Failed(port_.SendData(command.data(), Gvcp::EncodeDiscovery(RoomOf(command)))))
+    if (Failed(port_->SendData(command.data(), Gvcp::EncodeDiscovery(RoomOf(command)))))
         return acks;
     const Clock::time_point start = Clock::now();
-    std::array<std::uint8_t, discoveryReceiveSize> buffer{};
-    while (acks.size() < mostDiscoveryAcks && Clock::now() - start < longestDiscovery) {
-        const StatusCode received = port_.RecvData(buffer.data(), buffer.size(), discoveryTimeoutMs);
+    std::array<std::uint8_t, DiscoveryReceiveSize> buffer{};
+    while (acks.size() < MostDiscoveryAcks && Clock::now() - start < LongestDiscovery) {
+        const StatusCode received = ReceiveAny(RoomOf(buffer), begun);
         if (Failed(received))
             break;
         if (static_cast<std::size_t>(received) != Gvcp::DiscoveryAckSize)
@@ -243,15 +288,16 @@ std::vector<GVCP_DISCOVERY_ACK> GevCmdHelper::Discovery() {
 
 StatusCode GevCmdHelper::ForceIp(std::uint32_t ip, std::uint32_t mask, std::uint32_t gateway,
                                  std::uint32_t macLow, std::uint32_t macHigh) {
+    const Ticket begun = Begin();
     const Gvcp::ForceIpRequest request{ntohl(macHigh), ntohl(macLow), ntohl(ip), ntohl(mask), ntohl(gateway)};
     std::array<std::uint8_t, Gvcp::ForceIpSize> command{};
-    const StatusCode sent = port_.SendData(command.data(), Gvcp::EncodeForceIp(RoomOf(command), request));
+    const StatusCode sent = port_->SendData(command.data(), Gvcp::EncodeForceIp(RoomOf(command), request));
     if (Failed(sent))
         return sent;
     const Clock::time_point start = Clock::now();
-    std::array<std::uint8_t, discoveryReceiveSize> buffer{};
-    while (Clock::now() - start < longestDiscovery) {
-        const StatusCode received = port_.RecvData(buffer.data(), buffer.size(), discoveryTimeoutMs);
+    std::array<std::uint8_t, DiscoveryReceiveSize> buffer{};
+    while (Clock::now() - start < LongestDiscovery) {
+        const StatusCode received = ReceiveAny(RoomOf(buffer), begun);
         if (Failed(received))
             return received;
         if (static_cast<std::size_t>(received) == Gvcp::HeaderSize)

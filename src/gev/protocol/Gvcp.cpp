@@ -250,28 +250,5 @@ bool DecodePendingAck(WireBytes payload, std::uint16_t& timeToCompletionMs) {
     return DecodeWriteMemAck(payload, timeToCompletionMs); // the same place
 }
 
-AckVerdict JudgeAck(WireBytes datagram, const AckExpectation& expected) {
-    AckVerdict verdict;
-    AckPacket packet;
-    if (!DecodeAck(datagram, packet))
-        return verdict;
-    if (packet.header.code == Ack::Pending) {
-        if (DecodePendingAck(packet.payload, verdict.pendingMs))
-            verdict.kind = AckVerdict::Kind::Extend;
-        return verdict;
-    }
-    if (packet.header.ackId != expected.reqId || packet.header.code != expected.code)
-        return verdict;
-    if (packet.header.status != AckStatus::Success) {
-        verdict.kind = AckVerdict::Kind::ErrorCode;
-        verdict.status = packet.header.status;
-        return verdict;
-    }
-    // A datagram cut short of its own length field is as wrong as a wrong length field.
-    const bool right = packet.header.length == expected.length && packet.payload.size >= expected.length;
-    verdict.kind = right ? AckVerdict::Kind::Complete : AckVerdict::Kind::BadLength;
-    return verdict;
-}
-
 } // namespace Gvcp
 } // namespace VX3

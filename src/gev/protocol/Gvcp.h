@@ -70,9 +70,10 @@ constexpr std::uint16_t BadAlignment = 0x8005;
 constexpr std::uint16_t AccessDenied = 0x8006;
 constexpr std::uint16_t Busy = 0x8007;
 constexpr std::uint16_t PacketUnavailable = 0x800C;
-constexpr std::uint16_t PacketTemporarilyUnavailable = 0x8010;
+constexpr std::uint16_t PacketNotYetAvailable = 0x8010; // may be asked for again
 constexpr std::uint16_t PacketAndPreviousRemovedFromMemory = 0x8011;
 constexpr std::uint16_t PacketRemovedFromMemory = 0x8012;
+constexpr std::uint16_t PacketTemporarilyUnavailable = 0x8014; // likewise
 constexpr std::uint16_t Error = 0x8FFF;
 } // namespace AckStatus
 
@@ -172,29 +173,6 @@ constexpr std::size_t RoundUp4(std::size_t n) {
 [[nodiscard]] bool DecodeReadMemAck(WireBytes payload, bool extended, MemoryData& read);
 [[nodiscard]] bool DecodeWriteMemAck(WireBytes payload, std::uint16_t& index);
 [[nodiscard]] bool DecodePendingAck(WireBytes payload, std::uint16_t& timeToCompletionMs);
-
-// What a client does with one received datagram while it waits for an acknowledgement.
-struct AckVerdict {
-    enum class Kind {
-        Ignore,    // not an acknowledgement of this request: keep waiting
-        Extend,    // the device asks for `pendingMs` from now on
-        Complete,  // the acknowledgement waited for, as long as the request allows
-        ErrorCode, // it reports `status`
-        BadLength, // it is the right one but of another length
-    };
-    Kind kind = Kind::Ignore;
-    std::uint16_t status = 0;
-    std::uint16_t pendingMs = 0;
-};
-
-struct AckExpectation {
-    std::uint16_t reqId = 0;
-    Ack code = Ack::ReadReg;
-    std::uint16_t length = 0;
-};
-
-// Pure: judges any bytes. A Complete verdict says that the datagram holds all `length` payload bytes.
-[[nodiscard]] AckVerdict JudgeAck(WireBytes datagram, const AckExpectation& expected);
 
 } // namespace Gvcp
 } // namespace VX3
