@@ -10,15 +10,14 @@
 namespace VX3 {
 
 namespace {
-constexpr unsigned int kMostBins = 65536;
-constexpr unsigned int kBufferBytes = kMostBins * sizeof(std::uint32_t);
+constexpr unsigned int MostBins = 65536;
+constexpr unsigned int BufferBytes = MostBins * sizeof(std::uint32_t);
 } // namespace
 
-HistogramData::HistogramData(unsigned int bins) : bins_(std::min(bins, kMostBins)) {
-    if (bins_ == 0) {
+HistogramData::HistogramData(unsigned int bins) : bins_(std::min(bins, MostBins)) {
+    if (bins_ == 0)
         return;
-    }
-    buffer_ = BufferCreator::Create(kBufferBytes, HistogramBufferPool());
+    buffer_ = BufferCreator::Create(BufferBytes, HistogramBufferPool());
     std::memset(buffer_->Pointer(), 0, bins_ * sizeof(std::uint32_t));
 }
 
@@ -32,9 +31,8 @@ std::uint32_t* HistogramData::Data() {
 
 StatisticsInfo HistogramData::CreateStatistics(unsigned int from, unsigned int to) const {
     StatisticsInfo result;
-    if (!IsValid()) {
+    if (!IsValid())
         return result;
-    }
     unsigned int low = std::min(from, to);
     low = low >= bins_ ? 0 : low;
     const unsigned int high = std::min(std::max(from, to), bins_);
@@ -43,9 +41,8 @@ StatisticsInfo HistogramData::CreateStatistics(unsigned int from, unsigned int t
     std::uint64_t sum = 0;
     std::uint64_t squares = 0;
     for (std::uint64_t i = low; i < high; ++i) {
-        if (counts[i] == 0) {
+        if (counts[i] == 0)
             continue;
-        }
         result.min = count == 0 ? static_cast<std::uint32_t>(i) : result.min;
         result.max = static_cast<std::uint32_t>(i);
         count += counts[i];

@@ -1,5 +1,6 @@
 #include "processing/ImageHistogram.h"
 
+#include "processing/ImageLines.h"
 #include "processing/kernels/Histogram.h"
 
 #include <algorithm>
@@ -19,31 +20,29 @@ using Kernels::Counters;
 class CountArrays {
 public:
     CountArrays(unsigned int channels, std::uint32_t bins, std::size_t samples) {
-        constexpr std::uint32_t kApart = 48; // counts
-        constexpr unsigned int kTemporary = Counters::kWays - 1;
+        constexpr std::uint32_t Apart = 48; // counts
+        constexpr unsigned int Temporary = Counters::Ways - 1;
         counters_.bins = bins;
-        single_ = samples < std::size_t{Counters::kWays} * bins;
-        const bool share = kTemporary * (bins + kApart) <= kMostBins;
+        single_ = samples < std::size_t{Counters::Ways} * bins;
+        const bool share = Temporary * (bins + Apart) <= MostBins;
         for (unsigned int channel = 0; channel < channels; ++channel) {
-            std::uint32_t** counts = counters_.counts + std::size_t{channel} * Counters::kWays;
+            std::uint32_t** counts = counters_.counts + std::size_t{channel} * Counters::Ways;
             counts[0] = results_[channel].emplace(bins).Data();
             if (single_) {
-                std::fill(counts + 1, counts + Counters::kWays, counts[0]);
+                std::fill(counts + 1, counts + Counters::Ways, counts[0]);
                 continue;
             }
-            for (unsigned int i = 0; i < kTemporary; ++i) {
+            for (unsigned int i = 0; i < Temporary; ++i) {
                 auto& buffer = temporary_[channel][share ? 0 : i];
-                if (!buffer) {
-                    buffer.emplace(share ? kTemporary * (bins + kApart) : bins);
-                }
-                counts[1 + i] = buffer->Data() + (share ? i * (bins + kApart) + kApart : 0);
+                if (!buffer)
+                    buffer.emplace(share ? Temporary * (bins + Apart) : bins);
+                counts[1 + i] = buffer->Data() + (share ? i * (bins + Apart) + Apart : 0);
             }
         }
     }
     void Sum(unsigned int channels) const {
-        if (!single_) {
+        if (!single_)
             Kernels::SumCounters(channels, counters_);
-        }
     }
     const Counters& All() const { return counters_; }
     const HistogramData& Result(unsigned int channel) const { return *results_[channel]; }
@@ -52,29 +51,28 @@ public:
     Counters Two(unsigned int first, unsigned int second) const {
         Counters two{};
         two.bins = counters_.bins;
-        for (unsigned int way = 0; way < Counters::kWays; ++way) {
-            two.counts[way] = counters_.counts[first * Counters::kWays + way];
-            two.counts[Counters::kWays + way] = counters_.counts[second * Counters::kWays + way];
+        for (unsigned int way = 0; way < Counters::Ways; ++way) {
+            two.counts[way] = counters_.counts[first * Counters::Ways + way];
+            two.counts[Counters::Ways + way] = counters_.counts[second * Counters::Ways + way];
         }
         return two;
     }
 
 private:
-    static constexpr std::uint32_t kMostBins = 65536; // of a histogram's buffer
+    static constexpr std::uint32_t MostBins = 65536; // of a histogram's buffer
 
-    std::optional<HistogramData> results_[Counters::kMaxChannels];
-    std::optional<HistogramData> temporary_[Counters::kMaxChannels][Counters::kWays - 1];
+    std::optional<HistogramData> results_[Counters::MaxChannels];
+    std::optional<HistogramData> temporary_[Counters::MaxChannels][Counters::Ways - 1];
     Counters counters_{};
     bool single_ = false;
 };
 
 void CountLine(const SampleLayout& layout, const std::uint8_t* line, std::size_t pixels,
                unsigned int channels, const Counters& counters) {
-    if (layout.sampleBytes == 1) {
+    if (layout.sampleBytes == 1)
         Kernels::CountLine8(line, pixels, channels, counters);
-    } else {
+    else
         Kernels::CountLine16(line, pixels, channels, counters);
-    }
 }
 
 void CountPlain(const SampleLayout& layout, const SourceLines& source, const ROIRect& region, bool inOnePass,
@@ -84,9 +82,8 @@ void CountPlain(const SampleLayout& layout, const SourceLines& source, const ROI
         CountLine(layout, source.data, std::size_t{region.width} * region.height, layout.channels, counters);
         return;
     }
-    for (std::size_t y = 0; y < region.height; ++y) {
+    for (std::size_t y = 0; y < region.height; ++y)
         CountLine(layout, source.Line(region.y + y) + skip, region.width, layout.channels, counters);
-    }
 }
 
 void CountBayer(const SampleLayout& layout, const SourceLines& source, const ROIRect& region,
@@ -102,9 +99,8 @@ void CountBayer(const SampleLayout& layout, const SourceLines& source, const ROI
 } // namespace
 
 Histograms CountImage(const IImage* image, const SampleLayout& layout, const ROIRect* roi) {
-    if (!layout.Fits(image)) {
+    if (!layout.Fits(image))
         return {};
-    }
     const ImageInfo& info = *image->GetImageInfo();
     const PixelFormat format(info.pixelFormat);
     const SourceLines source = LinesOf(*image);
@@ -121,9 +117,8 @@ Histograms CountImage(const IImage* image, const SampleLayout& layout, const ROI
     arrays.Sum(channels);
     Histograms histograms;
     histograms.reserve(channels);
-    for (unsigned int i = 0; i < channels; ++i) {
+    for (unsigned int i = 0; i < channels; ++i)
         histograms.emplace_back(format.ChannelID(i), arrays.Result(i));
-    }
     return histograms;
 }
 

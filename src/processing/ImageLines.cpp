@@ -15,9 +15,8 @@ TargetLines LinesOf(IImage& image) {
 }
 
 bool IsReadableAs(const IImage* image, PixelFormat format) {
-    if (image == nullptr || image->GetImageInfo() == nullptr || image->GetImageBuff() == nullptr) {
+    if (image == nullptr || image->GetImageInfo() == nullptr || image->GetImageBuff() == nullptr)
         return false;
-    }
     const ImageInfo& info = *image->GetImageInfo();
     return info.pixelFormat == format.GetFormat() && info.SizesFit();
 }
@@ -29,15 +28,13 @@ std::unique_ptr<IImage> NewResult(const IImage& source, PixelFormat format, cons
     info.width = geometry.width;
     info.height = geometry.height;
     info.paddingX = geometry.paddingX;
-    if (!info.SizesFit()) {
+    if (!info.SizesFit())
         return nullptr;
-    }
     std::unique_ptr<IImage> result = ImageCreator::Create(&info, std::move(pool), nullptr);
     // Pools are foreign code: what is written is what was asked for, or nothing.
     if (!IsReadableAs(result.get(), format) || result->GetImageInfo()->Stride() != info.Stride() ||
-        result->GetImageInfo()->height != info.height) {
+        result->GetImageInfo()->height != info.height)
         return nullptr;
-    }
     return result;
 }
 
@@ -48,22 +45,20 @@ std::unique_ptr<IImage> NewResult(const IImage& source, PixelFormat format,
 }
 
 Kernels::Stores StoresFor(const IImage& result) {
-    constexpr unsigned int kStaysCached =
+    constexpr unsigned int StaysCached =
         24U << 20; // bytes; larger results are not read again before they fall out
-    return result.GetImageInfo()->ImageDataSize() > kStaysCached ? Kernels::Stores::Streaming
-                                                                 : Kernels::Stores::Cached;
+    return result.GetImageInfo()->ImageDataSize() > StaysCached ? Kernels::Stores::Streaming
+                                                                : Kernels::Stores::Cached;
 }
 
 void FinishStores(Kernels::Stores stores) {
-    if (stores == Kernels::Stores::Streaming) {
+    if (stores == Kernels::Stores::Streaming)
         std::atomic_thread_fence(std::memory_order_seq_cst);
-    }
 }
 
 ROIRect ClippedRegion(const ROIRect* region, const ImageInfo& info) {
-    if (region == nullptr || region->x >= info.width || region->y >= info.height) {
+    if (region == nullptr || region->x >= info.width || region->y >= info.height)
         return {0, 0, info.width, info.height};
-    }
     return {region->x, region->y, std::min(region->width, info.width - region->x),
             std::min(region->height, info.height - region->y)};
 }

@@ -1,5 +1,6 @@
 #include "processing/ImageProfile.h"
 
+#include "processing/ImageLines.h"
 #include "processing/WorkerPool.h"
 #include "processing/kernels/Profile.h"
 
@@ -12,9 +13,8 @@ namespace {
 ProfileList NewProfiles(const PixelFormat& format, unsigned int channels, unsigned int size, bool isFloat) {
     ProfileList profiles;
     profiles.reserve(channels);
-    for (unsigned int i = 0; i < channels; ++i) {
+    for (unsigned int i = 0; i < channels; ++i)
         profiles.emplace_back(format.ChannelID(i), ProfileData(size, isFloat, isFloat));
-    }
     return profiles;
 }
 
@@ -22,9 +22,8 @@ ProfileList NewProfiles(const PixelFormat& format, unsigned int channels, unsign
 struct Entries {
     double* of[4] = {};
     explicit Entries(ProfileList& profiles) {
-        for (std::size_t i = 0; i < profiles.size(); ++i) {
+        for (std::size_t i = 0; i < profiles.size(); ++i)
             of[i] = profiles[i].second.FloatData();
-        }
     }
 };
 
@@ -34,9 +33,8 @@ void MeanOfLines(const SampleLayout& layout, const SourceLines& source, const Im
         for (std::size_t y = first; y < last; ++y) {
             std::uint64_t sums[4] = {};
             Kernels::SumLine(source.Line(y), info.width, layout.channels, layout.sampleBytes, sums);
-            for (unsigned int i = 0; i < layout.channels; ++i) {
+            for (unsigned int i = 0; i < layout.channels; ++i)
                 entries.of[i][y] = static_cast<double>(sums[i]) / info.width;
-            }
         }
     });
 }
@@ -44,19 +42,18 @@ void MeanOfLines(const SampleLayout& layout, const SourceLines& source, const Im
 // Columns are taken a block at a time, so that their sums need no memory of their own.
 void MeanOfColumns(const SampleLayout& layout, const SourceLines& source, const ImageInfo& info,
                    const Entries& entries) {
-    constexpr std::size_t kBlock = 512; // pixels
-    const std::size_t blocks = (info.width + kBlock - 1) / kBlock;
+    constexpr std::size_t Block = 512; // pixels
+    const std::size_t blocks = (info.width + Block - 1) / Block;
     ForLines(blocks, std::size_t{info.width} * info.height, [&](std::size_t first, std::size_t last) {
         for (std::size_t block = first; block < last; ++block) {
-            const std::size_t x = block * kBlock;
-            const std::size_t pixels = std::min<std::size_t>(kBlock, info.width - x);
-            std::uint64_t sums[4 * kBlock] = {};
+            const std::size_t x = block * Block;
+            const std::size_t pixels = std::min<std::size_t>(Block, info.width - x);
+            std::uint64_t sums[4 * Block] = {};
             Kernels::SumColumns(source.data + x * layout.PixelBytes(), source.stride, info.height,
                                 pixels * layout.channels, layout.sampleBytes, sums);
-            for (std::size_t i = 0; i < pixels * layout.channels; ++i) {
+            for (std::size_t i = 0; i < pixels * layout.channels; ++i)
                 entries.of[i % layout.channels][x + i / layout.channels] =
                     static_cast<double>(sums[i]) / info.height;
-            }
         }
     });
 }
@@ -64,17 +61,15 @@ void MeanOfColumns(const SampleLayout& layout, const SourceLines& source, const 
 } // namespace
 
 ProfileList ProfileOf(const IImage* image, const SampleLayout& layout, ProfileType type, unsigned int index) {
-    if (!layout.Fits(image)) {
+    if (layout.bayer || !layout.Fits(image))
         return {};
-    }
     const ImageInfo& info = *image->GetImageInfo();
     const bool horizontal = type == ProfileType::Horizontal;
     const bool inside = index < (horizontal ? info.height : info.width);
     const unsigned int size = inside ? (horizontal ? info.width : info.height) : 0;
     ProfileList profiles = NewProfiles(PixelFormat(info.pixelFormat), layout.channels, size, false);
-    if (profiles.front().second.Size() != size || size == 0) {
+    if (profiles.front().second.Size() != size || size == 0)
         return profiles;
-    }
     const SourceLines source = LinesOf(*image);
     const std::uint8_t* start =
         horizontal ? source.Line(index) : source.data + std::size_t{index} * layout.PixelBytes();
@@ -87,21 +82,18 @@ ProfileList ProfileOf(const IImage* image, const SampleLayout& layout, ProfileTy
 }
 
 ProfileList MeanProfileOf(const IImage* image, const SampleLayout& layout, ProfileType type) {
-    if (!layout.Fits(image)) {
+    if (layout.bayer || !layout.Fits(image))
         return {};
-    }
     const ImageInfo& info = *image->GetImageInfo();
     const bool horizontal = type == ProfileType::Horizontal;
     const unsigned int size = horizontal ? info.width : info.height;
     ProfileList profiles = NewProfiles(PixelFormat(info.pixelFormat), layout.channels, size, true);
-    if (profiles.front().second.Size() != size || info.width == 0 || info.height == 0) {
+    if (profiles.front().second.Size() != size || info.width == 0 || info.height == 0)
         return profiles; // zeroed: there is nothing to divide
-    }
-    if (horizontal) {
+    if (horizontal)
         MeanOfColumns(layout, LinesOf(*image), info, Entries(profiles));
-    } else {
+    else
         MeanOfLines(layout, LinesOf(*image), info, Entries(profiles));
-    }
     return profiles;
 }
 

@@ -11,18 +11,17 @@ namespace VX3 {
 
 namespace {
 
-constexpr unsigned int kEntryBytes = 8;
+constexpr unsigned int EntryBytes = 8;
 // What a buffer pool can serve; longer profiles are invalid.
-constexpr unsigned int kMostEntries = 0x80000000U / kEntryBytes;
+constexpr unsigned int MostEntries = 0x80000000U / EntryBytes;
 
 template <class Value>
 StatisticsInfo StatisticsOf(const Value* first, const Value* last) {
     StatisticsInfo result;
     const auto count = static_cast<double>(last - first);
     double sum = 0;
-    for (const Value* value = first; value != last; ++value) {
+    for (const Value* value = first; value != last; ++value)
         sum += static_cast<double>(*value);
-    }
     result.mean = sum / count;
     double squares = 0;
     for (const Value* value = first; value != last; ++value) {
@@ -40,14 +39,12 @@ StatisticsInfo StatisticsOf(const Value* first, const Value* last) {
 } // namespace
 
 ProfileData::ProfileData(unsigned int size, bool isFloat, bool zero)
-    : size_(size <= kMostEntries ? size : 0), isFloat_(isFloat) {
-    if (size_ == 0) {
+    : size_(size <= MostEntries ? size : 0), isFloat_(isFloat) {
+    if (size_ == 0)
         return;
-    }
-    buffer_ = BufferCreator::Create(size_ * kEntryBytes, ProfileBufferPool());
-    if (zero) {
-        std::memset(buffer_->Pointer(), 0, std::size_t{size_} * kEntryBytes);
-    }
+    buffer_ = BufferCreator::Create(size_ * EntryBytes, ProfileBufferPool());
+    if (zero)
+        std::memset(buffer_->Pointer(), 0, std::size_t{size_} * EntryBytes);
 }
 
 const std::uint32_t* ProfileData::Data() const {
@@ -68,9 +65,8 @@ double* ProfileData::FloatData() {
 
 StatisticsInfo ProfileData::CreateStatistics(unsigned int from, unsigned int to) const {
     StatisticsInfo result;
-    if (!IsVaid()) {
+    if (!IsVaid())
         return result;
-    }
     unsigned int low = std::min(from, to);
     low = low >= size_ ? 0 : low;
     const unsigned int high = std::min(std::max(from, to), size_);
@@ -78,9 +74,8 @@ StatisticsInfo ProfileData::CreateStatistics(unsigned int from, unsigned int to)
         result.min = 0;
         return result;
     }
-    if (isFloat_) {
+    if (isFloat_)
         return StatisticsOf(FloatData() + low, FloatData() + high);
-    }
     return StatisticsOf(Data() + low, Data() + high);
 }
 

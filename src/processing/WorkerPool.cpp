@@ -8,9 +8,9 @@
 namespace VX3 {
 
 namespace {
-constexpr unsigned int kMostByDefault = 4;
-constexpr unsigned int kMost = 64;
-constexpr std::chrono::milliseconds kLong{3600000};
+constexpr unsigned int MostByDefault = 4;
+constexpr unsigned int Most = 64;
+constexpr std::chrono::milliseconds Long{3600000};
 } // namespace
 
 WorkerPool& WorkerPool::Shared() {
@@ -24,23 +24,21 @@ WorkerPool::~WorkerPool() {
 }
 
 unsigned int WorkerPool::DefaultThreads() {
-    return std::clamp(std::thread::hardware_concurrency(), 1U, kMostByDefault);
+    return std::clamp(std::thread::hardware_concurrency(), 1U, MostByDefault);
 }
 
 void WorkerPool::SetThreads(unsigned int threads) {
     const MutexLock job(jobMutex_);
-    threads_ = threads == 0 ? DefaultThreads() : std::min(threads, kMost);
-    if (workers_.size() + 1 > threads_) {
+    threads_ = threads == 0 ? DefaultThreads() : std::min(threads, Most);
+    if (workers_.size() + 1 > threads_)
         StopThreads(); // the next large image starts as many as it needs
-    }
 }
 
 void WorkerPool::StartThreads() {
     try {
-        workers_.reserve(kMost);
-        while (workers_.size() + 1 < threads_) {
+        workers_.reserve(Most);
+        while (workers_.size() + 1 < threads_)
             workers_.emplace_back([this] { Work(); });
-        }
     } catch (const std::system_error&) {
         // The machine gives no more threads: those that run, and the caller, do the work.
     }
@@ -52,9 +50,8 @@ void WorkerPool::StopThreads() {
         stop_ = true;
         wake_.NotifyAll();
     }
-    for (std::thread& worker : workers_) {
+    for (std::thread& worker : workers_)
         worker.join();
-    }
     workers_.clear();
     const MutexLock lock(mutex_);
     stop_ = false;
@@ -62,9 +59,8 @@ void WorkerPool::StopThreads() {
 
 void WorkerPool::Run(std::size_t parts, Part part, const void* context) {
     if (!jobMutex_.try_lock()) {
-        for (std::size_t i = 0; i < parts; ++i) {
+        for (std::size_t i = 0; i < parts; ++i)
             part(context, i);
-        }
         return;
     }
     StartThreads();
@@ -77,9 +73,8 @@ void WorkerPool::Run(std::size_t parts, Part part, const void* context) {
         unfinished_ = parts;
         wake_.NotifyAll();
         TakeParts();
-        while (unfinished_ != 0) {
-            done_.WaitFor(mutex_, kLong);
-        }
+        while (unfinished_ != 0)
+            done_.WaitFor(mutex_, Long);
         parts_ = 0;
     }
     jobMutex_.unlock();
@@ -89,9 +84,8 @@ void WorkerPool::Work() {
     const MutexLock lock(mutex_);
     while (!stop_) {
         TakeParts();
-        if (!stop_) {
-            wake_.WaitFor(mutex_, kLong);
-        }
+        if (!stop_)
+            wake_.WaitFor(mutex_, Long);
     }
 }
 
@@ -104,9 +98,8 @@ void WorkerPool::TakeParts() {
         mutex_.unlock();
         part(context, index);
         mutex_.lock();
-        if (--unfinished_ == 0) {
+        if (--unfinished_ == 0)
             done_.NotifyAll();
-        }
     }
 }
 

@@ -53,10 +53,10 @@ private:
 // threads for those above one megapixel. `work` must not throw.
 template <class Work>
 void ForLines(std::size_t lines, std::size_t pixels, const Work& work) {
-    constexpr std::size_t kPaysAbove = 1000000;
+    constexpr std::size_t PaysAbove = 1000000;
     WorkerPool& pool = WorkerPool::Shared();
     const std::size_t parts = std::size_t{2} * pool.Threads();
-    if (pixels <= kPaysAbove || parts <= 2 || lines < parts) {
+    if (pixels <= PaysAbove || parts <= 2 || lines < parts) {
         work(std::size_t{0}, lines);
         return;
     }

@@ -27,9 +27,8 @@ TEST(ColorMaps, AgreeWithTheGoldenSamples) {
     std::string line;
     int samples = 0;
     while (std::getline(file, line)) {
-        if (line.empty() || line[0] == '#') {
+        if (line.empty() || line[0] == '#')
             continue;
-        }
         std::istringstream words(line);
         std::string name;
         unsigned int bits = 0;
@@ -38,9 +37,8 @@ TEST(ColorMaps, AgreeWithTheGoldenSamples) {
         words >> name >> bits >> index >> expected[0] >> expected[1] >> expected[2];
         ASSERT_TRUE(words && numbers.count(name) == 1 && bits >= 8 && bits <= 14) << line;
         const auto entry = Entry(numbers.at(name), bits, index);
-        for (std::size_t c = 0; c < 3; ++c) {
+        for (std::size_t c = 0; c < 3; ++c)
             ASSERT_LE(std::abs(entry[c] - expected[c]), 1) << line;
-        }
         ASSERT_EQ(entry[3], 255) << line;
         ++samples;
     }

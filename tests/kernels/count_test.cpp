@@ -20,14 +20,14 @@ namespace {
 struct CounterLab {
     CounterLab(unsigned int channels, std::uint32_t bins) {
         counters.bins = bins;
-        for (unsigned int i = 0; i < channels * Counters::kWays; ++i) {
+        for (unsigned int i = 0; i < channels * Counters::Ways; ++i) {
             buffers.push_back(
                 std::make_unique<VX3::Testing::GuardedBuffer>(4 * bins, VX3::Testing::Guard::Behind));
             counters.counts[i] = reinterpret_cast<std::uint32_t*>(buffers.back()->Data());
         }
     }
     std::vector<std::uint32_t> Of(unsigned int channel) const {
-        const std::uint32_t* counts = counters.counts[Counters::kWays * channel];
+        const std::uint32_t* counts = counters.counts[Counters::Ways * channel];
         return {counts, counts + counters.bins};
     }
     std::vector<std::unique_ptr<VX3::Testing::GuardedBuffer>> buffers;
@@ -50,23 +50,20 @@ void ExpectSameCounts(unsigned int channels, std::uint32_t bins, std::size_t wid
     count(source.Data(), width, channels, lab.counters);
     SumCounters(channels, lab.counters);
     reference(source.Data(), width, channels, expected.counters);
-    for (unsigned int channel = 0; channel < channels; ++channel) {
+    for (unsigned int channel = 0; channel < channels; ++channel)
         ASSERT_EQ(lab.Of(channel), expected.Of(channel)) << channels << " channels, width " << width;
-    }
 }
 
 TEST(Histogram, EveryTargetAgreesWithTheReference) {
     ForEachTarget([] {
         for (unsigned int channels = 1; channels <= 4; ++channels) {
-            for (const std::size_t width : AwkwardWidths()) {
+            for (const std::size_t width : AwkwardWidths())
                 ExpectSameCounts(channels, 256, width, 1, true, CountLine8, Kernels::Reference::CountLine8);
-            }
             // Samples above the nominal range are not counted, wherever in a block they stand.
             for (const std::size_t width : {1U, 63U, 64U, 65U, 192U, 200U, 1000U}) {
-                for (const bool outside : {false, true}) {
+                for (const bool outside : {false, true})
                     ExpectSameCounts(channels, 1024, width, 2, outside, CountLine16,
                                      Kernels::Reference::CountLine16);
-                }
                 ExpectSameCounts(channels, 65536, width, 2, true, CountLine16,
                                  Kernels::Reference::CountLine16);
             }
@@ -83,9 +80,8 @@ TEST(Profile, SumsAgreeWithTheReferenceAndDoNotOverflow) {
                 const auto fill = [&](std::uint8_t* source) {
                     std::memset(source, 0xFF, width * bytes * lines / 2);
                 };
-                if (width % 7 != 3 && width > 20) {
+                if (width % 7 != 3 && width > 20)
                     continue; // every seventh width is enough for what is slow here
-                }
                 ExpectLikeReference(
                     {width * bytes * lines, 8 * width, 1, fill},
                     [&](auto* source, auto* targets) {

@@ -9,8 +9,8 @@ using namespace VX3::Kernels;
 
 namespace {
 
-constexpr std::array kPackings = {Packing::Mono10p, Packing::Mono12p, Packing::Mono10Packed,
-                                  Packing::Mono12Packed};
+constexpr std::array Packings = {Packing::Mono10p, Packing::Mono12p, Packing::Mono10Packed,
+                                 Packing::Mono12Packed};
 
 std::vector<std::uint16_t> Unpacked(Packing packing, const std::vector<std::uint8_t>& bytes,
                                     std::size_t pixels) {
@@ -43,7 +43,7 @@ TEST(Unpack, ReadsMissingBitsOfAnOddLineAsZero) {
 
 TEST(Unpack, EveryTargetAgreesWithTheReferenceAndStaysInItsLine) {
     VX3::Testing::ForEachTarget([] {
-        for (const Packing packing : kPackings) {
+        for (const Packing packing : Packings) {
             for (const std::size_t pixels : VX3::Testing::AwkwardWidths()) {
                 const std::size_t bytes = packing == Packing::Mono10p ? pixels * 5 / 4 : pixels * 3 / 2;
                 for (const std::size_t held : {bytes, bytes + 3, bytes / 2}) {
@@ -72,14 +72,13 @@ TEST(Unpack, EveryTargetAgreesWithTheReferenceAndStaysInItsLine) {
 TEST(Unpack, TopEightBitsAreThoseOfTheUnpackedSample) {
     std::vector<std::uint8_t> bytes(150);
     VX3::Testing::FillRandom(bytes.data(), bytes.size(), 7);
-    for (const Packing packing : kPackings) {
+    for (const Packing packing : Packings) {
         const bool ten = packing == Packing::Mono10p || packing == Packing::Mono10Packed;
         std::vector<std::uint8_t> reduced(100);
         UnpackLineTo8(packing, bytes.data(), bytes.size(), reduced.data(), reduced.size());
         const Samples samples = Unpacked(packing, bytes, reduced.size());
-        for (std::size_t x = 0; x < reduced.size(); ++x) {
+        for (std::size_t x = 0; x < reduced.size(); ++x)
             ASSERT_EQ(reduced[x], samples[x] >> (ten ? 2 : 4)) << x;
-        }
     }
 }
 

@@ -19,18 +19,16 @@ std::vector<std::uint32_t> CountsOf(const HistogramData& histogram) {
 
 std::vector<PixelChannelID> ChannelsOf(PixelFormatValue format) {
     std::vector<PixelChannelID> ids;
-    for (unsigned int i = 0; i < PixelFormat(format).Channels(); ++i) {
+    for (unsigned int i = 0; i < PixelFormat(format).Channels(); ++i)
         ids.push_back(PixelFormat(format).ChannelID(i));
-    }
     return ids;
 }
 
 template <class List>
 std::vector<PixelChannelID> IdsOf(const List& list) {
     std::vector<PixelChannelID> ids;
-    for (const auto& item : list) {
+    for (const auto& item : list)
         ids.push_back(item.first);
-    }
     return ids;
 }
 
@@ -45,9 +43,8 @@ std::vector<std::uint32_t> Counted(const IImage& image, const ROIRect& region, u
             std::memcpy(&sample,
                         image.GetImageBuff(static_cast<int>(y)) + (x * format.Channels() + channel) * bytes,
                         bytes);
-            if (sample < counts.size()) {
+            if (sample < counts.size())
                 ++counts[sample];
-            }
         }
     }
     return counts;
@@ -76,9 +73,8 @@ TEST(Histogram, CountsEveryLayoutOverWholeImagesAndRegions) {
                 }
                 const auto histograms = image->CreateHistogram(region, 0);
                 ASSERT_EQ(IdsOf(histograms), ChannelsOf(format));
-                for (unsigned int i = 0; i < histograms.size(); ++i) {
+                for (unsigned int i = 0; i < histograms.size(); ++i)
                     ASSERT_EQ(CountsOf(histograms[i].second), Counted(*image, used, i));
-                }
             }
         }
     }
@@ -94,9 +90,8 @@ TEST(Histogram, AgreesWithOpenCV) {
     cv::Mat counts;
     cv::calcHist(&source, 1, channels, cv::Mat(), counts, 1, bins, ranges);
     const auto ours = CountsOf(image->CreateHistogram(nullptr, 0)[0].second);
-    for (int i = 0; i < 4096; ++i) {
+    for (int i = 0; i < 4096; ++i)
         ASSERT_EQ(static_cast<float>(ours[static_cast<std::size_t>(i)]), counts.at<float>(i)) << i;
-    }
 }
 
 // Each cell position has its own value, so that a sample counted in the wrong one shows.

@@ -14,7 +14,7 @@ using namespace VX3::Testing;
 
 namespace {
 
-const Geometry kAwkward[] = {{1, 1}, {1, 5}, {7, 3}, {33, 9}, {64, 2, 5}, {101, 17, 3}, {640, 48, 1}};
+const Geometry Awkward[] = {{1, 1}, {1, 5}, {7, 3}, {33, 9}, {64, 2, 5}, {101, 17, 3}, {640, 48, 1}};
 
 cv::Mat MatOf(IImage& image, int type) {
     const ImageInfo& info = *image.GetImageInfo();
@@ -39,21 +39,16 @@ Ability AbilityOf(PixelFormatValue format) {
     const std::string name = PixelFormat(format).ToString();
     const auto has = [&name](const char* text) { return name.find(text) != std::string::npos; };
     const unsigned int depth = PixelFormat(format).BitDepth();
-    if (format == Mono8) {
+    if (format == Mono8)
         return {format, "HP", InvalidFormat, InvalidFormat};
-    }
-    if (format == Mono32f) {
+    if (format == Mono32f)
         return {format, "UR", Mono16, Mono8};
-    }
-    if (PixelFormat(format).IsPacked()) {
+    if (PixelFormat(format).IsPacked())
         return {format, "UR", depth == 10 ? Mono10 : Mono12, Mono8};
-    }
-    if (has("MONO")) {
+    if (has("MONO"))
         return {format, "RHP", InvalidFormat, Mono8};
-    }
-    if (has("BAYER")) {
+    if (has("BAYER"))
         return {format, "RSH", InvalidFormat, RGB8};
-    }
     if (depth == 8) {
         const PixelFormatValue other = format == RGB8    ? BGR8
                                        : format == BGR8  ? RGB8
@@ -86,9 +81,8 @@ TEST(Convertors, EveryFormatDoesWhatItCanAndNothingElse) {
         const auto reduced = image->Unpack2Image8(99, nullptr);
         ASSERT_EQ(reduced != nullptr, has('R'));
         for (const auto* result : {unpacked.get(), reduced.get()}) {
-            if (result == nullptr) {
+            if (result == nullptr)
                 continue;
-            }
             const ImageInfo& info = *result->GetImageInfo();
             EXPECT_EQ(info.pixelFormat, result == unpacked.get() ? ability.unpacked : ability.reduced);
             EXPECT_EQ(info.width, 12U);
@@ -174,7 +168,7 @@ TEST(Convertors, FloatsUnpackCompletely) {
 }
 
 TEST(Convertors, SwapsAgreeWithOpenCV) {
-    for (const Geometry& geometry : kAwkward) {
+    for (const Geometry& geometry : Awkward) {
         cv::Mat expected;
         const auto rgb = RandomImage(RGB8, geometry);
         cv::cvtColor(MatOf(*rgb, CV_8UC3), expected, cv::COLOR_RGB2BGR);
@@ -206,9 +200,8 @@ TEST(Demosaic, PadsLinesAndLeavesTheOddLineAlone) {
 // A flat scene in each pattern must come out as its colour everywhere, whatever the size.
 TEST(Demosaic, FlatColoursStayFlat) {
     for (const PixelFormatValue format : AllFormats()) {
-        if (PixelFormat(format).ToString().rfind("BAYER", 0) != 0) {
+        if (PixelFormat(format).ToString().rfind("BAYER", 0) != 0)
             continue;
-        }
         const unsigned int shift = PixelFormat(format).BitDepth() - 8;
         auto image = NewImage(format, {38, 6, 4});
         for (unsigned int y = 0; y < 6; ++y) {
@@ -225,9 +218,8 @@ TEST(Demosaic, FlatColoursStayFlat) {
             }
         }
         const auto rgb = SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr), 3);
-        for (std::size_t i = 0; i < rgb.size(); ++i) {
+        for (std::size_t i = 0; i < rgb.size(); ++i)
             ASSERT_EQ(rgb[i], 50 * (i % 3 + 1)) << PixelFormat(format).ToString() << " byte " << i;
-        }
     }
 }
 
@@ -243,9 +235,8 @@ TEST(Threads, SharedWorkGivesTheSameResults) {
         auto samples = SamplesOf<std::uint8_t>(*bayer->Unpack2Image8(8, nullptr), 3);
         // Neither the last line nor the last column has a cell.
         samples.resize(std::size_t{1002} * 1501 * 3);
-        for (std::size_t line = 0; line < 1002; ++line) {
+        for (std::size_t line = 0; line < 1002; ++line)
             std::memset(samples.data() + (line * 1501 + 1500) * 3, 0, 3);
-        }
         const auto unpacked = SamplesOf<std::uint8_t>(*packed->Unpack(nullptr), 2);
         samples.insert(samples.end(), unpacked.begin(), unpacked.end());
         for (const auto& part : rgb->Split(0, nullptr)) {
@@ -258,9 +249,8 @@ TEST(Threads, SharedWorkGivesTheSameResults) {
         return samples;
     };
     const auto alone = results(1);
-    for (const unsigned int threads : {2U, 5U, 3U}) {
+    for (const unsigned int threads : {2U, 5U, 3U})
         EXPECT_TRUE(results(threads) == alone) << threads;
-    }
     SetProcessingThreads(0);
 }
 
@@ -271,17 +261,14 @@ TEST(Threads, SeveralCallersAndASettingThatChanges) {
     std::vector<std::thread> callers;
     for (int i = 0; i < 4; ++i) {
         callers.emplace_back([&] {
-            for (int k = 0; k < 10; ++k) {
+            for (int k = 0; k < 10; ++k)
                 ASSERT_TRUE(SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr)) == expected);
-            }
         });
     }
-    for (unsigned int threads : {3U, 1U, 4U, 2U}) {
+    for (unsigned int threads : {3U, 1U, 4U, 2U})
         SetProcessingThreads(threads);
-    }
-    for (std::thread& caller : callers) {
+    for (std::thread& caller : callers)
         caller.join();
-    }
     SetProcessingThreads(0);
 }
 

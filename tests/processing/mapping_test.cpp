@@ -60,9 +60,8 @@ TEST(Map, DepthsBetweenHaveTheirOwnLimits) {
 TEST(Map, UnknownMapsAreGreyAndColourIsRefused) {
     EXPECT_EQ(Shown(Mono8, 90, 12, {0, 255}), 0xFF5A5A5AU);
     EXPECT_EQ(Shown(Mono8, 90, 0xFFFFFFFFU, {0, 255}), 0xFF5A5A5AU);
-    for (const PixelFormatValue format : {BayerRG8, RGB8, Mono10p, Mono12Packed, Mono32f}) {
+    for (const PixelFormatValue format : {BayerRG8, RGB8, Mono10p, Mono12Packed, Mono32f})
         EXPECT_EQ(NewImage(format, {4, 4})->Map2RGB8(0, 0, 255, nullptr), nullptr);
-    }
 }
 
 // A pool that refuses after some images, or serves others than were asked for.
@@ -71,9 +70,8 @@ public:
     FaultyPool(int serves, bool small) : serves_(serves), small_(small) {}
     std::unique_ptr<IImage> Create(const ImageInfo* info, const unsigned char* data,
                                    unsigned int len) override {
-        if (serves_-- <= 0) {
+        if (serves_-- <= 0)
             return nullptr;
-        }
         ImageInfo served = *info;
         served.height = small_ ? 1 : info->height;
         return ImagePoolFactory::DefaultImagePool()->Create(&served, data, len);

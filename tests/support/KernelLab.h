@@ -31,12 +31,10 @@ inline void ForEachTarget(const std::function<void()>& body) {
 // Every small width, and some around the steps of long lines.
 inline std::vector<std::size_t> AwkwardWidths() {
     std::vector<std::size_t> widths;
-    for (std::size_t width = 0; width <= 150; ++width) {
+    for (std::size_t width = 0; width <= 150; ++width)
         widths.push_back(width);
-    }
-    for (std::size_t width : {255, 256, 257, 511, 640, 1023, 1029, 4001}) {
+    for (std::size_t width : {255, 256, 257, 511, 640, 1023, 1029, 4001})
         widths.push_back(width);
-    }
     return widths;
 }
 
@@ -48,10 +46,10 @@ inline void FillRandom(std::uint8_t* data, std::size_t size, unsigned int seed) 
 // Memory number `index` that ends (or begins) at a guard page; kept, since mapping costs more than the
 // kernels.
 inline std::uint8_t* GuardedMemory(std::size_t index, Guard guard, std::size_t size) {
-    constexpr std::size_t kMost = std::size_t{1} << 20;
+    constexpr std::size_t Most = std::size_t{1} << 20;
     static std::map<std::pair<std::size_t, Guard>, GuardedBuffer> kept;
-    GuardedBuffer& buffer = kept.try_emplace({index, guard}, kMost, guard).first->second;
-    EXPECT_LE(size, kMost);
+    GuardedBuffer& buffer = kept.try_emplace({index, guard}, Most, guard).first->second;
+    EXPECT_LE(size, Most);
     return guard == Guard::Behind ? buffer.end() - size : buffer.begin();
 }
 
@@ -71,9 +69,8 @@ inline void ExpectLikeReference(const LineCase& line, const LineKernel& kernel, 
     for (const Guard guard : {Guard::Behind, Guard::Before}) {
         std::uint8_t* source = GuardedMemory(0, guard, line.sourceBytes);
         FillRandom(source, line.sourceBytes, static_cast<unsigned int>(line.sourceBytes));
-        if (line.fill) {
+        if (line.fill)
             line.fill(source);
-        }
         std::vector<std::vector<std::uint8_t>> expected;
         std::vector<std::uint8_t*> actualPointers;
         std::vector<std::uint8_t*> expectedPointers;
@@ -82,9 +79,8 @@ inline void ExpectLikeReference(const LineCase& line, const LineKernel& kernel, 
             FillRandom(actualPointers[i], line.targetBytes, i + 1);
             expected.emplace_back(actualPointers[i], actualPointers[i] + line.targetBytes);
         }
-        for (auto& target : expected) {
+        for (auto& target : expected)
             expectedPointers.push_back(target.data());
-        }
         kernel(source, actualPointers.data());
         reference(source, expectedPointers.data());
         for (unsigned int i = 0; i < line.targets; ++i) {

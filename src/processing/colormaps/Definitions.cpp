@@ -18,9 +18,8 @@ struct Point {
 Channel Line(std::vector<Point> points) {
     return [points = std::move(points)](double x) {
         std::size_t i = 1;
-        while (i + 1 < points.size() && points[i].x < x) {
+        while (i + 1 < points.size() && points[i].x < x)
             ++i;
-        }
         const Point& a = points[i - 1];
         const Point& b = points[i];
         return a.y + (b.y - a.y) * (x - a.x) / (b.x - a.x);
@@ -30,17 +29,15 @@ Channel Line(std::vector<Point> points) {
 // A polyline whose points are evenly spaced.
 Channel Even(const std::vector<double>& values) {
     std::vector<Point> points;
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    for (std::size_t i = 0; i < values.size(); ++i)
         points.push_back({static_cast<double>(i) / static_cast<double>(values.size() - 1), values[i]});
-    }
     return Line(std::move(points));
 }
 
 Definition Listed(const char* name, const std::string& text) {
     std::array<std::vector<double>, 3> values;
-    for (std::size_t i = 0; 4 * i < text.size(); ++i) {
+    for (std::size_t i = 0; 4 * i < text.size(); ++i)
         values[i % 3].push_back(std::strtol(text.substr(4 * i, 4).c_str(), nullptr, 16) / 65535.0);
-    }
     return {name, {Even(values[0]), Even(values[1]), Even(values[2])}};
 }
 
@@ -57,9 +54,8 @@ Channel Slope(double factor, double offset) {
 }
 
 double Gnuplot2Blue(double x) {
-    if (x < 0.25) {
+    if (x < 0.25)
         return 4 * x;
-    }
     return x < 0.92 ? -2 * x + 1.84 : x / 0.08 - 11.5;
 }
 
@@ -130,10 +126,10 @@ std::vector<Definition> Definitions() {
         {"gnuplot2", {Slope(1 / 0.32, -0.78125), Slope(2, -0.84), Gnuplot2Blue}},
         Hot(),
         Jet(),
-        Listed("magma", kListed_magma),
+        Listed("magma", Listed_magma),
         NipySpectral(),
-        Listed("plasma", kListed_plasma),
-        Listed("viridis", kListed_viridis),
+        Listed("plasma", Listed_plasma),
+        Listed("viridis", Listed_viridis),
     };
 }
 

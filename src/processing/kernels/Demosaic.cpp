@@ -86,13 +86,11 @@ template <Mosaic M, class Load>
 std::size_t Pair(const Load& load, const LinePair& lines, std::size_t width) {
     const std::size_t n = hn::Lanes(D8());
     const std::size_t cells = width & ~std::size_t{1};
-    if (cells < n + 2) {
+    if (cells < n + 2)
         return 0;
-    }
     const std::size_t end = cells - 2;
-    for (std::size_t x = 0; x + n <= end; x += n) {
+    for (std::size_t x = 0; x + n <= end; x += n)
         Step<M>(load, lines, x);
-    }
     Step<M>(load, lines, end - n);
     return end;
 }

@@ -23,16 +23,15 @@ std::size_t CountWide16(const std::uint8_t*, std::size_t, unsigned int, const Co
 
 #else
 
-constexpr std::size_t kBlock = 64; // samples checked at once; a multiple of every vector and of 16
+constexpr std::size_t Block = 64; // samples checked at once; a multiple of every vector and of 16
 
 // True when every sample of the block is below `bins`, which lets the block be counted without comparing.
 HWY_INLINE bool AllBelow(const std::uint8_t* source, std::uint32_t bins) {
-    const hn::CappedTag<std::uint8_t, 2 * kBlock> d8;
+    const hn::CappedTag<std::uint8_t, 2 * Block> d8;
     const hn::Repartition<std::uint16_t, decltype(d8)> d16;
     auto top = hn::Zero(d16);
-    for (std::size_t at = 0; at < 2 * kBlock; at += hn::Lanes(d8)) {
+    for (std::size_t at = 0; at < 2 * Block; at += hn::Lanes(d8))
         top = hn::Or(top, hn::BitCast(d16, hn::LoadU(d8, source + at)));
-    }
     // Bins are a power of two: a sample is outside exactly when it has a bit at or above it.
     const auto outside = hn::And(top, hn::Set(d16, static_cast<std::uint16_t>(~(bins - 1))));
     return hn::AllTrue(d16, hn::Eq(outside, hn::Zero(d16)));
@@ -50,36 +49,34 @@ HWY_INLINE void CountWord(std::uint64_t word, std::uint32_t* const* counts) {
 // `samples` is a multiple of the run, which holds whole pixels.
 template <unsigned int Channels>
 HWY_INLINE void CountRun(const std::uint8_t* source, std::size_t samples, std::uint32_t* const* counts) {
-    constexpr std::size_t kRun = Channels == 3 ? 12 : 16;
-    for (std::size_t i = 0; i < samples; i += kRun) {
+    constexpr std::size_t Run = Channels == 3 ? 12 : 16;
+    for (std::size_t i = 0; i < samples; i += Run) {
         CountWord<Channels, 0>(Sample<std::uint64_t>(source + 2 * i, 0), counts);
         CountWord<Channels, 4>(Sample<std::uint64_t>(source + 2 * i, 1), counts);
         CountWord<Channels, 8>(Sample<std::uint64_t>(source + 2 * i, 2), counts);
-        if constexpr (Channels != 3) {
+        if constexpr (Channels != 3)
             CountWord<Channels, 12>(Sample<std::uint64_t>(source + 2 * i, 3), counts);
-        }
     }
 }
 
 template <unsigned int Channels>
 std::size_t Count16(const std::uint8_t* source, std::size_t pixels, const Counters& counters) {
     // A block of 3-channel pixels is three times as long, so that it, too, holds whole pixels.
-    constexpr std::size_t kBlocks = Channels == 3 ? 3 : 1;
-    constexpr std::size_t kPixels = kBlocks * kBlock / Channels;
-    std::uint32_t* counts[Counters::kMaxChannels * Counters::kWays];
+    constexpr std::size_t Blocks = Channels == 3 ? 3 : 1;
+    constexpr std::size_t Pixels = Blocks * Block / Channels;
+    std::uint32_t* counts[Counters::MaxChannels * Counters::Ways];
     std::memcpy(counts, counters.counts, sizeof counts);
     std::size_t x = 0;
-    for (; x + kPixels <= pixels; x += kPixels) {
+    for (; x + Pixels <= pixels; x += Pixels) {
         const std::uint8_t* block = source + 2 * Channels * x;
         bool inside = true;
-        for (std::size_t k = 0; k < kBlocks; ++k) {
-            inside = AllBelow(block + 2 * kBlock * k, counters.bins) && inside;
-        }
+        for (std::size_t k = 0; k < Blocks; ++k)
+            inside = AllBelow(block + 2 * Block * k, counters.bins) && inside;
         if (!inside) {
-            Reference::CountLine16(block, kPixels, Channels, counters);
+            Reference::CountLine16(block, Pixels, Channels, counters);
             continue;
         }
-        CountRun<Channels>(block, kBlocks * kBlock, counts);
+        CountRun<Channels>(block, Blocks * Block, counts);
     }
     return x;
 }
@@ -112,9 +109,8 @@ void SumWays(std::uint32_t* const* counts, std::size_t bins) {
         const auto odd = hn::Add(hn::LoadU(d, counts[1] + i), hn::LoadU(d, counts[3] + i));
         hn::StoreU(hn::Add(even, odd), d, counts[0] + i);
     }
-    for (; i < bins; ++i) {
+    for (; i < bins; ++i)
         counts[0][i] += counts[1][i] + counts[2][i] + counts[3][i];
-    }
 }
 
 } // namespace
@@ -137,13 +133,12 @@ void CountBytes(const std::uint8_t* source, std::uint32_t* const* counts, std::i
 
 template <unsigned int Channels>
 std::size_t Count8(const std::uint8_t* source, std::size_t pixels, const Counters& counters) {
-    constexpr std::size_t kRun = Channels == 3 ? 24 : 16; // samples
-    std::uint32_t* counts[Counters::kMaxChannels * Counters::kWays];
+    constexpr std::size_t Run = Channels == 3 ? 24 : 16; // samples
+    std::uint32_t* counts[Counters::MaxChannels * Counters::Ways];
     std::memcpy(counts, counters.counts, sizeof counts);
     std::size_t x = 0;
-    for (; x + kRun / Channels <= pixels; x += kRun / Channels) {
-        CountBytes<Channels>(source + Channels * x, counts, std::make_index_sequence<kRun>());
-    }
+    for (; x + Run / Channels <= pixels; x += Run / Channels)
+        CountBytes<Channels>(source + Channels * x, counts, std::make_index_sequence<Run>());
     return x;
 }
 
@@ -153,9 +148,8 @@ void CountScalar(const std::uint8_t* source, std::size_t pixels, unsigned int ch
     for (std::size_t x = 0; x < pixels; ++x) {
         for (unsigned int channel = 0; channel < channels; ++channel) {
             const T sample = Sample<T>(source, x * channels + channel);
-            if (sample < counters.bins) {
-                ++counters.counts[Counters::kWays * channel][sample];
-            }
+            if (sample < counters.bins)
+                ++counters.counts[Counters::Ways * channel][sample];
         }
     }
 }
@@ -179,15 +173,14 @@ void CountLine16(const std::uint8_t* source, std::size_t pixels, unsigned int ch
 void CountLine8(const std::uint8_t* source, std::size_t pixels, unsigned int channels,
                 const Counters& counters) {
     std::size_t done = 0;
-    if (channels == 1) {
+    if (channels == 1)
         done = Count8<1>(source, pixels, counters);
-    } else if (channels == 2) {
+    else if (channels == 2)
         done = Count8<2>(source, pixels, counters);
-    } else if (channels == 3) {
+    else if (channels == 3)
         done = Count8<3>(source, pixels, counters);
-    } else if (channels == 4) {
+    else if (channels == 4)
         done = Count8<4>(source, pixels, counters);
-    }
     Reference::CountLine8(source + done * channels, pixels - done, channels, counters);
 }
 
@@ -198,9 +191,8 @@ void CountLine16(const std::uint8_t* source, std::size_t pixels, unsigned int ch
 }
 
 void SumCounters(unsigned int channels, const Counters& counters) {
-    for (unsigned int channel = 0; channel < channels; ++channel) {
-        HWY_DYNAMIC_DISPATCH(SumWays)(counters.counts + Counters::kWays * channel, counters.bins);
-    }
+    for (unsigned int channel = 0; channel < channels; ++channel)
+        HWY_DYNAMIC_DISPATCH(SumWays)(counters.counts + Counters::Ways * channel, counters.bins);
 }
 
 } // namespace VX3::Kernels

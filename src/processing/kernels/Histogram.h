@@ -10,16 +10,16 @@ namespace VX3::Kernels {
 // arrays of `bins` entries whose sum is the histogram. Four, so that neighbours of equal value do not wait
 // for each other.
 struct Counters {
-    static constexpr unsigned int kMaxChannels = 4;
-    static constexpr unsigned int kWays = 4;
-    std::uint32_t* counts[kMaxChannels * kWays];
+    static constexpr unsigned int MaxChannels = 4;
+    static constexpr unsigned int Ways = 4;
+    std::uint32_t* counts[MaxChannels * Ways];
     std::uint32_t bins;
 };
 
 // The array that sample `i` of a block of whole pixels is counted in.
 template <unsigned int Channels>
 constexpr std::size_t WayOf(std::size_t i) {
-    return Counters::kWays * (i % Channels) + i / Channels % Counters::kWays;
+    return Counters::Ways * (i % Channels) + i / Channels % Counters::Ways;
 }
 
 // `pixels` pixels of `channels` (1..4) samples. Samples at or above `bins` are not counted. 16-bit samples

@@ -37,9 +37,8 @@ std::size_t MapWide16(const std::uint8_t* source, std::uint8_t* target, std::siz
     const hn::CappedTag<std::uint8_t, 32> d8;
     const hn::Repartition<std::uint16_t, decltype(d8)> d;
     const std::size_t n = hn::Lanes(d);
-    if (n < 4) {
+    if (n < 4)
         return 0;
-    }
     const auto low = hn::Set(d, window.low);
     const auto high = hn::Set(d, window.high);
     const auto last = hn::Set(d, window.last);
@@ -75,9 +74,8 @@ namespace Reference {
 
 void MapLine8(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels,
               const std::uint32_t (&table)[256]) {
-    for (std::size_t x = 0; x < pixels; ++x) {
+    for (std::size_t x = 0; x < pixels; ++x)
         PutSample(target, x, table[source[x]]);
-    }
 }
 
 void MapLine16(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels,
@@ -85,11 +83,10 @@ void MapLine16(const std::uint8_t* source, std::uint8_t* target, std::size_t pix
     for (std::size_t x = 0; x < pixels; ++x) {
         const std::uint32_t value = Sample<std::uint16_t>(source, x);
         std::uint32_t index = window.last;
-        if (value < window.low) {
+        if (value < window.low)
             index = 0;
-        } else if (value <= window.high) {
+        else if (value <= window.high)
             index = std::min<std::uint32_t>((value - window.low) >> window.shift, window.last);
-        }
         PutSample(target, x, window.table[index]);
     }
 }

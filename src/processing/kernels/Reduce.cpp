@@ -48,19 +48,16 @@ std::size_t Reduce(const std::uint8_t* source, std::uint8_t* target, std::size_t
                    Stores stores) {
     const D8 d8;
     const std::size_t n = hn::Lanes(d8);
-    if (samples < n) {
+    if (samples < n)
         return 0;
-    }
     std::size_t x = 0;
     if (stores == Stores::Streaming) {
         hn::StoreU(ReduceStep(source, shift), d8, target);
-        for (x = n - reinterpret_cast<std::uintptr_t>(target) % n; x + n <= samples; x += n) {
+        for (x = n - reinterpret_cast<std::uintptr_t>(target) % n; x + n <= samples; x += n)
             hn::Stream(ReduceStep(source + 2 * x, shift), d8, target + x);
-        }
     } else {
-        for (; x + n <= samples; x += n) {
+        for (; x + n <= samples; x += n)
             hn::StoreU(ReduceStep(source + 2 * x, shift), d8, target + x);
-        }
     }
     x = samples - n;
     hn::StoreU(ReduceStep(source + 2 * x, shift), d8, target + x);
@@ -68,19 +65,16 @@ std::size_t Reduce(const std::uint8_t* source, std::uint8_t* target, std::size_t
 }
 
 std::size_t ReduceSwap4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels, int shift) {
-    HWY_ALIGN static constexpr std::uint8_t kSwap[16] = {2,  1, 0, 3,  6,  5,  4,  7,
-                                                         10, 9, 8, 11, 14, 13, 12, 15};
+    HWY_ALIGN static constexpr std::uint8_t Swap[16] = {2, 1, 0, 3, 6, 5, 4, 7, 10, 9, 8, 11, 14, 13, 12, 15};
     const D8 d8;
     const std::size_t n = hn::Lanes(d8);
     const std::size_t samples = 4 * pixels;
-    if (samples < n) {
+    if (samples < n)
         return 0;
-    }
-    const auto swap = hn::LoadDup128(d8, kSwap);
+    const auto swap = hn::LoadDup128(d8, Swap);
     std::size_t x = 0;
-    for (; x + n <= samples; x += n) {
+    for (; x + n <= samples; x += n)
         hn::StoreU(hn::TableLookupBytes(ReduceStep(source + 2 * x, shift), swap), d8, target + x);
-    }
     x = samples - n;
     hn::StoreU(hn::TableLookupBytes(ReduceStep(source + 2 * x, shift), swap), d8, target + x);
     return pixels;
@@ -137,9 +131,8 @@ HWY_EXPORT(FloatTo16);
 HWY_EXPORT(FloatTo8);
 
 std::uint32_t Clamped(float value) {
-    if (value > 65535.0F) {
+    if (value > 65535.0F)
         return 65535;
-    }
     return value > 0.0F ? static_cast<std::uint32_t>(value) : 0;
 }
 
@@ -148,46 +141,41 @@ std::uint32_t Clamped(float value) {
 namespace Reference {
 
 void ReduceLine(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, unsigned int shift) {
-    for (std::size_t x = 0; x < samples; ++x) {
+    for (std::size_t x = 0; x < samples; ++x)
         target[x] = static_cast<std::uint8_t>(Sample<std::uint16_t>(source, x) >> shift);
-    }
 }
 
 void ReduceSwapLine4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels,
                      unsigned int shift) {
-    static constexpr std::size_t kFrom[4] = {2, 1, 0, 3};
+    static constexpr std::size_t From[4] = {2, 1, 0, 3};
     for (std::size_t x = 0; x < 4 * pixels; ++x) {
-        const std::size_t from = x - x % 4 + kFrom[x % 4];
+        const std::size_t from = x - x % 4 + From[x % 4];
         target[x] = static_cast<std::uint8_t>(Sample<std::uint16_t>(source, from) >> shift);
     }
 }
 
 void FloatLineTo16(const std::uint8_t* source, std::uint8_t* target, std::size_t samples) {
-    for (std::size_t x = 0; x < samples; ++x) {
+    for (std::size_t x = 0; x < samples; ++x)
         PutSample(target, x, static_cast<std::uint16_t>(Clamped(Sample<float>(source, x))));
-    }
 }
 
 void FloatLineTo8(const std::uint8_t* source, std::uint8_t* target, std::size_t samples) {
-    for (std::size_t x = 0; x < samples; ++x) {
+    for (std::size_t x = 0; x < samples; ++x)
         target[x] = static_cast<std::uint8_t>(Clamped(Sample<float>(source, x)) >> 8);
-    }
 }
 
 } // namespace Reference
 
 void ReduceLine(const std::uint8_t* source, std::uint8_t* target, std::size_t samples, unsigned int shift,
                 Stores stores) {
-    if (HWY_DYNAMIC_DISPATCH(Reduce)(source, target, samples, static_cast<int>(shift), stores) != samples) {
+    if (HWY_DYNAMIC_DISPATCH(Reduce)(source, target, samples, static_cast<int>(shift), stores) != samples)
         Reference::ReduceLine(source, target, samples, shift);
-    }
 }
 
 void ReduceSwapLine4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels,
                      unsigned int shift) {
-    if (HWY_DYNAMIC_DISPATCH(ReduceSwap4)(source, target, pixels, static_cast<int>(shift)) != pixels) {
+    if (HWY_DYNAMIC_DISPATCH(ReduceSwap4)(source, target, pixels, static_cast<int>(shift)) != pixels)
         Reference::ReduceSwapLine4(source, target, pixels, shift);
-    }
 }
 
 void FloatLineTo16(const std::uint8_t* source, std::uint8_t* target, std::size_t samples) {

@@ -28,11 +28,10 @@ using Vector = hn::Vec<hn::ScalableTag<T>>;
 template <Stores S, class T>
 HWY_INLINE void Put(Vector<T> value, std::uint8_t* target) {
     const hn::ScalableTag<std::uint8_t> d8;
-    if constexpr (S == Stores::Streaming) {
+    if constexpr (S == Stores::Streaming)
         hn::Stream(hn::BitCast(d8, value), d8, target);
-    } else {
+    else
         hn::StoreU(hn::BitCast(d8, value), d8, target);
-    }
 }
 
 template <class T, unsigned int Channels, Stores S = Stores::Cached>
@@ -68,11 +67,9 @@ template <class T>
 std::size_t AlignedFrom(std::uint8_t* const* targets, unsigned int channels) {
     const std::size_t bytes = hn::Lanes(hn::ScalableTag<std::uint8_t>());
     const std::size_t off = reinterpret_cast<std::uintptr_t>(targets[0]) % bytes;
-    for (unsigned int i = 1; i < channels; ++i) {
-        if (reinterpret_cast<std::uintptr_t>(targets[i]) % bytes != off) {
+    for (unsigned int i = 1; i < channels; ++i)
+        if (reinterpret_cast<std::uintptr_t>(targets[i]) % bytes != off)
             return ~std::size_t{0};
-        }
-    }
     return off % sizeof(T) == 0 ? (bytes - off) / sizeof(T) : ~std::size_t{0};
 }
 
@@ -81,20 +78,17 @@ template <class T, unsigned int Channels>
 std::size_t Split(const std::uint8_t* source, std::uint8_t* const* targets, std::size_t pixels,
                   Stores stores) {
     const std::size_t n = hn::Lanes(hn::ScalableTag<T>());
-    if (pixels < n) {
+    if (pixels < n)
         return 0;
-    }
     std::size_t x = 0;
     const std::size_t aligned = stores == Stores::Streaming ? AlignedFrom<T>(targets, Channels) : pixels;
     if (aligned < pixels) {
         Step<T, Channels>(source, targets, 0);
-        for (x = aligned; x + n <= pixels; x += n) {
+        for (x = aligned; x + n <= pixels; x += n)
             Step<T, Channels, Stores::Streaming>(source, targets, x);
-        }
     } else {
-        for (; x + n <= pixels; x += n) {
+        for (; x + n <= pixels; x += n)
             Step<T, Channels>(source, targets, x);
-        }
     }
     Step<T, Channels>(source, targets, pixels - n);
     return pixels;
@@ -148,9 +142,8 @@ void SplitLine(const std::uint8_t* source, std::uint8_t* const* targets, std::si
 
 void SplitLine(const std::uint8_t* source, std::uint8_t* const* targets, std::size_t pixels,
                unsigned int channels, unsigned int sampleBytes, Stores stores) {
-    if (HWY_DYNAMIC_DISPATCH(SplitWide)(source, targets, pixels, channels, sampleBytes, stores) != pixels) {
+    if (HWY_DYNAMIC_DISPATCH(SplitWide)(source, targets, pixels, channels, sampleBytes, stores) != pixels)
         Reference::SplitLine(source, targets, pixels, channels, sampleBytes);
-    }
 }
 
 } // namespace VX3::Kernels

@@ -25,10 +25,9 @@ std::size_t Swap4(const std::uint8_t*, std::uint8_t*, std::size_t, Stores) {
 // Five pixels a step: 16 bytes are stored, and the next step overwrites the last of them. The store stays
 // within the line, whose end is for the scalar reference.
 std::size_t Swap3(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels) {
-    HWY_ALIGN static constexpr std::uint8_t kSwap[16] = {2, 1,  0,  5, 4,  3,  8,  7,
-                                                         6, 11, 10, 9, 14, 13, 12, 15};
+    HWY_ALIGN static constexpr std::uint8_t Swap[16] = {2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15};
     const hn::CappedTag<std::uint8_t, 16> d;
-    const auto swap = hn::Load(d, kSwap);
+    const auto swap = hn::Load(d, Swap);
     const std::size_t bytes = 3 * pixels;
     std::size_t at = 0;
     for (; at + 31 <= bytes; at += 30) {
@@ -41,25 +40,22 @@ std::size_t Swap3(const std::uint8_t* source, std::uint8_t* target, std::size_t 
 }
 
 std::size_t Swap4(const std::uint8_t* source, std::uint8_t* target, std::size_t pixels, Stores stores) {
-    HWY_ALIGN static constexpr std::uint8_t kSwap[16] = {2,  1, 0, 3,  6,  5,  4,  7,
-                                                         10, 9, 8, 11, 14, 13, 12, 15};
+    HWY_ALIGN static constexpr std::uint8_t Swap[16] = {2, 1, 0, 3, 6, 5, 4, 7, 10, 9, 8, 11, 14, 13, 12, 15};
     const hn::ScalableTag<std::uint8_t> d;
     const std::size_t n = hn::Lanes(d);
-    const auto swap = hn::LoadDup128(d, kSwap);
+    const auto swap = hn::LoadDup128(d, Swap);
     const std::size_t bytes = 4 * pixels;
     std::size_t at = 0;
     const std::size_t off = reinterpret_cast<std::uintptr_t>(target) % n;
     if (stores == Stores::Streaming && bytes >= n && off % 4 == 0) {
         // Streaming stores are aligned: the first step overlaps the second.
         hn::StoreU(hn::TableLookupBytes(hn::LoadU(d, source), swap), d, target);
-        for (at = n - off; at + n <= bytes; at += n) {
+        for (at = n - off; at + n <= bytes; at += n)
             hn::Stream(hn::TableLookupBytes(hn::LoadU(d, source + at), swap), d, target + at);
-        }
         return at / 4;
     }
-    for (; at + n <= bytes; at += n) {
+    for (; at + n <= bytes; at += n)
         hn::StoreU(hn::TableLookupBytes(hn::LoadU(d, source + at), swap), d, target + at);
-    }
     return at / 4;
 }
 

@@ -29,10 +29,10 @@ std::size_t UnpackWideTo8(Packing, const std::uint8_t*, std::size_t, std::uint8_
 using D8 = hn::CappedTag<std::uint8_t, 16>;
 using D16 = hn::CappedTag<std::uint16_t, 8>;
 using V16 = hn::Vec<D16>;
-constexpr std::size_t kStep = 8;
+constexpr std::size_t StepSamples = 8;
 
-HWY_ALIGN constexpr std::uint16_t kSpread10[8] = {64, 16, 4, 1, 64, 16, 4, 1};
-HWY_ALIGN constexpr std::uint16_t kSpread12[8] = {16, 1, 16, 1, 16, 1, 16, 1};
+HWY_ALIGN constexpr std::uint16_t Spread10[8] = {64, 16, 4, 1, 64, 16, 4, 1};
+HWY_ALIGN constexpr std::uint16_t Spread12[8] = {16, 1, 16, 1, 16, 1, 16, 1};
 
 // Brings the two bytes that hold a sample into each 16-bit lane.
 HWY_INLINE V16 Gather(const std::uint8_t* source, const std::uint8_t (&shuffle)[16]) {
@@ -42,36 +42,36 @@ HWY_INLINE V16 Gather(const std::uint8_t* source, const std::uint8_t (&shuffle)[
 
 // Top() leaves the sample at the top of its lane (below it anything), Full() at the bottom with zeros above.
 struct Mono10p {
-    static constexpr std::size_t kBytes = 10; // of a step
+    static constexpr std::size_t Bytes = 10; // of a step
     HWY_INLINE static V16 Top(const std::uint8_t* source) {
-        HWY_ALIGN static constexpr std::uint8_t kShuffle[16] = {0, 1, 1, 2, 2, 3, 3, 4,
-                                                                5, 6, 6, 7, 7, 8, 8, 9};
-        return hn::Mul(Gather(source, kShuffle), hn::Load(D16(), kSpread10));
+        HWY_ALIGN static constexpr std::uint8_t Shuffle[16] = {0, 1, 1, 2, 2, 3, 3, 4,
+                                                               5, 6, 6, 7, 7, 8, 8, 9};
+        return hn::Mul(Gather(source, Shuffle), hn::Load(D16(), Spread10));
     }
     HWY_INLINE static V16 Full(const std::uint8_t* source) { return hn::ShiftRight<6>(Top(source)); }
 };
 
 struct Mono12p {
-    static constexpr std::size_t kBytes = 12;
+    static constexpr std::size_t Bytes = 12;
     HWY_INLINE static V16 Top(const std::uint8_t* source) {
-        HWY_ALIGN static constexpr std::uint8_t kShuffle[16] = {0, 1, 1, 2, 3, 4,  4,  5,
-                                                                6, 7, 7, 8, 9, 10, 10, 11};
-        return hn::Mul(Gather(source, kShuffle), hn::Load(D16(), kSpread12));
+        HWY_ALIGN static constexpr std::uint8_t Shuffle[16] = {0, 1, 1, 2, 3, 4,  4,  5,
+                                                               6, 7, 7, 8, 9, 10, 10, 11};
+        return hn::Mul(Gather(source, Shuffle), hn::Load(D16(), Spread12));
     }
     HWY_INLINE static V16 Full(const std::uint8_t* source) { return hn::ShiftRight<4>(Top(source)); }
 };
 
 // The top 8 bits are whole bytes: lanes become (byte 1, byte 0) and (byte 1, byte 2) of each group.
 struct PackedPair {
-    static constexpr std::size_t kBytes = 12;
+    static constexpr std::size_t Bytes = 12;
     HWY_INLINE static V16 Top(const std::uint8_t* source) {
-        HWY_ALIGN static constexpr std::uint8_t kShuffle[16] = {1, 0, 1, 2, 4,  3, 4,  5,
-                                                                7, 6, 7, 8, 10, 9, 10, 11};
-        return Gather(source, kShuffle);
+        HWY_ALIGN static constexpr std::uint8_t Shuffle[16] = {1, 0, 1, 2, 4,  3, 4,  5,
+                                                               7, 6, 7, 8, 10, 9, 10, 11};
+        return Gather(source, Shuffle);
     }
     // The low nibble of byte 1 for even samples, the high one for odd samples, above which anything stands.
     HWY_INLINE static V16 Nibble(V16 top) {
-        return hn::ShiftRight<4>(hn::Mul(top, hn::Load(D16(), kSpread12)));
+        return hn::ShiftRight<4>(hn::Mul(top, hn::Load(D16(), Spread12)));
     }
 };
 
@@ -96,11 +96,11 @@ struct Mono12Packed : PackedPair {
 // What the steps of a line write: 16-bit samples, or their top 8 bits.
 template <class Format>
 struct To16 {
-    static constexpr std::size_t kSampleBytes = 2;
+    static constexpr std::size_t SampleBytes = 2;
     HWY_INLINE static void Step(const std::uint8_t* source, std::uint8_t* target) {
         const D8 d8;
         const V16 first = Format::Full(source);
-        const V16 second = Format::Full(source + Format::kBytes);
+        const V16 second = Format::Full(source + Format::Bytes);
         hn::StoreU(hn::BitCast(d8, first), d8, target);
         hn::StoreU(hn::BitCast(d8, second), d8, target + 16);
     }
@@ -108,11 +108,11 @@ struct To16 {
 
 template <class Format>
 struct To8 {
-    static constexpr std::size_t kSampleBytes = 1;
+    static constexpr std::size_t SampleBytes = 1;
     HWY_INLINE static void Step(const std::uint8_t* source, std::uint8_t* target) {
         const D8 d8;
         const V16 first = Format::Top(source);
-        const V16 second = Format::Top(source + Format::kBytes);
+        const V16 second = Format::Top(source + Format::Bytes);
         hn::StoreU(hn::ConcatOdd(d8, hn::BitCast(d8, second), hn::BitCast(d8, first)), d8, target);
     }
 };
@@ -122,21 +122,19 @@ struct To8 {
 template <class Format, class To>
 std::size_t Unpack(const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
                    std::size_t pixels) {
-    constexpr std::size_t kPixels = 2 * kStep;
-    constexpr std::size_t kBytes = 2 * Format::kBytes;
+    constexpr std::size_t Pixels = 2 * StepSamples;
+    constexpr std::size_t Bytes = 2 * Format::Bytes;
     std::size_t x = 0;
     std::size_t at = 0;
-    for (; x + kPixels <= pixels && at + Format::kBytes + 16 <= sourceBytes; x += kPixels, at += kBytes) {
-        To::Step(source + at, target + To::kSampleBytes * x);
-    }
-    for (; x < pixels; x += kPixels, at += kBytes) {
-        HWY_ALIGN std::uint8_t in[Format::kBytes + 16] = {};
-        HWY_ALIGN std::uint8_t out[To::kSampleBytes * kPixels];
-        if (at < sourceBytes) {
-            std::memcpy(in, source + at, std::min(kBytes, sourceBytes - at));
-        }
+    for (; x + Pixels <= pixels && at + Format::Bytes + 16 <= sourceBytes; x += Pixels, at += Bytes)
+        To::Step(source + at, target + To::SampleBytes * x);
+    for (; x < pixels; x += Pixels, at += Bytes) {
+        HWY_ALIGN std::uint8_t in[Format::Bytes + 16] = {};
+        HWY_ALIGN std::uint8_t out[To::SampleBytes * Pixels];
+        if (at < sourceBytes)
+            std::memcpy(in, source + at, std::min(Bytes, sourceBytes - at));
         To::Step(in, out);
-        std::memcpy(target + To::kSampleBytes * x, out, To::kSampleBytes * std::min(kPixels, pixels - x));
+        std::memcpy(target + To::SampleBytes * x, out, To::SampleBytes * std::min(Pixels, pixels - x));
     }
     return pixels;
 }
@@ -187,9 +185,8 @@ HWY_EXPORT(UnpackWideTo8);
 struct Group {
     std::uint32_t b[5] = {};
     Group(const std::uint8_t* source, std::size_t sourceBytes, std::size_t at, std::size_t groupBytes) {
-        for (std::size_t i = 0; i < groupBytes && at + i < sourceBytes; ++i) {
+        for (std::size_t i = 0; i < groupBytes && at + i < sourceBytes; ++i)
             b[i] = source[at + i];
-        }
     }
 };
 
@@ -235,9 +232,8 @@ void ForEachSample(Packing packing, const std::uint8_t* source, std::size_t sour
     const Layout layout = LayoutOf(packing);
     for (std::size_t x = 0, at = 0; x < pixels; x += layout.pixels, at += layout.bytes) {
         const Group group(source, sourceBytes, at, layout.bytes);
-        for (std::size_t i = 0; i < std::min(layout.pixels, pixels - x); ++i) {
+        for (std::size_t i = 0; i < std::min(layout.pixels, pixels - x); ++i)
             store(x + i, SampleOf(packing, group, i), layout.depth);
-        }
     }
 }
 
@@ -266,16 +262,14 @@ void UnpackLineTo8(Packing packing, const std::uint8_t* source, std::size_t sour
 
 void UnpackLine(Packing packing, const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
                 std::size_t pixels) {
-    if (HWY_DYNAMIC_DISPATCH(UnpackWide)(packing, source, sourceBytes, target, pixels) != pixels) {
+    if (HWY_DYNAMIC_DISPATCH(UnpackWide)(packing, source, sourceBytes, target, pixels) != pixels)
         Reference::UnpackLine(packing, source, sourceBytes, target, pixels);
-    }
 }
 
 void UnpackLineTo8(Packing packing, const std::uint8_t* source, std::size_t sourceBytes, std::uint8_t* target,
                    std::size_t pixels) {
-    if (HWY_DYNAMIC_DISPATCH(UnpackWideTo8)(packing, source, sourceBytes, target, pixels) != pixels) {
+    if (HWY_DYNAMIC_DISPATCH(UnpackWideTo8)(packing, source, sourceBytes, target, pixels) != pixels)
         Reference::UnpackLineTo8(packing, source, sourceBytes, target, pixels);
-    }
 }
 
 } // namespace VX3::Kernels
