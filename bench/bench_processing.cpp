@@ -5,6 +5,7 @@
 //   FILTER     only lines whose name contains it
 #include "vx3/image/IFormatConvertor.h"
 #include "vx3/image/IImage.h"
+#include "vx3/processing/ColorConversion.h"
 #include "vx3/processing/ProcessingThreads.h"
 
 #include <opencv2/core.hpp>
@@ -46,9 +47,8 @@ double Now() {
 
 double Milliseconds(const std::function<void()>& work) {
     const double start = Now();
-    for (int i = 0; i < g_options.repeats; ++i) {
+    for (int i = 0; i < g_options.repeats; ++i)
         work();
-    }
     return (Now() - start) / g_options.repeats;
 }
 
@@ -61,9 +61,8 @@ double Median(std::vector<double> values) {
 // be.
 void Compare(const std::string& name, const std::string& rival, double aim, const std::function<void()>& ours,
              const std::function<void()>& theirs) {
-    if (name.find(g_options.filter) == std::string::npos) {
+    if (name.find(g_options.filter) == std::string::npos)
         return;
-    }
     ours(); // fills the pools and the caches alike
     theirs();
     std::vector<double> ratios;
@@ -245,9 +244,8 @@ void SwapsAndSplits() {
     const cv::Mat top(rows, half, CV_8UC2, bayer->GetImageBuff(), 2 * stride);
     const cv::Mat bottom(rows, half, CV_8UC2, bayer->GetImageBuff() + stride, 2 * stride);
     cv::Mat parts[4];
-    for (cv::Mat& part : parts) {
+    for (cv::Mat& part : parts)
         part.create(rows, half, CV_8UC1);
-    }
     Compare(
         "BayerRG8 split", "mixChannels", 1.0, [&] { Require(bayer->Split(0, nullptr).size() == 4, "split"); },
         [&] {
@@ -255,6 +253,29 @@ void SwapsAndSplits() {
             const int order[] = {0, 0, 1, 1, 2, 2, 3, 3};
             cv::mixChannels(sources, 2, parts, 4, order, 4);
         });
+}
+
+void Recoloring() {
+    struct Case {
+        const char* name;
+        PixelFormatValue format;
+        PixelFormatValue target;
+        int type;
+        int code;
+    };
+    for (const Case& c : {Case{"RGB8 to Mono8", RGB8, Mono8, CV_8UC3, cv::COLOR_RGB2GRAY},
+                          Case{"BGRa8 to Mono8", BGRa8, Mono8, CV_8UC4, cv::COLOR_BGRA2GRAY},
+                          Case{"Mono8 to RGB8", Mono8, RGB8, CV_8UC1, cv::COLOR_GRAY2RGB},
+                          Case{"RGBa8 to RGB8", RGBa8, RGB8, CV_8UC4, cv::COLOR_RGBA2RGB},
+                          Case{"RGBa8 to BGR8", RGBa8, BGR8, CV_8UC4, cv::COLOR_RGBA2BGR}}) {
+        const auto image = RandomImage(c.format);
+        const cv::Mat source = Wrap(*image, c.type);
+        cv::Mat target;
+        Compare(
+            c.name, "cvtColor", 1.0,
+            [&] { Require(ConvertTo(*image, c.target, nullptr) != nullptr, c.name); },
+            [&] { cv::cvtColor(source, target, c.code); });
+    }
 }
 
 void Histograms() {
@@ -325,13 +346,12 @@ void Mapping() {
             for (std::size_t i = 0; i < mapped.size(); ++i) {
                 std::uint16_t sample;
                 std::memcpy(&sample, mono16->GetImageBuff() + 2 * i, sizeof sample);
-                if (sample < low) {
+                if (sample < low)
                     mapped[i] = table[0];
-                } else if (sample <= high) {
+                else if (sample <= high)
                     mapped[i] = table[(sample - low) >> 2];
-                } else {
+                else
                     mapped[i] = table[16383];
-                }
             }
         });
 }
@@ -340,15 +360,13 @@ void Mapping() {
 
 int main(int argc, char** argv) {
     unsigned int threads = 1;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--smoke") == 0) {
+    for (int i = 1; i < argc; ++i)
+        if (std::strcmp(argv[i], "--smoke") == 0)
             g_options = {512, 384, 5, 4, g_options.filter};
-        } else if (std::strcmp(argv[i], "--threads") == 0 && i + 1 < argc) {
+        else if (std::strcmp(argv[i], "--threads") == 0 && i + 1 < argc)
             threads = static_cast<unsigned int>(std::atoi(argv[++i]));
-        } else {
+        else
             g_options.filter = argv[i];
-        }
-    }
     SetProcessingThreads(threads);
     cv::setNumThreads(1);
     std::printf("%d x %d pixels, %u thread(s), %d pairs; ratio is our time over the rival's\n",
@@ -357,6 +375,7 @@ int main(int argc, char** argv) {
     Reduction();
     Demosaicing();
     SwapsAndSplits();
+    Recoloring();
     Histograms();
     Mapping();
     std::printf("%s\n", g_missed ? "some aims were missed" : "every aim was met");

@@ -1,26 +1,28 @@
 // False colour of monochrome images: a window of sample values looked up in a colour map.
-#include "processing/ImageLines.h"
-#include "processing/WorkerPool.h"
+#include "vx3/processing/ColorMaps.h"
+
+#include "processing/EachLine.h"
 #include "processing/colormaps/ColorTables.h"
 #include "processing/kernels/Map.h"
 #include "vx3/image/IFormatConvertor.h"
 
 #include <algorithm>
+#include <iterator>
+#include <strings.h>
 
 namespace VX3 {
 
 namespace {
 
-constexpr unsigned int kLastResolution = ColorResolutionCount - 1;
+constexpr unsigned int LastResolution = ColorResolutionCount - 1;
 
 // The window clips and does not stretch: samples below it look like 0, above it like 255.
 void FillTable8(unsigned int map, std::uint64_t low, std::uint64_t range, std::uint32_t (&table)[256]) {
     low = std::min<std::uint64_t>(low, 255);
     const std::uint64_t high = std::min<std::uint64_t>(low + range, 255);
     const std::uint32_t* entries = g_colorTable[map][0];
-    for (std::uint64_t value = 0; value < 256; ++value) {
+    for (std::uint64_t value = 0; value < 256; ++value)
         table[value] = entries[value < low ? 0 : value <= high ? value : 255];
-    }
 }
 
 // The least resolution that shows every value of the window, and the shift where none does.
@@ -36,12 +38,10 @@ Kernels::MapWindow WindowOf(unsigned int map, std::uint64_t low, std::uint64_t r
     const auto holds = [depth](unsigned int d) {
         return d == 3 && depth < 16 ? std::uint64_t{0x7FE} : std::uint64_t{256} << d;
     };
-    while (resolution < kLastResolution && span > holds(resolution)) {
+    while (resolution < LastResolution && span > holds(resolution))
         ++resolution;
-    }
-    if (depth == 16 && span > 16384) {
+    if (depth == 16 && span > 16384)
         shift = span <= 32768 ? 1 : 2;
-    }
     // A window above every sample: all of them are below it.
     const bool nothing = low > 65535;
     return {static_cast<std::uint16_t>(nothing ? 65535 : low),
@@ -57,38 +57,38 @@ bool IsMappable(PixelFormatValue format) {
 
 std::unique_ptr<IImage> MapImage2RGB8(const IImage& image, unsigned int map, unsigned int low,
                                       unsigned int range, std::shared_ptr<IImagePool> pool) {
-    if (image.GetImageInfo() == nullptr) {
+    if (image.GetImageInfo() == nullptr)
         return nullptr;
-    }
     const ImageInfo& info = *image.GetImageInfo();
     const PixelFormat format(info.pixelFormat);
-    if (!IsMappable(format) || !IsReadableAs(&image, format)) {
+    if (!IsMappable(format) || !IsReadableAs(&image, format))
         return nullptr;
-    }
-    std::unique_ptr<IImage> result = NewResult(image, RGBa8, std::move(pool));
-    if (result == nullptr || info.width == 0) {
-        return result;
-    }
     map = std::min(map, ColorMapMono);
-    const SourceLines source = LinesOf(image);
-    const TargetLines target = LinesOf(*result);
-    std::uint32_t table[256];
-    Kernels::MapWindow window{};
     if (format == Mono8) {
+        std::uint32_t table[256];
         FillTable8(map, low, range, table);
-    } else {
-        window = WindowOf(map, low, range, format.BitDepth());
+        return EachLine(image, RGBa8, std::move(pool),
+                        [&](const std::uint8_t* source, std::uint8_t* target, Kernels::Stores) {
+                            Kernels::MapLine8(source, target, info.width, table);
+                        });
     }
-    ForLines(info.height, std::size_t{info.width} * info.height, [&](std::size_t first, std::size_t last) {
-        for (std::size_t y = first; y < last; ++y) {
-            if (format == Mono8) {
-                Kernels::MapLine8(source.Line(y), target.Line(y), info.width, table);
-            } else {
-                Kernels::MapLine16(source.Line(y), target.Line(y), info.width, window);
-            }
-        }
-    });
-    return result;
+    const Kernels::MapWindow window = WindowOf(map, low, range, format.BitDepth());
+    return EachLine(image, RGBa8, std::move(pool),
+                    [&](const std::uint8_t* source, std::uint8_t* target, Kernels::Stores) {
+                        Kernels::MapLine16(source, target, info.width, window);
+                    });
+}
+
+const std::vector<std::string>& ColorMapNames() {
+    static const std::vector<std::string> names(std::begin(g_colorMapNames), std::end(g_colorMapNames));
+    return names;
+}
+
+int FindColorMap(const std::string& name) {
+    const auto found =
+        std::find_if(std::begin(g_colorMapNames), std::end(g_colorMapNames),
+                     [&name](const char* map) { return ::strcasecmp(map, name.c_str()) == 0; });
+    return found == std::end(g_colorMapNames) ? -1 : static_cast<int>(found - std::begin(g_colorMapNames));
 }
 
 } // namespace VX3

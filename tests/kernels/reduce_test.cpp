@@ -1,3 +1,4 @@
+#include "processing/kernels/Recolor.h"
 #include "processing/kernels/Reduce.h"
 #include "processing/kernels/Samples.h"
 #include "processing/kernels/Swap.h"
@@ -67,9 +68,8 @@ TEST(Reduce, FloatsAreHeldInRange) {
     ForEachTarget([&] {
         for (const std::size_t width : AwkwardWidths()) {
             const auto fill = [&](std::uint8_t* source) {
-                for (std::size_t x = 0; x < width; ++x) {
+                for (std::size_t x = 0; x < width; ++x)
                     PutSample(source, x, floats[x % floats.size()]);
-                }
             };
             ExpectLikeReference(
                 {4 * width, 2 * width, 1, fill},
@@ -97,13 +97,39 @@ TEST(Swap, EveryTargetAgreesWithTheReference) {
                 {3 * width, 3 * width},
                 [&](auto* source, auto* targets) { SwapLine3(source, targets[0], width); },
                 [&](auto* source, auto* targets) { Reference::SwapLine3(source, targets[0], width); });
-            for (const Stores stores : {Stores::Cached, Stores::Streaming}) {
+            for (const Stores stores : {Stores::Cached, Stores::Streaming})
                 ExpectLikeReference(
                     {4 * width, 4 * width},
                     [&](auto* source, auto* targets) { SwapLine4(source, targets[0], width, stores); },
                     [&](auto* source, auto* targets) { Reference::SwapLine4(source, targets[0], width); });
-            }
         }
+    });
+}
+
+TEST(Recolor, EveryTargetAgreesWithTheReference) {
+    ForEachTarget([] {
+        for (const std::size_t width : AwkwardWidths())
+            for (const bool flag : {false, true}) {
+                for (const unsigned int channels : {3U, 4U})
+                    ExpectLikeReference(
+                        {channels * width, width},
+                        [&](auto* source, auto* targets) {
+                            GreyLine(source, targets[0], width, channels, flag);
+                        },
+                        [&](auto* source, auto* targets) {
+                            Reference::GreyLine(source, targets[0], width, channels, flag);
+                        });
+                ExpectLikeReference(
+                    {width, 3 * width},
+                    [&](auto* source, auto* targets) { SpreadLine(source, targets[0], width); },
+                    [&](auto* source, auto* targets) { Reference::SpreadLine(source, targets[0], width); });
+                ExpectLikeReference(
+                    {4 * width, 3 * width},
+                    [&](auto* source, auto* targets) { NarrowLine(source, targets[0], width, flag); },
+                    [&](auto* source, auto* targets) {
+                        Reference::NarrowLine(source, targets[0], width, flag);
+                    });
+            }
     });
 }
 

@@ -13,5 +13,6 @@ constexpr unsigned int ColorMapMono = 11; // the grey ramp, the last map
 
 // [map][d]: 2^(8 + d) entries, each a word whose bytes in memory are R, G, B, 255.
 extern const std::uint32_t* const g_colorTable[ColorMapCount][ColorResolutionCount];
+extern const char* const g_colorMapNames[ColorMapCount];
 
 } // namespace VX3

@@ -12,8 +12,8 @@ namespace {
 
 using VX3::ColorMaps::Definition;
 
-constexpr unsigned int kFirstBits = 8;
-constexpr unsigned int kResolutions = 7;
+constexpr unsigned int FirstBits = 8;
+constexpr unsigned int Resolutions = 7;
 
 // R, G, B, A in memory order on the little-endian machines we build for.
 std::uint32_t Entry(unsigned int red, unsigned int green, unsigned int blue) {
@@ -36,7 +36,7 @@ std::uint32_t GreyEntry(unsigned int index, unsigned int bits) {
 }
 
 std::string TableName(const std::string& map, unsigned int resolution) {
-    return "g_" + map + "_" + std::to_string(kFirstBits + resolution) + "i";
+    return "g_" + map + "_" + std::to_string(FirstBits + resolution) + "i";
 }
 
 template <class EntryOf>
@@ -62,22 +62,25 @@ int main(int argc, char** argv) {
         << "namespace VX3 {\n";
     const auto maps = VX3::ColorMaps::Definitions();
     std::string rows;
+    std::string names;
     for (std::size_t map = 0; map <= maps.size(); ++map) {
         const bool grey = map == maps.size();
         const std::string name = grey ? "Mono" : maps[map].name;
+        names += "\"" + name + "\", ";
         rows += "    {";
-        for (unsigned int d = 0; d < kResolutions; ++d) {
-            const unsigned int bits = kFirstBits + d;
+        for (unsigned int d = 0; d < Resolutions; ++d) {
+            const unsigned int bits = FirstBits + d;
             const unsigned int size = 1U << bits;
             WriteTable(out, TableName(name, d), size, [&](unsigned int i) {
                 return grey ? GreyEntry(i, bits) : MapEntry(maps[map], i, size);
             });
-            rows += TableName(name, d) + (d + 1 < kResolutions ? ", " : "");
+            rows += TableName(name, d) + (d + 1 < Resolutions ? ", " : "");
         }
         rows += "},\n";
     }
     out << "const std::uint32_t* const g_colorTable[ColorMapCount][ColorResolutionCount] = {\n"
-        << rows << "};\n} // namespace VX3\n";
+        << rows << "};\nconst char* const g_colorMapNames[ColorMapCount] = {" << names
+        << "};\n} // namespace VX3\n";
     out.close();
     return out ? 0 : 1;
 }
