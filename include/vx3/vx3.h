@@ -356,6 +356,34 @@ VX3_C_API int Stream_AutoSetNodeValue_Buffer(SubDevice* camera, unsigned int str
                                              DeviceParamSetResult* results, unsigned int capacity,
                                              unsigned int* count);
 
+/* ======================================================================================================== */
+/* What clients of the library have always had ends here; the functions below were added to it.             */
+/* ======================================================================================================== */
+
+/* ---- Colours of images --------------------------------------------------------------------------------- */
+
+/*
+ * Makes a new image of `image` in 8-bit grey or colour: PFNC Mono8 (0x01080001), RGB8 (0x02180014) or BGR8
+ * (0x02180015), of every pixel format that the library knows. Samples of more than 8 bits keep their upper 8,
+ * mosaics become colour. Lines of the result begin dataSize / height bytes apart. The caller recycles
+ * *result. 0x80000006: another format is wanted, the image's own is unknown, or there is no memory; *result
+ * is null then.
+ */
+VX3_C_API int Image_ConvertTo(Image* image, uint32_t pixelFormat, Image** result);
+/*
+ * Makes a new RGBa8 image of a monochrome one in false colour: samples from `low` to `low + range` in the
+ * colours of that map, those below and above in its first and last. A map beyond the last one is grey.
+ * 0x80000006: the image is not Mono8 to Mono16, or there is no memory.
+ */
+VX3_C_API int Image_Map2RGB8(Image* image, unsigned int map, unsigned int low, unsigned int range,
+                             Image** result);
+/* How many colour maps there are. */
+VX3_C_API int ColorMap_Count(void);
+/* Copies the name of a map. 0; -1 null buffer, or a map beyond the last; -2 too small. */
+VX3_C_API int ColorMap_Name(unsigned int map, char* buf, size_t size);
+/* The number of the map with that name, whatever the case of its letters; -1 when there is none. */
+VX3_C_API int ColorMap_Find(const char* name);
+
 #ifdef __cplusplus
 }
 #endif

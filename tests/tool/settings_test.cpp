@@ -1,5 +1,5 @@
 // Settings as text: selectors, order, and what a person may type.
-#include "ToolError.h"
+#include "base/ToolError.h"
 #include "features/Feature.h"
 #include "features/FeatureLoader.h"
 #include "features/FeatureSaver.h"

@@ -1,6 +1,6 @@
 // The command-line program: finds cameras, reads and writes their features, grabs pictures.
-#include "Console.h"
-#include "GlobalOptions.h"
+#include "base/Console.h"
+#include "base/GlobalOptions.h"
 #include "commands/Command.h"
 
 #include <CLI/CLI.hpp>

@@ -1,7 +1,7 @@
 #include "commands/Assignments.h"
 
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 
 #include <CLI/CLI.hpp>
 

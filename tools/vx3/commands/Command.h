@@ -1,7 +1,7 @@
 // One verb of the program: its arguments and what it does.
 #pragma once
 
-#include "GlobalOptions.h"
+#include "base/GlobalOptions.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

@@ -1,7 +1,7 @@
 // vx3 description: loads a description file without a camera and shows what is in it and what is wrong with
 // it.
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/FeatureTree.h"
 #include "vx3/genicam/DescriptionCheck.h"

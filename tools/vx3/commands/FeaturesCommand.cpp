@@ -1,5 +1,5 @@
 // vx3 features: a camera's features by category.
-#include "Console.h"
+#include "base/Console.h"
 #include "commands/Commands.h"
 #include "features/FeatureTree.h"
 #include "search/Connection.h"

@@ -1,6 +1,6 @@
 // vx3 force-ip: gives a camera an address until its next restart, also when it is in another subnet.
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
 #include "vx3/core/Utilities.h"

@@ -1,6 +1,6 @@
 // vx3 get: values of features.
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/Feature.h"
 #include "features/FeatureText.h"

@@ -1,7 +1,7 @@
 // vx3 grab: streams frames and saves them as pictures.
-#include "Console.h"
-#include "Interrupt.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/Interrupt.h"
+#include "base/ToolError.h"
 #include "commands/Assignments.h"
 #include "commands/Commands.h"
 #include "grab/GrabSession.h"
@@ -9,7 +9,7 @@
 #include "grab/ImageWriter.h"
 #include "search/Connection.h"
 #include "vx3/core/Utilities.h"
-#include "vx3/genicam/IGenIObj.h"
+#include "vx3/gev/StreamPacketSize.h"
 
 #include <filesystem>
 #include <optional>
@@ -44,23 +44,15 @@ void ParseMap(const std::string& text, PictureOptions& picture) {
     }
 }
 
-// Through the feature; a description without it leaves the bootstrap register of stream channel 0, whose low
-// 16 bits are the size and whose other bits stay as they are.
+// Through the feature; where a description lacks it, through the transport.
 void SetPacketSize(const Connection& connection, unsigned int size) {
-    constexpr unsigned long long PacketSizeRegister = 0x0D04;
     if (connection.Nodes()->GetNode("GevSCPSPacketSize") != nullptr) {
         Assign(connection, {"GevSCPSPacketSize", std::to_string(size)});
         return;
     }
-    auto* registers = dynamic_cast<IGenIObj*>(&connection.Device());
-    unsigned char bytes[4] = {};
-    if (registers == nullptr || TransportName(connection.Device()) != "gige")
+    const StatusCode code = SetStreamPacketSize(connection.Device(), 0, size);
+    if (code == Status::NotSupported)
         throw ToolError(Describe(connection.Found()) + " has no packet size");
-    StatusCode code = registers->ReadPort(PacketSizeRegister, bytes, sizeof(bytes));
-    bytes[2] = static_cast<unsigned char>(size >> 8);
-    bytes[3] = static_cast<unsigned char>(size);
-    if (!Failed(code))
-        code = registers->WritePort(PacketSizeRegister, bytes, sizeof(bytes));
     if (Failed(code))
         throw ToolError("the packet size could not be set", code);
 }
@@ -129,9 +121,9 @@ private:
         writer_.save = !noSave_;
         writer_.queueBytes = static_cast<std::uint64_t>(queueMegabytes_) * 1024 * 1024;
         if (conversion_ == "rgb8")
-            writer_.picture.conversion = Conversion::Rgb8;
+            writer_.picture.conversion = RGB8;
         else if (conversion_ == "mono8")
-            writer_.picture.conversion = Conversion::Mono8;
+            writer_.picture.conversion = Mono8;
         if (!map_.empty())
             ParseMap(map_, writer_.picture);
         std::error_code error;

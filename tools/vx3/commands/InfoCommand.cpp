@@ -1,5 +1,5 @@
 // vx3 info: everything that is known of one camera without changing it.
-#include "Console.h"
+#include "base/Console.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
 #include "search/Connection.h"

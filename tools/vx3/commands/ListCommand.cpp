@@ -1,5 +1,5 @@
 // vx3 list: the cameras that answer now.
-#include "Console.h"
+#include "base/Console.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
 #include "search/Connection.h"

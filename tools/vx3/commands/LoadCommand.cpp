@@ -1,6 +1,6 @@
 // vx3 load: a camera's settings from a text file.
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/FeatureLoader.h"
 #include "search/Connection.h"

@@ -1,6 +1,6 @@
 // vx3 monitor: reports cameras found, lost and changed as it happens.
-#include "Console.h"
-#include "Interrupt.h"
+#include "base/Console.h"
+#include "base/Interrupt.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
 #include "search/Connection.h"

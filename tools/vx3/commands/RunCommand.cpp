@@ -1,5 +1,5 @@
 // vx3 run: executes a command feature.
-#include "ToolError.h"
+#include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/FeatureText.h"
 #include "search/Connection.h"

@@ -1,6 +1,6 @@
 // vx3 save: a camera's settings as a text file.
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/FeatureSaver.h"
 #include "search/Connection.h"

@@ -1,5 +1,5 @@
 // vx3 set: writes features, in the order given.
-#include "Console.h"
+#include "base/Console.h"
 #include "commands/Assignments.h"
 #include "commands/Commands.h"
 

@@ -1,5 +1,5 @@
 // vx3 version: versions of the library.
-#include "Console.h"
+#include "base/Console.h"
 #include "commands/Commands.h"
 #include "vx3/library/System.h"
 

@@ -1,6 +1,6 @@
 // vx3 xml: the description that a camera publishes.
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "search/Connection.h"
 #include "vx3/genicam/DescriptionCheck.h"

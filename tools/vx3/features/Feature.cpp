@@ -1,6 +1,6 @@
 #include "features/Feature.h"
 
-#include "ToolError.h"
+#include "base/ToolError.h"
 #include "features/FeatureText.h"
 
 #include <cfloat>

@@ -1,7 +1,7 @@
 // One feature as it stands now: everything that is shown of it, read once.
 #pragma once
 
-#include "Console.h"
+#include "base/Console.h"
 #include "vx3/genicam/INode.h"
 
 #include <string>

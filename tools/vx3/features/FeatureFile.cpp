@@ -1,7 +1,7 @@
 #include "features/FeatureFile.h"
 
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 
 namespace VX3::Tool {
 

@@ -1,7 +1,7 @@
 #include "features/FeatureSaver.h"
 
-#include "Console.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/ToolError.h"
 #include "features/FeatureText.h"
 
 namespace VX3::Tool {

@@ -1,6 +1,6 @@
 #include "features/FeatureText.h"
 
-#include "ToolError.h"
+#include "base/ToolError.h"
 #include "features/ValueParser.h"
 #include "vx3/genicam/GenICamPointer.h"
 

@@ -1,6 +1,6 @@
 #include "features/ValueParser.h"
 
-#include "ToolError.h"
+#include "base/ToolError.h"
 
 #include <algorithm>
 #include <cctype>

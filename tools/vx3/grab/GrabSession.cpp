@@ -1,7 +1,7 @@
 #include "grab/GrabSession.h"
 
-#include "Interrupt.h"
-#include "ToolError.h"
+#include "base/Interrupt.h"
+#include "base/ToolError.h"
 
 #include <cstdio>
 #include <sys/resource.h>

@@ -2,7 +2,7 @@
 // sums up. Owned by the verb.
 #pragma once
 
-#include "Console.h"
+#include "base/Console.h"
 #include "grab/ImageWriter.h"
 #include "vx3/core/Mutex.h"
 #include "vx3/device/IDevice.h"

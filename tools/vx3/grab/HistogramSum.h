@@ -1,7 +1,7 @@
 // The histograms of many frames added up, a channel each, with figures and a plot. One thread at a time.
 #pragma once
 
-#include "Console.h"
+#include "base/Console.h"
 #include "vx3/image/IImage.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "grab/ImageWriter.h"
 
-#include "ToolError.h"
+#include "base/ToolError.h"
 #include "vx3/processing/SaveLoadImage.h"
 
 #include <cstdio>

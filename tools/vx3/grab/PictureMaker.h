@@ -9,12 +9,10 @@
 
 namespace VX3::Tool {
 
-enum class Conversion { None, Rgb8, Mono8 };
-
 struct PictureOptions {
-    std::string format = "png"; // png, tiff, bmp or raw
-    Conversion conversion = Conversion::None;
-    bool map = false; // false colour of mono images
+    std::string format = "png";                  // png, tiff, bmp or raw
+    PixelFormatValue conversion = InvalidFormat; // Mono8 or RGB8; invalid: none
+    bool map = false;                            // false colour of mono images
     unsigned int mapIndex = 0;
     unsigned int mapLow = 0;
     unsigned int mapRange = 0; // 0: up to the format's largest sample
@@ -33,13 +31,10 @@ private:
     using Picture = std::shared_ptr<IImage>;
 
     Picture Unpacked(const Picture& image) const;
-    Picture Reduced(const Picture& image) const;
+    Picture Converted(const Picture& image, PixelFormatValue format) const;
     Picture ScaledTo16(const Picture& image) const;
-    Picture ToMono8(const Picture& image) const;
-    Picture ToRgb8(const Picture& image) const;
     Picture Mapped(const Picture& image) const;
     Picture InFileOrder(const Picture& image) const;
-    Picture Recoloured(const Picture& image, PixelFormatValue format) const;
 
     const PictureOptions options_;
     const std::shared_ptr<IImagePool> pool_;

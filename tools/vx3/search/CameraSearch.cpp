@@ -1,8 +1,8 @@
 #include "search/CameraSearch.h"
 
-#include "Console.h"
-#include "Interrupt.h"
-#include "ToolError.h"
+#include "base/Console.h"
+#include "base/Interrupt.h"
+#include "base/ToolError.h"
 #include "vx3/core/Utilities.h"
 #include "vx3/device/IEnumerationRounds.h"
 #include "vx3/library/System.h"

@@ -2,7 +2,7 @@
 // with it the interfaces; lives as long as a verb works with a camera.
 #pragma once
 
-#include "GlobalOptions.h"
+#include "base/GlobalOptions.h"
 #include "vx3/device/IManager.h"
 
 #include <memory>

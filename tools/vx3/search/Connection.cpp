@@ -1,6 +1,6 @@
 #include "search/Connection.h"
 
-#include "ToolError.h"
+#include "base/ToolError.h"
 #include "vx3/core/Utilities.h"
 
 #include <utility>

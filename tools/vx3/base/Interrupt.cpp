@@ -1,4 +1,4 @@
-#include "Interrupt.h"
+#include "base/Interrupt.h"
 
 #include <csignal>
 

@@ -1,4 +1,4 @@
-#include "ToolError.h"
+#include "base/ToolError.h"
 
 #include <cstdio>
 
