@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 #include <utility>
 
 namespace VX3 {
@@ -29,9 +31,13 @@ StatusCode SetLock(IConfigurer& configurer, unsigned int locked) {
     return configurer.SetNodeValue(LockFeature, locked);
 }
 
-// The bytes of the first of `directories` + `path` that can be read.
+// The bytes of the first of `directories` + `path` that can be read. Regular files only: opening a pipe that
+// a camera names would wait for a writer, opening a device may do anything.
 std::unique_ptr<XmlData> ReadFirst(const std::vector<std::string>& directories, const std::string& path) {
     for (const std::string& directory : directories) {
+        std::error_code error;
+        if (!std::filesystem::is_regular_file(directory + path, error))
+            continue;
         std::ifstream file(directory + path, std::ios::binary | std::ios::ate);
         const std::streamoff size = file ? static_cast<std::streamoff>(file.tellg()) : -1;
         if (size <= 0 || size > GenIDevice::MaxDescriptionSize)

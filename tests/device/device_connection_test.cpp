@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <sys/stat.h>
 
 using namespace VX3;
 using namespace VX3::Testing;
@@ -164,6 +165,9 @@ TEST(Device, FindsItsDescriptionWhereTheUrlSays) {
     EXPECT_EQ(size("file://" + path), -1) << "two slashes are no prefix";
     EXPECT_EQ(size("File:///" + path), 4);
     EXPECT_EQ(device->GetXmlData()->GetXmlName(), path);
+    std::remove(path.c_str());
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(size("File:///" + path), -1) << "a pipe would keep the caller waiting";
     std::remove(path.c_str());
 }
 
