@@ -113,7 +113,8 @@ TEST(Settings, ReportWhatCannotBeSetAndGoOn) {
 }
 
 TEST(Settings, RefuseLinesThatAreNone) {
-    for (const char* text : {"Width", "= 3", "A[B=1 = 2", "A[B] = 2", "A[B=1]x = 2", "A = \"open"}) {
+    for (const char* text :
+         {"Width", "= 3", "A[B=1 = 2", "A[B] = 2", "A[ =1] = 2", "A[B=1]x = 2", "A = \"open"}) {
         std::istringstream lines(text);
         EXPECT_THROW(ReadLines(lines), ToolError) << text;
     }

@@ -23,9 +23,10 @@ bool ParseSelectors(const std::string& text, FeatureLine& line) {
         const std::size_t comma = std::min(text.find(',', from), text.size());
         const std::string pair = text.substr(from, comma - from);
         const std::size_t equals = pair.find('=');
-        if (equals == std::string::npos || equals == 0)
+        const std::string name = Trimmed(pair.substr(0, equals));
+        if (equals == std::string::npos || name.empty())
             return false;
-        line.selectors.emplace_back(Trimmed(pair.substr(0, equals)), Trimmed(pair.substr(equals + 1)));
+        line.selectors.emplace_back(name, Trimmed(pair.substr(equals + 1)));
         from = comma + 1;
     }
     return true;
