@@ -17,6 +17,13 @@ if(VX3_SANITIZE)
   add_compile_options(-fsanitize=${VX3_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VX3_SANITIZE})
 endif()
+if(VX3_BUILD_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "The fuzz targets need clang: cmake --preset fuzz")
+  endif()
+  # The library too, not the targets alone: the engine steers by what it sees of the code under test.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # vx3_folder(NAME PATH LINKS...): the archive vx3_NAME over every source in src/PATH.
 function(vx3_folder name path)

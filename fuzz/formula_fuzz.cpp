@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -25,7 +27,10 @@ void Run(std::string_view text, const FormulaScope& scope) {
         for (const T value : {T(0), T(-1), T(7)}) {
             const std::vector<T> values(formula.Slots().size(), value);
             try {
-                formula.Evaluate(values.data());
+                const T result = formula.Evaluate(values.data());
+                const T again = formula.Evaluate(values.data());
+                if (std::memcmp(&result, &again, sizeof(T)) != 0)
+                    std::abort();
             } catch (const FormulaError&) {
             }
         }

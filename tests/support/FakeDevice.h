@@ -122,14 +122,14 @@ public:
             std::memcpy(buffer, url.data(), std::min<std::size_t>(url.size(), length));
             return Status::Ok;
         }
-        if (address + length > memory.size())
+        if (address > memory.size() || length > memory.size() - address)
             return Status::NotFound;
         std::memcpy(buffer, memory.data() + address, length);
         return Status::Ok;
     }
     StatusCode WritePort(unsigned long long address, const unsigned char* buffer,
                          unsigned int length) override {
-        if (address + length > memory.size())
+        if (address > memory.size() || length > memory.size() - address)
             return Status::NotFound;
         calls.Add("write " + std::to_string(address) + " " + std::to_string(buffer[0]));
         std::memcpy(memory.data() + address, buffer, length);
