@@ -5,15 +5,15 @@
 //
 // Input: command (1 byte), request id (2), address (8), count (2), device's pending time-out in 100 ms (1);
 // then datagrams: delay in 10 ms (1), size (1; 0: all the rest), bytes.
+#include "FuzzInput.h"
 #include "gev/protocol/DiscoveryInfo.h"
 #include "gev/protocol/GvcpCodec.h"
 #include "support/GvcpReencode.h"
 #include "support/TransactionLab.h"
 
-#include <cstdlib>
-
 using namespace VX3;
 using namespace VX3::Gvcp;
+using Fuzz::Require;
 using Test::Bytes;
 
 namespace {
@@ -22,11 +22,6 @@ constexpr long AttemptMs = 200;
 constexpr Command Commands[] = {Command::ReadReg,   Command::WriteReg,    Command::ReadMem,
                                 Command::ReadMemEx, Command::WriteMem,    Command::WriteMemEx,
                                 Command::Discovery, Command::PacketResend};
-
-void Require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 void CheckPacket(const Bytes& packet) {
     static Bytes once(70000);

@@ -256,10 +256,12 @@ TEST(GvspLoss, ARefusalEndsTheWaitForItsBlock) {
     lab.GiveRange(1, 102, lab.Shape().TrailerId());
     lab.GiveBlock(2);
     EXPECT_TRUE(lab.Images().empty());
-    Datagram later = lab.Make(1, 101, 0x8010);
-    later.resize(8);
-    (void)lab.Give(later); // not there yet: may be asked for again
-    EXPECT_TRUE(lab.Images().empty());
+    for (const std::uint16_t status : {0x8010, 0x8014}) {
+        Datagram later = lab.Make(1, 101, status); // not there yet, or not now: may be asked for again
+        later.resize(8);
+        (void)lab.Give(later);
+        EXPECT_TRUE(lab.Images().empty());
+    }
     Datagram gone = lab.Make(1, 101, 0x8012);
     gone.resize(8);
     EXPECT_EQ(lab.Give(gone), Status::Malformed);

@@ -2,7 +2,6 @@
 
 #include "support/Hex.h"
 
-#include <array>
 #include <gtest/gtest.h>
 
 namespace VX3 {
@@ -10,10 +9,6 @@ namespace Test {
 namespace {
 
 using namespace Gvsp;
-
-std::uint32_t Word(const std::uint8_t* p) {
-    return Wire::Load<std::uint32_t>(p);
-}
 
 TEST(Gvsp, BothHeaderFormsHaveThePublishedBytesAndAreWholeOrRefused) {
     const struct {
@@ -43,54 +38,43 @@ TEST(Gvsp, BothHeaderFormsHaveThePublishedBytesAndAreWholeOrRefused) {
     }
 }
 
-TEST(Gvsp, LeadersCarryWhatTheirPayloadTypeNeeds) {
-    std::array<std::uint8_t, 64> bytes{};
+TEST(Gvsp, LeadersAndTrailersCarryWhatTheirPayloadTypeNeeds) {
+    const Bytes image =
+        FromHex("00000001 01020304 05060708 01080001 00000780 000004b0 00000010 00000008 00030004");
     Leader leader;
-    leader.timeStamp = 0x0102030405060708ULL;
-    leader.pixelFormat = 0x01080001;
-    leader.sizeX = 1920;
-    leader.sizeY = 1200;
-    leader.offsetX = 16;
-    leader.offsetY = 8;
-    leader.paddingX = 3;
-    ASSERT_EQ(EncodeLeader({bytes.data(), bytes.size()}, {1, 0, 0, 0, false}, leader), 44U);
-    EXPECT_EQ(Word(&bytes[8]), 0x00000001U) << "payload type";
-    EXPECT_EQ(Word(&bytes[12]), 0x01020304U);
-    EXPECT_EQ(Word(&bytes[20]), 0x01080001U);
-    EXPECT_EQ(Word(&bytes[24]), 1920U);
-    EXPECT_EQ(Word(&bytes[28]), 1200U);
-    Leader read;
-    ASSERT_TRUE(DecodeLeader({&bytes[8], 36}, read));
-    EXPECT_EQ(read.timeStamp, leader.timeStamp);
-    EXPECT_EQ(read.sizeY, 1200U);
-    EXPECT_EQ(read.offsetY, 8U);
-    EXPECT_EQ(read.paddingX, 3);
+    ASSERT_TRUE(DecodeLeader({image.data(), 36}, leader));
+    EXPECT_EQ(leader.timeStamp, 0x0102030405060708ULL);
+    EXPECT_EQ(leader.pixelFormat, 0x01080001U);
+    EXPECT_EQ(leader.sizeY, 1200U);
+    EXPECT_EQ(leader.offsetY, 8U);
+    EXPECT_EQ(leader.paddingX, 3);
+    Bytes made(HeaderSize(false) + 36);
+    ASSERT_EQ(EncodeLeader({made.data(), made.size()}, {1, 0, 0, 0, false}, leader), made.size());
+    EXPECT_EQ(Bytes(made.begin() + 8, made.end()), image);
 
-    EXPECT_FALSE(DecodeLeader({&bytes[8], 35}, read)) << "an image leader is whole or nothing";
-    Wire::Store<std::uint16_t>(&bytes[10], PayloadType::DeviceSpecific);
-    EXPECT_TRUE(DecodeLeader({&bytes[8], 20}, read));
-    EXPECT_TRUE(read.IsPlainBytes());
-    EXPECT_EQ(read.sizeX, 1920U);
-    EXPECT_EQ(read.sizeY, 0U) << "not reached by the packet";
-    EXPECT_FALSE(DecodeLeader({&bytes[8], 19}, read));
-    Wire::Store<std::uint16_t>(&bytes[10], 4);
-    EXPECT_TRUE(DecodeLeader({&bytes[8], 12}, read));
-    EXPECT_FALSE(DecodeLeader({&bytes[8], 11}, read));
+    Bytes plain = image;
+    Wire::Store<std::uint16_t>(&plain[2], PayloadType::DeviceSpecific);
+    EXPECT_TRUE(DecodeLeader({plain.data(), 20}, leader) && leader.IsPlainBytes());
+    EXPECT_EQ(leader.sizeX, 1920U);
+    EXPECT_EQ(leader.sizeY, 0U) << "not reached by the packet";
+    Bytes other = image;
+    Wire::Store<std::uint16_t>(&other[2], 4);
+    EXPECT_TRUE(DecodeLeader({other.data(), 12}, leader));
+    EXPECT_FALSE(DecodeLeader({image.data(), 35}, leader)) << "an image leader is whole or nothing";
+    EXPECT_FALSE(DecodeLeader({plain.data(), 19}, leader));
+    EXPECT_FALSE(DecodeLeader({other.data(), 11}, leader));
+
+    ASSERT_EQ(EncodeTrailer({made.data(), 16}, {1, 686, 0, 0, false}, {PayloadType::Image, 1000}), 16U);
+    EXPECT_EQ(Bytes(made.begin() + 8, made.begin() + 16), FromHex("00000001 000003e8"));
+    Trailer trailer;
+    ASSERT_TRUE(DecodeTrailer({&made[8], 8}, trailer));
+    EXPECT_EQ(trailer.sizeY, 1000U);
+    ASSERT_TRUE(DecodeTrailer({&made[8], 7}, trailer));
+    EXPECT_EQ(trailer.sizeY, 0U);
+    EXPECT_FALSE(DecodeTrailer({&made[8], 3}, trailer));
 }
 
-TEST(Gvsp, TrailersAndGeometry) {
-    std::array<std::uint8_t, 32> bytes{};
-    ASSERT_EQ(EncodeTrailer({bytes.data(), bytes.size()}, {1, 686, 0, 0, false}, {PayloadType::Image, 1000}),
-              16U);
-    EXPECT_EQ(Word(&bytes[8]), 1U);
-    EXPECT_EQ(Word(&bytes[12]), 1000U);
-    Trailer trailer;
-    ASSERT_TRUE(DecodeTrailer({&bytes[8], 8}, trailer));
-    EXPECT_EQ(trailer.sizeY, 1000U);
-    ASSERT_TRUE(DecodeTrailer({&bytes[8], 7}, trailer));
-    EXPECT_EQ(trailer.sizeY, 0U);
-    EXPECT_FALSE(DecodeTrailer({&bytes[8], 3}, trailer));
-
+TEST(Gvsp, SizesAndIds) {
     EXPECT_EQ(DataPerPacket(1500, false), 1464U);
     EXPECT_EQ(DataPerPacket(1500, true), 1452U);
     EXPECT_EQ(DataPerPacket(36, false), 0U);

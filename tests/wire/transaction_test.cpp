@@ -77,6 +77,7 @@ public:
         return answer;
     }
     WireFrame FrameOf(WireBytes arrived) const override {
+        EXPECT_NE(arrived.size, 0U);
         for (std::size_t at = 0; at < arrived.size; ++at) {
             const std::uint8_t* p = arrived.data + at;
             const std::size_t left = arrived.size - at;
@@ -257,6 +258,14 @@ TEST_F(LineTransaction, ItsOwnerMayGiveUpOrHaveNothingToSend) {
     EXPECT_EQ(lab.Finish({}), Outcome::TimedOut);
     EXPECT_TRUE(lab.sent.empty());
     EXPECT_EQ(lab.endMs, 100);
+
+    // A carrier that claims more than it was given room for.
+    lab.machine.Start(ReadFour, Id, Limits);
+    ASSERT_EQ(lab.machine.Next({}), Transaction::Step::Send);
+    lab.machine.Room().data[0] = 1;
+    lab.machine.Received(1, {});
+    lab.machine.Received(100, {});
+    EXPECT_LE(lab.machine.Room().size, Line::Header + Line::MostPayload);
 
     // A carrier that is not ready uses the attempts up without any wait.
     Transaction& machine = lab.machine;
