@@ -40,7 +40,7 @@ ROOMS = {
     "genicam": "core platform/genapi/include <system>",
     "device": "core image genicam <system>",
     "gev/params": "",
-    "gev/protocol": "core wire",
+    "gev/protocol": "core wire gev/params",
     "gev/net": "core gev/params <system>",
     "gev/control": "core wire gev/params gev/protocol gev/net <system>",
     "gev/stream": "core image device wire gev/params gev/protocol",
@@ -73,7 +73,12 @@ ROOMS = {
 HOMES = {
     "include/vx3/vx3.h": "capi",
     "include/vx3/gev/NetParam.h": "gev/params",  # the lowest of the rooms of gev; src/ has nothing in it
+    "include/vx3/gev/GvcpCommand.h": "gev/params",
+    "include/vx3/gev/GvspBlock.h": "gev/params",
+    "include/vx3/simulated/Block.h": "simulated/camera",
     "include/vx3/simulated/Camera.h": "simulated/camera",
+    "include/vx3/simulated/CameraConfig.h": "simulated/camera",
+    "include/vx3/simulated/CameraScript.h": "simulated/camera",
     "tools/vx3/Console": "tools/vx3/base",
     "tools/vx3/ToolError": "tools/vx3/base",
     "tools/vx3/Interrupt": "tools/vx3/base",

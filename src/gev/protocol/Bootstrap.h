@@ -40,6 +40,7 @@ namespace Bootstrap {
     X(TickFrequencyLow, 0x0940, 4, "timestamp tick frequency low")                                           \
     X(GvcpConfiguration, 0x0954, 4, "GVCP configuration")                                                    \
     X(PendingTimeout, 0x0958, 4, "pending time-out")                                                         \
+    X(GvspConfiguration, 0x0960, 4, "GVSP configuration")                                                    \
     X(ControlChannelPrivilege, 0x0A00, 4, "control channel privilege")                                       \
     X(StreamPort, 0x0D00, 4, "stream channel port")                                                          \
     X(StreamPacketSize, 0x0D04, 4, "stream channel packet size")                                             \
@@ -75,8 +76,8 @@ constexpr std::uint32_t WriteMemSupported = 0x00000002U;
 constexpr std::uint32_t ConcatenationSupported = 0x00000001U;
 // GVSP capability: the stream source port register is valid.
 constexpr std::uint32_t SourcePortValid = 0x80000000U;
-// Stream configuration (and, on channel level, leader flags): extended block and packet ids.
-constexpr std::uint32_t ExtendedIdsEnabled = 0x00000001U;
+// GVSP configuration: 64-bit block and 32-bit packet ids.
+constexpr std::uint32_t ExtendedIdsSelected = 0x40000000U;
 
 // The register's name for logs, channel registers of any channel included; "manufacturer register" or
 // "reserved register" for the rest. Never null.

@@ -1,11 +1,12 @@
 // GigE Vision Control Protocol: command and acknowledgement packets, both directions. The same codecs serve
-// the client, simulated and scripted cameras, tests and fuzzers. No sockets, no allocation.
+// the client, the simulated camera, tests and fuzzers. No sockets, no allocation.
 //
 // Encoders write one whole packet and return its size, 0 when it does not fit the room. Decoders take the
 // payload of a packet whose header DecodeCommand or DecodeAck has read; they return false for a payload that
 // is too short and read nothing past it. Values are in host order.
 #pragma once
 
+#include "vx3/gev/GvcpCommand.h"
 #include "wire/WireCursor.h"
 
 #include <cstddef>
@@ -33,19 +34,6 @@ constexpr std::uint8_t BroadcastAck = 0x10;
 constexpr std::uint8_t ExtendedIds = 0x10;
 } // namespace Flag
 
-enum class Command : std::uint16_t {
-    Discovery = 0x0002,
-    ForceIp = 0x0004,
-    PacketResend = 0x0040,
-    ReadReg = 0x0080,
-    WriteReg = 0x0082,
-    ReadMem = 0x0084,
-    WriteMem = 0x0086,
-    // Device-specific: memory access with 64-bit addresses.
-    ReadMemEx = 0x8084,
-    WriteMemEx = 0x8086,
-};
-
 enum class Ack : std::uint16_t {
     Discovery = 0x0003,
     ForceIp = 0x0005,
@@ -70,6 +58,7 @@ constexpr std::uint16_t BadAlignment = 0x8005;
 constexpr std::uint16_t AccessDenied = 0x8006;
 constexpr std::uint16_t Busy = 0x8007;
 constexpr std::uint16_t PacketUnavailable = 0x800C;
+constexpr std::uint16_t InvalidHeader = 0x800E;
 constexpr std::uint16_t PacketNotYetAvailable = 0x8010; // may be asked for again
 constexpr std::uint16_t PacketAndPreviousRemovedFromMemory = 0x8011;
 constexpr std::uint16_t PacketRemovedFromMemory = 0x8012;

@@ -2,6 +2,7 @@
 // directions. Header decoding is inline: it runs once a packet on the receive path.
 #pragma once
 
+#include "vx3/gev/GvspBlock.h"
 #include "wire/WireCursor.h"
 
 #include <cstddef>
@@ -21,12 +22,6 @@ constexpr std::uint8_t FormatMask = 0x0F;
 constexpr std::uint32_t MaxStandardPacketId = 0x00FFFFFFU;
 
 enum class Format : std::uint8_t { Leader = 1, Trailer = 2, Payload = 3 };
-
-namespace PayloadType {
-constexpr std::uint16_t Image = 1;
-constexpr std::uint16_t Jpeg = 6;                // a plain byte count
-constexpr std::uint16_t DeviceSpecific = 0x8001; // a plain byte count
-} // namespace PayloadType
 
 // Bit 15 of a packet's status marks an error; other statuses (0x0100: resent) are successes with a flag.
 constexpr bool IsErrorStatus(std::uint16_t status) {

@@ -1,0 +1,32 @@
+// What stands behind a GVCP server: registers, and what they set in motion. Called on the server's thread.
+#pragma once
+
+#include "gev/protocol/Gvcp.h"
+#include "vx3/gev/NetParam.h"
+
+#include <chrono>
+#include <cstdint>
+
+namespace VX3 {
+namespace Simulated {
+
+class IGvcpTarget {
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    virtual ~IGvcpTarget() = default;
+    // Both give a GigE Vision status and do all or nothing. Access is settled already; register accesses come
+    // as their four bytes.
+    virtual std::uint16_t Read(std::uint64_t address, WireRoom room) = 0;
+    virtual std::uint16_t Write(std::uint64_t address, WireBytes bytes) = 0;
+    // The control channel privilege changed hands; 0: nobody holds it any more.
+    virtual void ControlChanged(std::uint32_t privilege) = 0;
+    // The request names this camera.
+    virtual void ForceIp(const Gvcp::ForceIpRequest& request) = 0;
+    virtual void Resend(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, TimePoint now) = 0;
+    // Called every few milliseconds. True when it wants to be called again as soon as possible.
+    virtual bool Tick(TimePoint now) = 0;
+};
+
+} // namespace Simulated
+} // namespace VX3
