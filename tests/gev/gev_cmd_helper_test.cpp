@@ -2,7 +2,7 @@
 
 #include "gev/net/SocketPort.h"
 #include "support/Hex.h"
-#include "support/ScriptedCamera.h"
+#include "support/TestCamera.h"
 
 #include <arpa/inet.h>
 #include <chrono>
@@ -15,6 +15,7 @@ namespace VX3 {
 namespace {
 
 using namespace Test;
+using namespace Simulated;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
@@ -158,9 +159,9 @@ TEST_F(GevCmdHelperTest, PendingTimeIsWaitedForAndInterruptionEndsEveryWait) {
 
 class GevCameraTest : public testing::Test {
 protected:
-    ScriptedCamera camera;
+    TestCamera camera;
     std::atomic<std::uint16_t> counter{1};
-    GevCmdHelper helper{ScriptedCamera::HostParam(), camera.CameraParam(), 1000, counter, camera.GvcpPort()};
+    GevCmdHelper helper{TestCamera::HostParam(), camera.CameraParam(), 1000, counter, camera.GvcpPort()};
 };
 
 TEST_F(GevCameraTest, ManyThreadsShareOneConversation) {
@@ -169,7 +170,7 @@ TEST_F(GevCameraTest, ManyThreadsShareOneConversation) {
     std::atomic<int> failures{0};
     for (std::uint32_t t = 0; t < 4; ++t)
         threads.emplace_back([&, t] {
-            const std::uint64_t address = ScriptedAddress::Scratch + 1024 * t;
+            const std::uint64_t address = CameraRegister::Scratch + 1024 * t;
             std::vector<std::uint8_t> data(701);
             std::iota(data.begin(), data.end(), static_cast<std::uint8_t>(37 * t));
             for (int i = 0; i < 25; ++i) {
@@ -198,7 +199,7 @@ TEST_F(GevCameraTest, DiscoveryFindsItByItsAddressAndEndsInSilence) {
     ASSERT_EQ(acks.size(), 2U);
     GevDiscoveryInfo info;
     ASSERT_TRUE(DecodeDiscoveryAck(acks[0], info));
-    EXPECT_EQ(info.modelName, "Scripted");
+    EXPECT_EQ(info.modelName, "Simulated");
     EXPECT_EQ(info.currentIp, camera.Ip());
     EXPECT_EQ(counter, 1);
     EXPECT_EQ(camera.Seen()[0].header.reqId, 0xFFFF);

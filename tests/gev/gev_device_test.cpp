@@ -2,7 +2,7 @@
 
 #include "device/InterfaceDevAbs.h"
 #include "gev/control/GvspPacketSizeTester.h"
-#include "support/ScriptedCamera.h"
+#include "support/TestCamera.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +14,7 @@ namespace VX3 {
 namespace {
 
 using namespace Test;
+using namespace Simulated;
 using namespace std::chrono_literals;
 using Gvcp::Command;
 using Clock = std::chrono::steady_clock;
@@ -41,15 +42,15 @@ public:
 
 CameraConfig Quick(std::uint32_t streamChannels = 1) {
     CameraConfig config;
-    config.largestTestPacket = 9000; // the first test packet arrives
+    config.userName = "bench";
     config.streamChannels = streamChannels;
     return config;
 }
 
 class GevDeviceTest : public testing::Test {
 protected:
-    std::shared_ptr<OpenDevice> Find(ScriptedCamera& camera) {
-        return std::make_shared<OpenDevice>("Scripted(SC-0001)", ScriptedCamera::HostParam(),
+    std::shared_ptr<OpenDevice> Find(TestCamera& camera) {
+        return std::make_shared<OpenDevice>("Simulated(SC-0001)", TestCamera::HostParam(),
                                             camera.DiscoveryAck(), &interface, true, camera.GvcpPort());
     }
     static bool WaitFor(const std::function<bool()>& condition, Clock::duration timeout) {
@@ -62,16 +63,16 @@ protected:
 };
 
 TEST_F(GevDeviceTest, TellsWhatDiscoveryToldAndWhoControls) {
-    ScriptedCamera camera(Quick());
+    TestCamera camera(Quick());
     const auto device = Find(camera);
     EXPECT_EQ(device->DeviceType(), 0x30002U);
     EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Available);
     EXPECT_EQ(device->SerialNumber(), "SC-0001");
     EXPECT_EQ(device->UserName(), "bench");
     const std::string unique = device->UniqueName();
-    EXPECT_EQ(unique.find("Scripted(SC-0001)@127."), 0U);
+    EXPECT_EQ(unique.find("Simulated(SC-0001)@127."), 0U);
     EXPECT_EQ(unique.substr(unique.size() - 18), "-255.0.0.0-0.0.0.0");
-    EXPECT_EQ(device->GetInfo().front(), (std::pair<std::string, std::string>{"Manufacture", "Test Works"}));
+    EXPECT_EQ(device->GetInfo().front(), (std::pair<std::string, std::string>{"Manufacture", "VX3"}));
     GevDeviceAddress address;
     EXPECT_EQ(device->GetIpAddress(&address), Status::Ok);
     EXPECT_EQ(address.ip, camera.Ip());
@@ -88,7 +89,7 @@ TEST_F(GevDeviceTest, TellsWhatDiscoveryToldAndWhoControls) {
 TEST_F(GevDeviceTest, ConnectTakesControlAndDisconnectGivesItBackPromptly) {
     CameraConfig config = Quick();
     config.pendingTimeoutMs = 700;
-    ScriptedCamera camera(config);
+    TestCamera camera(config);
     const auto device = Find(camera);
     ASSERT_EQ(device->Connect(), Status::Ok);
     EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Connected);
@@ -103,7 +104,7 @@ TEST_F(GevDeviceTest, ConnectTakesControlAndDisconnectGivesItBackPromptly) {
     ASSERT_NE(device->GetConfigurer(), nullptr);
     EXPECT_EQ(device->GetConfigurer()->GetNodeValue("GevSCPSPacketSize").AsInteger(), 8960);
     EXPECT_EQ(device->GetConfigurer()->SetNodeValue("Width", 800U), Status::Ok);
-    EXPECT_EQ(camera.Register(ScriptedAddress::Width), 800U);
+    EXPECT_EQ(camera.Register(CameraRegister::Width), 800U);
 
     const auto start = Clock::now();
     EXPECT_EQ(device->DisConnect(), 4);
@@ -117,7 +118,7 @@ TEST_F(GevDeviceTest, ConnectTakesControlAndDisconnectGivesItBackPromptly) {
 TEST_F(GevDeviceTest, StreamChannelsAreTakenAsReportedUpToFour) {
     const std::pair<std::uint32_t, unsigned> cases[] = {{0, 0}, {3, 3}, {4, 4}, {6, 1}};
     for (const auto& [reported, expected] : cases) {
-        ScriptedCamera camera(Quick(reported));
+        TestCamera camera(Quick(reported));
         const auto device = Find(camera);
         ASSERT_EQ(device->Connect(), Status::Ok);
         EXPECT_EQ(device->StreamCnt(), expected) << reported;
@@ -126,7 +127,7 @@ TEST_F(GevDeviceTest, StreamChannelsAreTakenAsReportedUpToFour) {
 }
 
 TEST_F(GevDeviceTest, ASecondProgramIsDeniedAndDisturbsNothing) {
-    ScriptedCamera camera(Quick());
+    TestCamera camera(Quick());
     const auto first = Find(camera);
     const auto second = Find(camera);
     ASSERT_EQ(first->Connect(), Status::Ok);
@@ -140,23 +141,23 @@ TEST_F(GevDeviceTest, ASecondProgramIsDeniedAndDisturbsNothing) {
 }
 
 TEST_F(GevDeviceTest, PortsCarryBytesAsOnTheWire) {
-    ScriptedCamera camera(Quick());
+    TestCamera camera(Quick());
     const auto device = Find(camera);
     ASSERT_EQ(device->Connect(), Status::Ok);
     camera.ClearSeen();
     const unsigned char four[4] = {1, 2, 3, 4};
-    EXPECT_EQ(device->WritePort(ScriptedAddress::Scratch, four, 4), 4);
-    EXPECT_EQ(camera.Register(ScriptedAddress::Scratch), 0x01020304U);
+    EXPECT_EQ(device->WritePort(CameraRegister::Scratch, four, 4), 4);
+    EXPECT_EQ(camera.Register(CameraRegister::Scratch), 0x01020304U);
     unsigned char back[8] = {};
-    EXPECT_EQ(device->ReadPort(ScriptedAddress::Scratch, back, 4), 4);
+    EXPECT_EQ(device->ReadPort(CameraRegister::Scratch, back, 4), 4);
     EXPECT_EQ(std::memcmp(back, four, 4), 0);
     const unsigned char eight[8] = {8, 7, 6, 5, 4, 3, 2, 1};
-    EXPECT_EQ(device->WritePort(ScriptedAddress::Scratch, eight, 8), 8);
-    EXPECT_EQ(device->ReadPort(ScriptedAddress::Scratch, back, 6), 6);
+    EXPECT_EQ(device->WritePort(CameraRegister::Scratch, eight, 8), 8);
+    EXPECT_EQ(device->ReadPort(CameraRegister::Scratch, back, 6), 6);
     EXPECT_EQ(std::memcmp(back, eight, 6), 0);
     std::vector<Command> commands;
     for (const SeenCommand& seen : camera.Seen())
-        commands.push_back(seen.header.command);
+        commands.push_back(seen.command);
     EXPECT_EQ(commands, (std::vector<Command>{Command::WriteReg, Command::ReadReg, Command::WriteMem,
                                               Command::ReadMem}));
     EXPECT_LT(device->ReadPort(0x7FFFFFFF0ULL, back, 4), 0);
@@ -164,8 +165,8 @@ TEST_F(GevDeviceTest, PortsCarryBytesAsOnTheWire) {
 
 TEST_F(GevDeviceTest, StreamParametersComeFromTheCamera) {
     CameraConfig config = Quick(2);
-    config.pixelFormat = VX3::Test::Mono16;
-    ScriptedCamera camera(config);
+    config.pixelFormat = 0x01100007; // Mono16
+    TestCamera camera(config);
     const auto device = Find(camera);
     GevStreamParam param;
     EXPECT_EQ(device->StreamParam(1, param), Status::Ok);
@@ -192,7 +193,7 @@ TEST_F(GevDeviceTest, StreamParametersComeFromTheCamera) {
 }
 
 TEST_F(GevDeviceTest, AFailedHeartbeatMarksTheDeviceLost) {
-    ScriptedCamera camera(Quick());
+    TestCamera camera(Quick());
     const auto device = Find(camera);
     ASSERT_EQ(device->Connect(), Status::Ok);
     camera.Return(true); // rebooted behind our back: nobody in control any more
@@ -208,17 +209,17 @@ TEST_F(GevDeviceTest, AFailedHeartbeatMarksTheDeviceLost) {
 }
 
 TEST_F(GevDeviceTest, ACameraThatVanishesHoldsNothingUp) {
-    ScriptedCamera camera(Quick());
+    TestCamera camera(Quick());
     auto device = Find(camera);
     ASSERT_EQ(device->Connect(), Status::Ok);
     camera.Vanish();
     unsigned char bytes[4];
-    EXPECT_EQ(device->ReadPort(ScriptedAddress::Width, bytes, 4), Status::TimeOut);
+    EXPECT_EQ(device->ReadPort(CameraRegister::Width, bytes, 4), Status::TimeOut);
     const auto start = Clock::now();
     (void)device->DisConnect();
     EXPECT_LT(Clock::now() - start, 5s);
     device.reset();
-    ScriptedCamera other(Quick());
+    TestCamera other(Quick());
     auto dropped = Find(other);
     ASSERT_EQ(dropped->Connect(), Status::Ok);
     dropped.reset(); // without a word: control is given back all the same

@@ -2,7 +2,7 @@
 
 #include "gev/GevManager.h"
 #include "gev/net/NICEnumerator.h"
-#include "support/ScriptedCamera.h"
+#include "support/TestCamera.h"
 #include "vx3/core/Utilities.h"
 
 #include <algorithm>
@@ -13,6 +13,7 @@ namespace VX3 {
 namespace {
 
 using namespace Test;
+using namespace Simulated;
 
 // The loopback interface, which enumeration never lists; broadcasts stay unsent.
 class Loopback : public GevInterfaceDev {
@@ -53,22 +54,22 @@ TEST(GevInterfaceDev, ReadsDottedAddresses) {
 TEST(GevInterfaceDev, FindsACameraOnceHoweverOftenItAnswers) {
     CameraConfig config;
     config.serial = "0123456789ABCDEF"; // fills its field
-    ScriptedCamera camera(config);
+    TestCamera camera(config);
     camera.AddAckRule({AckFault::Twice, Gvcp::Command::Discovery});
     Loopback interface;
-    const auto found = interface.EnumSubDevices(ScriptedCamera::HostParam(), camera.Ip());
+    const auto found = interface.EnumSubDevices(TestCamera::HostParam(), camera.Ip());
     ASSERT_EQ(found.size(), 1U);
-    EXPECT_EQ(found.front()->Name(), "Scripted(0123456789ABCDEF)");
+    EXPECT_EQ(found.front()->Name(), "Simulated(0123456789ABCDEF)");
     EXPECT_EQ(found.front()->DeviceState(), DEVICE_STATE::Available);
     EXPECT_EQ(found.front()->Parent(), &interface);
     interface.SetNameRule(GevInterfaceDev::ModelSerialIp);
-    EXPECT_EQ(interface.EnumSubDevices(ScriptedCamera::HostParam(), camera.Ip()).front()->Name(),
-              "Scripted(0123456789ABCDEF)@" + Ipv4Text(camera.Ip()));
+    EXPECT_EQ(interface.EnumSubDevices(TestCamera::HostParam(), camera.Ip()).front()->Name(),
+              "Simulated(0123456789ABCDEF)@" + Ipv4Text(camera.Ip()));
     EXPECT_TRUE(interface.EnumSubDevices(NET_PARAM{}, camera.Ip()).empty());
 }
 
 TEST(GevInterfaceDev, CamerasAddedByAddressStay) {
-    ScriptedCamera camera;
+    TestCamera camera;
     Loopback interface;
     EXPECT_EQ(interface.AddSubDevice(""), Status::NotFound);
     EXPECT_EQ(interface.AddSubDevice("0.0.0.0"), Status::NotFound);

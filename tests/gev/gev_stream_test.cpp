@@ -1,7 +1,7 @@
-// The whole road of a frame, from a scripted camera through device and stream to the client's callback.
+// The whole road of a frame, from a simulated camera through device and stream to the client's callback.
 #include "device/InterfaceDevAbs.h"
 #include "gev/GevDevice.h"
-#include "support/ScriptedCamera.h"
+#include "support/TestCamera.h"
 #include "vx3/image/IImage.h"
 
 #include <atomic>
@@ -16,6 +16,7 @@ namespace VX3 {
 namespace {
 
 using namespace Test;
+using namespace Simulated;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
@@ -37,9 +38,9 @@ struct Client {
         return [this](std::shared_ptr<IImage> image, IDevice*, unsigned, unsigned, void*) {
             const ImageInfo& info = *image->GetImageInfo();
             const std::size_t bytes = info.ImageDataSize();
-            const bool right = info.lostPackets == 0 && info.width == width && info.blockId > last &&
-                               std::memcmp(image->GetImageBuff(),
-                                           ScriptedStream::ExpectedData(info.blockId, bytes), bytes) == 0;
+            const bool right =
+                info.lostPackets == 0 && info.width == width && info.blockId > last &&
+                std::memcmp(image->GetImageBuff(), TestCamera::ExpectedData(info.blockId, bytes), bytes) == 0;
             wrong += right ? 0 : 1;
             last = info.blockId;
             ++frames;
@@ -50,8 +51,8 @@ struct Client {
 class GevStreaming : public testing::Test {
 protected:
     void Prepare(const CameraConfig& config) {
-        camera = std::make_unique<ScriptedCamera>(config);
-        device = std::make_shared<GevDevice>("camera", ScriptedCamera::HostParam(), camera->DiscoveryAck(),
+        camera = std::make_unique<TestCamera>(config);
+        device = std::make_shared<GevDevice>("camera", TestCamera::HostParam(), camera->DiscoveryAck(),
                                              nullptr, true, camera->GvcpPort());
         ASSERT_EQ(device->Connect(), Status::Ok);
     }
@@ -64,7 +65,7 @@ protected:
     void Start(Client& client, unsigned channel = 0) {
         IStream* stream = device->GetStream(channel);
         ASSERT_NE(stream, nullptr);
-        client.width = camera->Register(ScriptedAddress::Width);
+        client.width = camera->Register(CameraRegister::Width);
         client.last = 0;
         client.frames = 0;
         ASSERT_EQ(stream->Open(0, nullptr), Status::Ok);
@@ -76,7 +77,7 @@ protected:
         EXPECT_GE(stream->Close(), 0);
     }
 
-    std::unique_ptr<ScriptedCamera> camera;
+    std::unique_ptr<TestCamera> camera;
     std::shared_ptr<GevDevice> device;
 };
 
@@ -87,14 +88,14 @@ TEST_F(GevStreaming, FramesArriveAndTheNextStreamMayHaveAnotherSize) {
         ASSERT_EQ(device->GetConfigurer()->SetNodeValue("Width", width), Status::Ok);
         Script(50, 500);
         Start(client);
-        EXPECT_EQ(camera->Register(ScriptedAddress::ParamsLocked), 1U);
+        EXPECT_EQ(camera->Register(CameraRegister::ParamsLocked), 1U);
         EXPECT_LT(device->GetConfigurer()->SetNodeValue("Width", 64U), 0) << "locked while streaming";
         EXPECT_TRUE(WaitFor([&] { return client.frames == 50; }, 5s)) << client.frames;
         EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Acquiring);
         StopAndClose();
         EXPECT_EQ(client.wrong, 0U);
         EXPECT_EQ(camera->Register(Bootstrap::StreamPort), 0U);
-        EXPECT_EQ(camera->Register(ScriptedAddress::ParamsLocked), 0U);
+        EXPECT_EQ(camera->Register(CameraRegister::ParamsLocked), 0U);
     }
     EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Connected);
 }
@@ -129,8 +130,8 @@ TEST_F(GevStreaming, ACameraThatVanishesMidStreamIsLostClosedAndOpenedAgain) {
     EXPECT_EQ(client.wrong, 0U);
 
     camera->Return(true);
-    device = std::make_shared<GevDevice>("camera", ScriptedCamera::HostParam(), camera->DiscoveryAck(),
-                                         nullptr, true, camera->GvcpPort());
+    device = std::make_shared<GevDevice>("camera", TestCamera::HostParam(), camera->DiscoveryAck(), nullptr,
+                                         true, camera->GvcpPort());
     EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Available);
     ASSERT_EQ(device->Connect(), Status::Ok);
     Script(20, 200);

@@ -1,7 +1,7 @@
-// The socket receiver against a scripted camera on loopback, with every method of reading the socket.
+// The socket receiver against a simulated camera on loopback, with every method of reading the socket.
 #include "gev/receive/GvspReceiver.h"
 #include "support/LogCapture.h"
-#include "support/ScriptedCamera.h"
+#include "support/TestCamera.h"
 #include "vx3/image/IImagePool.h"
 
 #include <chrono>
@@ -13,6 +13,8 @@
 namespace VX3 {
 namespace Test {
 namespace {
+
+using namespace Simulated;
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
@@ -35,7 +37,7 @@ class Reception {
 public:
     Reception(ReceiveMethod method, const CameraConfig& config)
         : camera(config), receiver(method, camera.GvcpPort()), frameBytes_(config.width * config.height) {
-        param.host = ScriptedCamera::HostParam();
+        param.host = TestCamera::HostParam();
         param.camera = camera.CameraParam();
         param.packetSize = config.packetSize;
         param.bufferSize = static_cast<std::uint32_t>(frameBytes_);
@@ -56,7 +58,7 @@ public:
         const StatusCode port = Listen();
         ASSERT_GT(port, 0);
         camera.SetStreamScript(script);
-        camera.StartStream({ScriptedCamera::HostParam().ip, static_cast<std::uint32_t>(port)});
+        camera.StartStream({TestCamera::HostParam().ip, static_cast<std::uint32_t>(port)});
         EXPECT_TRUE(camera.WaitStreamDone(seconds(120)));
         const auto deadline = steady_clock::now() + seconds(3);
         while (Counts().blocks + Counts().lostBlocks < script.frames && steady_clock::now() < deadline)
@@ -65,7 +67,7 @@ public:
     }
     Statistics Counts() { return receiver.GetStatistics()->Snapshot(); }
 
-    ScriptedCamera camera;
+    TestCamera camera;
     GvspReceiver receiver;
     GevStreamParam param;
     std::uint64_t images = 0;
@@ -79,7 +81,7 @@ private:
         ++images;
         if (info.lostPackets == 0) {
             ++complete;
-            if (std::memcmp(image.GetImageBuff(), ScriptedStream::ExpectedData(info.blockId, frameBytes_),
+            if (std::memcmp(image.GetImageBuff(), TestCamera::ExpectedData(info.blockId, frameBytes_),
                             frameBytes_) != 0)
                 ++broken;
         }
@@ -212,7 +214,7 @@ TEST(GvspReceiver, StoppingMidStreamEndsTheCallbacks) {
         StreamScript script;
         script.bytesPerSecond = 1e8;
         reception.camera.SetStreamScript(script);
-        reception.camera.StartStream({ScriptedCamera::HostParam().ip, static_cast<std::uint32_t>(port)});
+        reception.camera.StartStream({TestCamera::HostParam().ip, static_cast<std::uint32_t>(port)});
         std::this_thread::sleep_for(milliseconds(30));
         EXPECT_EQ(reception.receiver.StopListen(), Status::Ok);
         const std::uint64_t images = reception.images;

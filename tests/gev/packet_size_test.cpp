@@ -1,6 +1,6 @@
 #include "gev/control/GvspPacketSizeTester.h"
 
-#include "support/ScriptedCamera.h"
+#include "support/TestCamera.h"
 
 #include <chrono>
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@ namespace VX3 {
 namespace {
 
 using namespace Test;
+using namespace Simulated;
 
 struct Trial {
     std::int64_t size = 0;
@@ -21,14 +22,14 @@ struct Trial {
 };
 
 Trial RunTest(const CameraConfig& config, std::int64_t max, std::int64_t min, std::int64_t inc) {
-    ScriptedCamera camera(config);
+    TestCamera camera(config);
     std::atomic<std::uint16_t> counter{1};
-    GevCmdHelper helper(ScriptedCamera::HostParam(), camera.CameraParam(), 500, counter, camera.GvcpPort());
+    GevCmdHelper helper(TestCamera::HostParam(), camera.CameraParam(), 500, counter, camera.GvcpPort());
     (void)helper.WriteRegister(Bootstrap::ControlChannelPrivilege, 2);
     camera.ClearSeen();
     Trial trial;
-    trial.size = GvspPacketSizeTester::TestPacketSize(helper, camera.Ip(), ScriptedCamera::HostParam().ip,
-                                                      max, min, inc);
+    trial.size =
+        GvspPacketSizeTester::TestPacketSize(helper, camera.Ip(), TestCamera::HostParam().ip, max, min, inc);
     for (const SeenCommand& seen : camera.Seen())
         if (seen.address == Bootstrap::StreamPacketSize && (seen.value & Bootstrap::FireTestPacket) != 0)
             trial.tried.push_back(seen.value & Bootstrap::PacketSizeMask);
