@@ -1,17 +1,68 @@
-// A child process that sends, in a network namespace of its own joined to ours by a veth pair (needs the
-// rights that `unshare -rn` gives) or, where asked, on loopback.
+// A child process with a simulated camera that sends as ordered, in a network namespace of its own joined to
+// ours by a veth pair (needs the rights that `unshare -rn` gives) or, where asked, on loopback.
 #pragma once
 
-#include "GvspSender.h"
+#include "gev/protocol/Bootstrap.h"
+#include "vx3/simulated/Camera.h"
 
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <sched.h>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace VX3 {
 namespace Bench {
+
+struct SendOrder {
+    std::uint32_t destinationIp = 0; // host order
+    std::uint32_t port = 0;
+    std::uint32_t packetSize = 1500;
+    std::uint32_t width = 1920;
+    std::uint32_t height = 1200;
+    std::uint32_t frames = 0; // 0: end
+    double gigabits = 0;      // a second; 0: flat out
+};
+
+struct SendReport {
+    std::uint64_t packets = 0;
+    std::uint64_t bytes = 0; // payload
+    double seconds = 0;
+};
+
+inline SendReport Send(Simulated::Camera& camera, const SendOrder& order) {
+    (void)camera.SetRegister(Simulated::CameraRegister::Width, order.width);
+    (void)camera.SetRegister(Simulated::CameraRegister::Height, order.height);
+    (void)camera.SetRegister(Bootstrap::StreamPacketSize, order.packetSize);
+    Simulated::StreamScript script;
+    script.frames = order.frames;
+    script.bytesPerSecond = order.gigabits * 1e9 / 8;
+    script.busyPacing = true; // to the microsecond: this process has nothing else to do
+    script.movingPicture = false;
+    (void)camera.SetStreamScript(script);
+    (void)camera.StartStream({order.destinationIp, order.port});
+    (void)camera.WaitStreamDone(std::chrono::minutes(10));
+    const Simulated::StreamCounts counts = camera.Counts();
+    return {counts.packets, counts.bytes, counts.seconds};
+}
+
+// The camera's process: obeys until an order of 0 frames or a closed pipe.
+inline void ServeCamera(std::uint32_t ip, int orders, int reports) {
+    Simulated::CameraConfig config;
+    config.ip = ip;
+    Simulated::Camera camera(config);
+    if (Failed(camera.Start()))
+        return;
+    SendOrder order;
+    while (::read(orders, &order, sizeof(order)) == sizeof(order) && order.frames != 0) {
+        const SendReport report = Send(camera, order);
+        if (::write(reports, &report, sizeof(report)) != sizeof(report))
+            return;
+    }
+}
 
 class CameraProcess {
 public:
@@ -35,7 +86,7 @@ public:
                              " && ip addr add 10.77.0.2/24 dev vx3cam && ip link set vx3cam up");
                 byte = 'y';
                 (void)!::write(reports[1], &byte, 1);
-                ServeCamera(orders[0], reports[1]);
+                ServeCamera(Camera(), orders[0], reports[1]);
             }
             ::_exit(0);
         }

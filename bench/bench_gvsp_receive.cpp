@@ -12,6 +12,7 @@
 #include <cstring>
 #include <fstream>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <thread>
 
 using namespace VX3;
