@@ -202,7 +202,7 @@ TEST_F(GevCameraTest, DiscoveryFindsItByItsAddressAndEndsInSilence) {
     EXPECT_EQ(info.modelName, "Simulated");
     EXPECT_EQ(info.currentIp, camera.Ip());
     EXPECT_EQ(counter, 1);
-    EXPECT_EQ(camera.Seen()[0].header.reqId, 0xFFFF);
+    EXPECT_EQ(camera.Seen()[0].reqId, 0xFFFF);
 }
 
 TEST_F(GevCameraTest, ForceIpReachesTheCameraWithThatMac) {
