@@ -20,7 +20,6 @@ public:
     bool Insert(std::string_view name, std::int32_t index);
     // The index given with the name, Missing when it was never inserted.
     std::int32_t Find(std::string_view name) const;
-    std::size_t Size() const { return used_; }
 
 private:
     struct Slot {

@@ -1,5 +1,7 @@
 #include "platform/genapi/base/NumberText.h"
 
+#include "platform/genapi/base/Characters.h"
+
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
@@ -11,33 +13,6 @@ namespace GenApi_3_2 {
 namespace Engine {
 
 namespace {
-
-bool IsBlank(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-int HexDigit(char c) {
-    if (IsDigit(c))
-        return c - '0';
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view lower) {
-    if (text.size() != lower.size())
-        return false;
-    for (std::size_t i = 0; i < text.size(); ++i)
-        if (Lower(text[i]) != lower[i])
-            return false;
-    return true;
-}
 
 // Takes one sign off; true when it was a minus.
 bool TakeSign(std::string_view& text) {

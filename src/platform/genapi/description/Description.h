@@ -47,7 +47,6 @@ public:
     const Element* begin() const { return first_; }
     const Element* end() const { return first_ + count_; }
     std::size_t size() const { return count_; }
-    bool empty() const { return count_ == 0; }
 
 private:
     const Element* first_ = nullptr;

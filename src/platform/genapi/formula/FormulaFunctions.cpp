@@ -1,5 +1,7 @@
 #include "platform/genapi/formula/FormulaFunctions.h"
 
+#include "platform/genapi/base/Characters.h"
+
 namespace GenApi_3_2 {
 namespace Engine {
 
@@ -29,17 +31,6 @@ constexpr FormulaFunction Functions[] = {
     {"E", 0, 0, Op::End, Op::End, false, 2.71828182845904523536},
     {"PI", 0, 0, Op::End, Op::End, false, 3.14159265358979323846},
 };
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view upper) {
-    if (text.size() != upper.size())
-        return false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if ((c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c) != upper[i])
-            return false;
-    }
-    return true;
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "platform/genapi/formula/FormulaLexer.h"
 
+#include "platform/genapi/base/Characters.h"
 #include "platform/genapi/formula/Formula.h"
 
 namespace GenApi_3_2 {
@@ -7,15 +8,6 @@ namespace Engine {
 
 namespace {
 
-bool IsBlank(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-bool IsHexDigit(char c) {
-    return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
 bool StartsName(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
 }
@@ -59,7 +51,7 @@ Token FormulaLexer::Take(TokenKind kind, std::size_t length) {
 std::size_t FormulaLexer::NumberLength() const {
     std::size_t n = 0;
     if (At(0) == '0' && (At(1) == 'x' || At(1) == 'X')) {
-        for (n = 2; IsHexDigit(At(n)); ++n) {
+        for (n = 2; HexDigit(At(n)) >= 0; ++n) {
         }
         return n;
     }

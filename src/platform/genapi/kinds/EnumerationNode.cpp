@@ -148,32 +148,28 @@ void EnumerationNode::SetNumeric(double value, bool verify) {
     SetInteger(nearest->Value(), verify);
 }
 
-IntegerRange EnumerationNode::GetRange() {
+template <class Range, class Number>
+Range EnumerationNode::RangeOver(Number (EnumEntryNode::*numberOf)() const) const {
     Enter();
-    IntegerRange range;
+    Range range;
     bool isFirst = true;
     for (const EnumEntryNode* entry : entries_) {
         if (!IsAvailable(entry->AccessMode()))
             continue;
-        range.min = isFirst ? entry->Value() : std::min(range.min, entry->Value());
-        range.max = isFirst ? entry->Value() : std::max(range.max, entry->Value());
+        const Number number = (entry->*numberOf)();
+        range.min = isFirst ? number : std::min(range.min, number);
+        range.max = isFirst ? number : std::max(range.max, number);
         isFirst = false;
     }
     return range;
 }
 
+IntegerRange EnumerationNode::GetRange() {
+    return RangeOver<IntegerRange>(&EnumEntryNode::Value);
+}
+
 FloatRange EnumerationNode::GetFloatRange() {
-    Enter();
-    FloatRange range;
-    bool isFirst = true;
-    for (const EnumEntryNode* entry : entries_) {
-        if (!IsAvailable(entry->AccessMode()))
-            continue;
-        range.min = isFirst ? entry->Numeric() : std::min(range.min, entry->Numeric());
-        range.max = isFirst ? entry->Numeric() : std::max(range.max, entry->Numeric());
-        isFirst = false;
-    }
-    return range;
+    return RangeOver<FloatRange>(&EnumEntryNode::Numeric);
 }
 
 gcstring EnumerationNode::ShownText(bool ignoreCache) {

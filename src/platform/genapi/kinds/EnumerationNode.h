@@ -48,6 +48,9 @@ protected:
 private:
     EnumEntryNode& CurrentEntry(bool ignoreCache);
     void RequireAvailable(const EnumEntryNode& entry) const;
+    // From the lowest to the highest number of the available entries.
+    template <class Range, class Number>
+    Range RangeOver(Number (EnumEntryNode::*numberOf)() const) const;
 
     mutable ValueSource<std::int64_t> source_;
     std::vector<EnumEntryNode*> entries_;

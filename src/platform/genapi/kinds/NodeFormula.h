@@ -29,7 +29,6 @@ template <class T>
 class NodeFormula {
 public:
     void SetText(const Element& element) { element_ = &element; }
-    bool IsGiven() const { return element_ != nullptr; }
 
     // `argument` is the name of the value given to Evaluate, empty for none. Switches the owner off when the
     // formula does not parse or uses what does not exist.

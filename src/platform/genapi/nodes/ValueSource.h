@@ -5,7 +5,6 @@
 #include "platform/genapi/nodes/NodeBase.h"
 
 #include <cstdint>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -28,7 +27,6 @@ struct Operand {
     }
     // Takes a bound in either form.
     void TakeBound(NodeBase& owner, const Element& element, bool isReference);
-    std::optional<T> GetIfGiven() const { return isGiven ? std::optional<T>(Get()) : std::nullopt; }
 };
 
 template <class T>
@@ -44,7 +42,6 @@ public:
     // The node that now holds the value; null for a constant.
     NodeBase* Target() { return Active().node; }
     const std::vector<NodeBase*>& Copies() const { return copies_; }
-    bool IsIndexed() const { return index_ != nullptr; }
 
 private:
     Operand<T>& Active();
