@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -71,6 +72,32 @@ std::string Write(const Tree& tree, std::size_t loosest) {
     return level < loosest ? "(" + text + ")" : text;
 }
 
+// Results beside those of C: sums wrap around, comparisons give 0 or 1.
+std::int64_t Apply(const std::string& op, std::int64_t a, std::int64_t b) {
+    using U = std::uint64_t;
+    static const std::map<std::string, std::int64_t (*)(std::int64_t, std::int64_t)> Ops = {
+        {"+", [](auto x, auto y) { return std::int64_t(U(x) + U(y)); }},
+        {"-", [](auto x, auto y) { return std::int64_t(U(x) - U(y)); }},
+        {"*", [](auto x, auto y) { return std::int64_t(U(x) * U(y)); }},
+        {"/", [](auto x, auto y) { return x / y; }},
+        {"%", [](auto x, auto y) { return y == -1 ? 0 : x % y; }},
+        {"<<", [](auto x, auto y) { return std::int64_t(U(x) << y); }},
+        {">>", [](auto x, auto y) { return x >> y; }},
+        {"&", [](auto x, auto y) { return x & y; }},
+        {"|", [](auto x, auto y) { return x | y; }},
+        {"^", [](auto x, auto y) { return x ^ y; }},
+        {"=", [](auto x, auto y) { return std::int64_t(x == y); }},
+        {"<>", [](auto x, auto y) { return std::int64_t(x != y); }},
+        {"<", [](auto x, auto y) { return std::int64_t(x < y); }},
+        {"<=", [](auto x, auto y) { return std::int64_t(x <= y); }},
+        {">", [](auto x, auto y) { return std::int64_t(x > y); }},
+        {">=", [](auto x, auto y) { return std::int64_t(x >= y); }},
+        {"&&", [](auto, auto y) { return std::int64_t(y != 0); }}, // the first has not decided it
+        {"||", [](auto, auto y) { return std::int64_t(y != 0); }},
+    };
+    return Ops.at(op)(a, b);
+}
+
 std::int64_t Compute(const Tree& tree, const std::int64_t* values) {
     const std::string& op = tree.op;
     if (tree.parts.empty())
@@ -81,44 +108,10 @@ std::int64_t Compute(const Tree& tree, const std::int64_t* values) {
     if ((op == "&&" && a == 0) || (op == "||" && a != 0))
         return op == "||";
     const std::int64_t b = Compute(*tree.parts[1], values);
-    const auto ua = static_cast<std::uint64_t>(a);
-    const auto ub = static_cast<std::uint64_t>(b);
-    if (((op == "/" || op == "%") && b == 0) || (op == "/" && b == -1 && ua == std::uint64_t{1} << 63) ||
-        ((op == "<<" || op == ">>") && ub > 63))
+    if (((op == "/" || op == "%") && b == 0) || (op == "/" && b == -1 && a == INT64_MIN) ||
+        ((op == "<<" || op == ">>") && (b < 0 || b > 63)))
         throw Undefined();
-    if (op == "+")
-        return static_cast<std::int64_t>(ua + ub);
-    if (op == "-")
-        return static_cast<std::int64_t>(ua - ub);
-    if (op == "*")
-        return static_cast<std::int64_t>(ua * ub);
-    if (op == "/")
-        return a / b;
-    if (op == "%")
-        return b == -1 ? 0 : a % b;
-    if (op == "<<")
-        return static_cast<std::int64_t>(ua << ub);
-    if (op == ">>")
-        return a >> b;
-    if (op == "&")
-        return a & b;
-    if (op == "|")
-        return a | b;
-    if (op == "^")
-        return a ^ b;
-    if (op == "=")
-        return a == b;
-    if (op == "<>")
-        return a != b;
-    if (op == "<")
-        return a < b;
-    if (op == "<=")
-        return a <= b;
-    if (op == ">")
-        return a > b;
-    if (op == ">=")
-        return a >= b;
-    return b != 0; // && and || that were not decided by the first
+    return Apply(op, a, b);
 }
 
 // The variables in the order in which the formula mentions them.
