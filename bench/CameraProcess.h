@@ -102,7 +102,7 @@ public:
         int status = 0;
         (void)::waitpid(child_, &status, 0);
         if (ready_ && !loopback_)
-            (void)Sh("ip link del vx3host");
+            (void)Sh("ip link del vx3host 2>/dev/null"); // unless it went with its peer
     }
     CameraProcess(const CameraProcess&) = delete;
     CameraProcess& operator=(const CameraProcess&) = delete;

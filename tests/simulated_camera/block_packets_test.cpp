@@ -38,7 +38,7 @@ struct Case {
 };
 
 // Packets of 500 bytes carry 464 bytes of data, 452 with extended ids, less what stands before the data.
-const Case cases[] = {
+const Case Cases[] = {
     {"image",
      Type::Image,
      {1000},
@@ -211,7 +211,7 @@ void ExpectFields(WireBytes packet, const std::vector<Field>& fields) {
 
 TEST(BlockPackets, EveryPayloadTypeIsLaidOutAsTheStandardSays) {
     const BlockStamp stamp{0x1234, 7, nullptr};
-    for (const Case& c : cases)
+    for (const Case& c : Cases)
         for (const bool whole : {false, true}) {
             SCOPED_TRACE(c.name);
             const Block block = MakeBlock(c);
@@ -262,7 +262,7 @@ TEST(BlockPackets, EveryPayloadTypeIsLaidOutAsTheStandardSays) {
 
 TEST(BlockPackets, ResendsSayThatTheyAre) {
     for (const bool extended : {false, true}) {
-        const PacketMaker maker(MakeBlock(cases[0]), {500, extended});
+        const PacketMaker maker(MakeBlock(Cases[0]), {500, extended});
         std::vector<std::uint8_t> room(maker.LargestHeadSize());
         const std::uint64_t id = extended ? 0x123456789AULL : 0x9A;
         ASSERT_NE(maker.MakeHead(2, {id, 0, nullptr}, 0x0100, {room.data(), room.size()}), 0U);
@@ -278,7 +278,7 @@ TEST(BlockPackets, ResendsSayThatTheyAre) {
 }
 
 TEST(BlockPackets, BlocksThatCannotBeSentAreRefused) {
-    Block block = MakeBlock(cases[0]);
+    Block block = MakeBlock(Cases[0]);
     block.data.push_back(Bytes(10));
     EXPECT_NE(PacketMaker::Objection(block), nullptr) << "an image has one piece";
     block.data.clear();
@@ -289,8 +289,8 @@ TEST(BlockPackets, BlocksThatCannotBeSentAreRefused) {
     block.data.assign(33, Bytes(10));
     EXPECT_NE(PacketMaker::Objection(block), nullptr) << "zones are counted in five bits";
     // Packet sizes that leave no room for data, or more than a datagram has.
-    EXPECT_EQ(BlockLayout(MakeBlock(cases[0]), {0, true}).PayloadPackets(), 13U);
-    EXPECT_EQ(BlockLayout(MakeBlock(cases[0]), {0xFFFFFFFF, true}).PayloadPackets(), 1U);
+    EXPECT_EQ(BlockLayout(MakeBlock(Cases[0]), {0, true}).PayloadPackets(), 13U);
+    EXPECT_EQ(BlockLayout(MakeBlock(Cases[0]), {0xFFFFFFFF, true}).PayloadPackets(), 1U);
 }
 
 } // namespace

@@ -17,8 +17,8 @@ namespace {
 using namespace Simulated;
 using namespace std::chrono_literals;
 
-constexpr std::size_t frameBytes = 100000; // 69 payload packets at 1500
-constexpr std::size_t perPacket = 1464;
+constexpr std::size_t FrameBytes = 100000; // 69 payload packets at 1500
+constexpr std::size_t PerPacket = 1464;
 
 struct Got {
     std::vector<PacketAddress> order;
@@ -97,9 +97,9 @@ TEST_F(CameraTest, FramesArriveWholeHoweverTheyAreSent) {
                 const Got got = Run(script);
                 const std::uint64_t second = extended ? 0x123456789BULL : 1;
                 const auto frame = Frame(got, second);
-                ASSERT_EQ(frame.size(), frameBytes);
-                EXPECT_EQ(std::memcmp(frame.data(), Camera::ExpectedData(moving ? second : 1, frameBytes),
-                                      frameBytes),
+                ASSERT_EQ(frame.size(), FrameBytes);
+                EXPECT_EQ(std::memcmp(frame.data(), Camera::ExpectedData(moving ? second : 1, FrameBytes),
+                                      FrameBytes),
                           0);
                 EXPECT_EQ(frame == Frame(got, second + 1), !moving);
                 EXPECT_EQ(got.order.size(), 3U * 71U);
@@ -109,7 +109,7 @@ TEST_F(CameraTest, FramesArriveWholeHoweverTheyAreSent) {
     ASSERT_EQ(camera.SetRegister(Bootstrap::StreamPacketSize, 65535), Status::Ok);
     StreamScript script;
     script.frames = 2;
-    EXPECT_EQ(Frame(Run(script), 2).size(), frameBytes);
+    EXPECT_EQ(Frame(Run(script), 2).size(), FrameBytes);
 }
 
 TEST_F(CameraTest, ExactFaultsHitExactlyTheirPackets) {
@@ -186,7 +186,7 @@ TEST_F(CameraTest, ResendsAreServedFromMemory) {
     EXPECT_EQ(got.order, (std::vector<PacketAddress>{{2, 4}, {2, 69}, {2, 70}}));
     EXPECT_EQ(got.status.at({2, 4}), Gvcp::AckStatus::PacketResent);
     const auto& data = got.payload.at({2, 4});
-    EXPECT_EQ(std::memcmp(data.data(), Camera::ExpectedData(2, frameBytes) + 3 * perPacket, data.size()), 0);
+    EXPECT_EQ(std::memcmp(data.data(), Camera::ExpectedData(2, FrameBytes) + 3 * PerPacket, data.size()), 0);
     EXPECT_EQ(camera.Counts().requestsNotServed, 3U);
     EXPECT_EQ(camera.Counts().resendRequests, 6U);
     EXPECT_EQ(camera.ResendRequests().at({2, 70}), 1U);

@@ -14,8 +14,8 @@ using namespace Simulated;
 using std::chrono::milliseconds;
 namespace AckStatus = Gvcp::AckStatus;
 
-constexpr NET_ENDPOINT host{0x7F000001, 4000};
-constexpr NET_ENDPOINT other{0x7F000001, 4001}; // another program on the same host
+constexpr NET_ENDPOINT Host{0x7F000001, 4000};
+constexpr NET_ENDPOINT Other{0x7F000001, 4001}; // another program on the same host
 using Bytes = std::vector<std::uint8_t>;
 
 class GvcpAnswersTest : public testing::Test {
@@ -23,7 +23,7 @@ protected:
     GvcpAnswersTest() : streams(registers, {}) { PowerUp(registers, {}); }
 
     // The acknowledgement; empty for none.
-    Bytes Ask(const Bytes& datagram, const NET_ENDPOINT& sender = host) {
+    Bytes Ask(const Bytes& datagram, const NET_ENDPOINT& sender = Host) {
         Gvcp::CommandPacket command;
         Bytes ack(Gvcp::MaxPacket);
         if (!Gvcp::DecodeCommand({datagram.data(), datagram.size()}, command))
@@ -59,7 +59,7 @@ protected:
     static std::uint16_t StatusOf(const Bytes& ack) {
         return ack.size() < Gvcp::HeaderSize ? 0xDEAD : Wire::Load<std::uint16_t>(ack.data());
     }
-    std::uint16_t Write(std::uint32_t address, std::uint32_t value, const NET_ENDPOINT& sender = host) {
+    std::uint16_t Write(std::uint32_t address, std::uint32_t value, const NET_ENDPOINT& sender = Host) {
         return StatusOf(Ask(Command(0x0082, Words(address, value)), sender));
     }
 
@@ -137,8 +137,8 @@ TEST_F(GvcpAnswersTest, OneHostControlsUntilItFallsSilent) {
     EXPECT_EQ(Write(Bootstrap::ControlChannelPrivilege, 2), AckStatus::Success) << "its own again";
     EXPECT_EQ(Write(CameraRegister::Gain, 1), AckStatus::Success);
     for (const std::uint32_t value : {2U, 0U})
-        EXPECT_EQ(Write(Bootstrap::ControlChannelPrivilege, value, other), AckStatus::AccessDenied);
-    EXPECT_EQ(Write(CameraRegister::Gain, 2, other), AckStatus::AccessDenied);
+        EXPECT_EQ(Write(Bootstrap::ControlChannelPrivilege, value, Other), AckStatus::AccessDenied);
+    EXPECT_EQ(Write(CameraRegister::Gain, 2, Other), AckStatus::AccessDenied);
     EXPECT_EQ(registers.Value(CameraRegister::Gain), 1U);
     EXPECT_EQ(Write(CameraRegister::ParamsLocked, 1), AckStatus::Success);
     EXPECT_EQ(Write(CameraRegister::Height, 2), AckStatus::AccessDenied) << "locked";
@@ -152,12 +152,12 @@ TEST_F(GvcpAnswersTest, OneHostControlsUntilItFallsSilent) {
     };
     EXPECT_EQ(pass(499), 2U);
     (void)Ask(Command(0x0080, Word(0))); // any command of its own
-    (void)Ask(Command(0x0080, Word(0)), other);
+    (void)Ask(Command(0x0080, Word(0)), Other);
     EXPECT_EQ(pass(499), 2U);
-    (void)Ask(Command(0x0080, Word(0)), other);
+    (void)Ask(Command(0x0080, Word(0)), Other);
     EXPECT_EQ(pass(1), 0U);
-    EXPECT_EQ(Write(Bootstrap::ControlChannelPrivilege, 2, other), AckStatus::Success);
-    EXPECT_EQ(Write(Bootstrap::ControlChannelPrivilege, 0, other), AckStatus::Success);
+    EXPECT_EQ(Write(Bootstrap::ControlChannelPrivilege, 2, Other), AckStatus::Success);
+    EXPECT_EQ(Write(Bootstrap::ControlChannelPrivilege, 0, Other), AckStatus::Success);
     EXPECT_EQ(registers.Value(Bootstrap::ControlChannelPrivilege), 0U);
 }
 

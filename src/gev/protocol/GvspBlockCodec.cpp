@@ -7,9 +7,9 @@ namespace Gvsp {
 
 namespace {
 
-constexpr std::size_t flagsOffset = 2;
-constexpr std::size_t countOffset = 7;
-constexpr std::uint16_t resentFlag = 0x0001;
+constexpr std::size_t FlagsOffset = 2;
+constexpr std::size_t CountOffset = 7;
+constexpr std::uint16_t ResentFlag = 0x0001;
 
 std::size_t SizeIf(bool ok, const WireWriter& writer) {
     return ok ? writer.Written() : 0;
@@ -157,8 +157,8 @@ bool NeedsExtendedIds(std::uint16_t payloadType) {
 std::size_t EncodeHeader(WireRoom room, Header header, const HeaderExtras& extras) {
     const std::size_t size = EncodeHeader(room, header);
     if (size == ExtendedHeaderSize) {
-        Wire::Store<std::uint16_t>(room.data + flagsOffset, extras.resent ? resentFlag : 0);
-        room.data[countOffset] = extras.count;
+        Wire::Store<std::uint16_t>(room.data + FlagsOffset, extras.resent ? ResentFlag : 0);
+        room.data[CountOffset] = extras.count;
     }
     return size;
 }

@@ -12,7 +12,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Kind = AckStep::Kind;
 
-constexpr std::size_t indexOffset = Gvcp::HeaderSize + 2; // of write acknowledgements
+constexpr std::size_t IndexOffset = Gvcp::HeaderSize + 2; // of write acknowledgements
 
 bool Matches(const AckRule& rule, const SeenCommand& command) {
     return rule.command.value_or(command.command) == command.command &&
@@ -46,7 +46,7 @@ Bytes Pending(WireBytes ack, std::uint16_t ms) {
 }
 
 Bytes WithoutIndex(Bytes bytes) {
-    for (std::size_t at = indexOffset; at < std::min(bytes.size(), indexOffset + 2); ++at)
+    for (std::size_t at = IndexOffset; at < std::min(bytes.size(), IndexOffset + 2); ++at)
         bytes[at] = 0;
     return bytes;
 }

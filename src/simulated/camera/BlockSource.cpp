@@ -10,7 +10,7 @@ namespace Simulated {
 
 namespace {
 
-constexpr std::size_t mostLaidOutWhole = std::size_t{64} << 20; // bytes of all blocks of a stream
+constexpr std::size_t MostLaidOutWhole = std::size_t{64} << 20; // bytes of all blocks of a stream
 
 std::uint64_t FrameBytes(const Gvsp::ImageShape& image) {
     const std::uint64_t bits = (image.pixelFormat >> 16) & 0xFF; // of a pixel, as the code says
@@ -53,7 +53,7 @@ BlockSource::BlockSource(const StreamScript& script, const Gvsp::ImageShape& ima
     // One channel, one kind of ids.
     for (const Block& block : blocks)
         form_.extendedIds = form_.extendedIds || Gvsp::NeedsExtendedIds(block.info.payloadType);
-    std::size_t room = mostLaidOutWhole;
+    std::size_t room = MostLaidOutWhole;
     for (Block& block : blocks) {
         auto maker = std::make_shared<const PacketMaker>(std::move(block), form_);
         const auto bytes = static_cast<std::size_t>(maker->Layout().DataBytes());

@@ -13,7 +13,7 @@ namespace Simulated {
 
 namespace {
 
-constexpr int mostAddressesTried = 100;
+constexpr int MostAddressesTried = 100;
 
 // A different loopback address for every camera of every process: those that run side by side never meet.
 std::uint32_t NextLoopbackAddress() {
@@ -79,7 +79,7 @@ public:
 
 private:
     bool Bind() VX3_REQUIRES(mutex_) {
-        for (int attempt = 0; attempt < (chooseIp_ ? mostAddressesTried : 1); ++attempt) {
+        for (int attempt = 0; attempt < (chooseIp_ ? MostAddressesTried : 1); ++attempt) {
             if (chooseIp_)
                 config_.ip = NextLoopbackAddress();
             if (server.Bind(config_.bindAnyAddress ? 0 : config_.ip, config_.gvcpPort))

@@ -7,7 +7,7 @@ namespace Simulated {
 
 namespace {
 
-constexpr std::size_t mostCopiesInTrain = 64;
+constexpr std::size_t MostCopiesInTrain = 64;
 
 bool Copies(const StreamFaults& faults) {
     return faults.reorderWindow >= 2 || !faults.delay.empty() || !faults.status.empty();
@@ -105,7 +105,7 @@ void FaultyLine::FlushWindow() {
 void FaultyLine::Depart(Bytes packet) {
     inTrain_.push_back(std::move(packet));
     train_.Add({inTrain_.back().data(), inTrain_.back().size()}, {});
-    if (inTrain_.size() == mostCopiesInTrain)
+    if (inTrain_.size() == MostCopiesInTrain)
         Flush();
 }
 

@@ -12,8 +12,8 @@ using Gvcp::Command;
 using Gvcp::CommandPacket;
 namespace AckStatus = Gvcp::AckStatus;
 
-constexpr std::size_t readRegSize = 4; // one register a command
-constexpr std::size_t writeRegSize = 8;
+constexpr std::size_t ReadRegSize = 4; // one register a command
+constexpr std::size_t WriteRegSize = 8;
 
 // An acknowledgement without payload.
 std::size_t Bare(const CommandPacket& command, std::uint16_t status, WireRoom room) {
@@ -73,13 +73,13 @@ std::size_t GvcpAnswers::Carry(const CommandPacket& command, const NET_ENDPOINT&
 
 // The acknowledgement is the first bootstrap registers as they stand.
 std::size_t GvcpAnswers::Discovery(const CommandPacket& command, WireRoom room) {
-    constexpr std::size_t payload = Gvcp::DiscoveryAckSize - Gvcp::HeaderSize;
+    constexpr std::size_t Payload = Gvcp::DiscoveryAckSize - Gvcp::HeaderSize;
     const std::size_t header = Gvcp::EncodeAckHeader(
-        room, {AckStatus::Success, Gvcp::Ack::Discovery, payload, command.header.reqId});
-    const bool fits = header != 0 && room.size >= header + payload;
-    if (!fits || target_.Read(Bootstrap::Version, {room.data + header, payload}) != AckStatus::Success)
+        room, {AckStatus::Success, Gvcp::Ack::Discovery, Payload, command.header.reqId});
+    const bool fits = header != 0 && room.size >= header + Payload;
+    if (!fits || target_.Read(Bootstrap::Version, {room.data + header, Payload}) != AckStatus::Success)
         return 0;
-    return header + payload;
+    return header + Payload;
 }
 
 std::size_t GvcpAnswers::ForceIp(const CommandPacket& command, WireRoom room) {
@@ -101,7 +101,7 @@ std::uint32_t GvcpAnswers::Value(std::uint32_t address) {
 std::size_t GvcpAnswers::ReadReg(const CommandPacket& command, WireRoom room) {
     std::uint32_t address = 0;
     std::uint8_t bytes[4];
-    if (command.payload.size != readRegSize || !Gvcp::DecodeReadReg(command.payload, address))
+    if (command.payload.size != ReadRegSize || !Gvcp::DecodeReadReg(command.payload, address))
         return Bare(command, AckStatus::InvalidParameter, room);
     if (address % 4 != 0)
         return Bare(command, AckStatus::BadAlignment, room);
@@ -114,7 +114,7 @@ std::size_t GvcpAnswers::WriteReg(const CommandPacket& command, const NET_ENDPOI
                                   WireRoom room) {
     std::uint32_t address = 0;
     std::uint32_t value = 0;
-    if (command.payload.size != writeRegSize || !Gvcp::DecodeWriteReg(command.payload, address, value))
+    if (command.payload.size != WriteRegSize || !Gvcp::DecodeWriteReg(command.payload, address, value))
         return Bare(command, AckStatus::InvalidParameter, room);
     std::uint8_t bytes[4];
     Wire::Store(bytes, value);

@@ -10,9 +10,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t largestCommand = 2048; // longer ones are cut, and refused for their length
-constexpr int idleMs = 10;
-constexpr int busyMs = 1;
+constexpr std::size_t LargestCommand = 2048; // longer ones are cut, and refused for their length
+constexpr int IdleMs = 10;
+constexpr int BusyMs = 1;
 
 } // namespace
 
@@ -43,12 +43,12 @@ void GvcpServer::Stop() {
 }
 
 void GvcpServer::Serve() {
-    std::array<std::uint8_t, largestCommand> buffer;
+    std::array<std::uint8_t, LargestCommand> buffer;
     NET_ENDPOINT sender;
     bool again = false;
     while (!stop_.Raised()) {
         pollfd poller{socket_.Descriptor(), POLLIN, 0};
-        if (::poll(&poller, 1, again ? busyMs : idleMs) > 0) {
+        if (::poll(&poller, 1, again ? BusyMs : IdleMs) > 0) {
             const std::size_t size = socket_.Receive({buffer.data(), buffer.size()}, sender);
             if (size != 0 && !silent_)
                 Handle({buffer.data(), size}, sender);

@@ -5,7 +5,7 @@ namespace Simulated {
 
 namespace {
 
-const char* const text = R"(<?xml version="1.0" encoding="utf-8"?>
+const char* const Text = R"(<?xml version="1.0" encoding="utf-8"?>
 <RegisterDescription ModelName="Simulated" VendorName="VX3" ToolTip="A camera made of data"
     StandardNameSpace="GEV" SchemaMajorVersion="1" SchemaMinorVersion="1" SchemaSubMinorVersion="0"
     MajorVersion="1" MinorVersion="0" SubMinorVersion="0"
@@ -107,7 +107,7 @@ const char* const text = R"(<?xml version="1.0" encoding="utf-8"?>
 } // namespace
 
 const char* OwnDescription() {
-    return text;
+    return Text;
 }
 
 } // namespace Simulated

@@ -10,15 +10,15 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-constexpr double mostTrainBytes = 65000; // of one datagram as long as the system takes
-constexpr double leastTrainBytes = 9000;
-constexpr double trainsPerSecond = 1000; // at least
+constexpr double MostTrainBytes = 65000; // of one datagram as long as the system takes
+constexpr double LeastTrainBytes = 9000;
+constexpr double TrainsPerSecond = 1000; // at least
 // Sleeping shorter than this takes longer than this.
-constexpr microseconds shortestSleep(80);
+constexpr microseconds ShortestSleep(80);
 // Time lost is not made good in longer bursts than this.
-constexpr milliseconds longestDebt(2);
-constexpr milliseconds longestBusyDebt(1);
-constexpr double slowest = 1; // bytes a second
+constexpr milliseconds LongestDebt(2);
+constexpr milliseconds LongestBusyDebt(1);
+constexpr double Slowest = 1; // bytes a second
 
 } // namespace
 
@@ -27,8 +27,8 @@ Pacer::Pacer(const Pace& pace, StopSignal& stop)
       stop_(stop),
       largestTrain_(static_cast<std::size_t>(
           pace.bytesPerSecond > 0
-              ? std::clamp(pace.bytesPerSecond / trainsPerSecond, leastTrainBytes, mostTrainBytes)
-              : mostTrainBytes)),
+              ? std::clamp(pace.bytesPerSecond / TrainsPerSecond, LeastTrainBytes, MostTrainBytes)
+              : MostTrainBytes)),
       due_(Clock::now()) {}
 
 void Pacer::Await(std::size_t bytes, std::size_t packets) {
@@ -38,12 +38,12 @@ void Pacer::Await(std::size_t bytes, std::size_t packets) {
     if (pace_.busy)
         while (now < due_ && !stop_.Raised())
             now = Clock::now();
-    else if (due_ - now > shortestSleep)
+    else if (due_ - now > ShortestSleep)
         stop_.SleepUntil(due_);
-    due_ = std::max(due_, now - (pace_.busy ? longestBusyDebt : longestDebt));
+    due_ = std::max(due_, now - (pace_.busy ? LongestBusyDebt : LongestDebt));
     if (pace_.bytesPerSecond > 0)
         due_ += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
-            static_cast<double>(bytes) / std::max(pace_.bytesPerSecond, slowest)));
+            static_cast<double>(bytes) / std::max(pace_.bytesPerSecond, Slowest)));
     due_ += pace_.packetDelay * packets;
 }
 

@@ -10,9 +10,9 @@ namespace Simulated {
 
 namespace {
 
-constexpr std::size_t mostZones = 32;
-constexpr std::size_t mostParts = 255;
-constexpr std::uint64_t mostDataBytes = std::uint64_t{1} << 31;
+constexpr std::size_t MostZones = 32;
+constexpr std::size_t MostParts = 255;
+constexpr std::uint64_t MostDataBytes = std::uint64_t{1} << 31;
 
 // Lengths that were left to the data.
 Block Completed(Block block) {
@@ -56,9 +56,9 @@ std::uint8_t LeaderCount(const Gvsp::BlockInfo& info) {
 bool HasPieces(std::uint16_t payloadType, std::size_t pieces) {
     switch (Gvsp::PayloadType::Base(payloadType)) {
     case Gvsp::PayloadType::MultiPart:
-        return pieces >= 1 && pieces <= mostParts;
+        return pieces >= 1 && pieces <= MostParts;
     case Gvsp::PayloadType::MultiZone:
-        return pieces >= 1 && pieces <= mostZones;
+        return pieces >= 1 && pieces <= MostZones;
     case Gvsp::PayloadType::GenDc:
         return pieces >= 1 && pieces <= 0xFFFF;
     default:
@@ -71,13 +71,13 @@ bool HasPieces(std::uint16_t payloadType, std::size_t pieces) {
 const char* PacketMaker::Objection(const Block& block) {
     std::uint64_t total = 0;
     for (const SharedBytes& piece : block.data) {
-        if (piece.data == nullptr || piece.size == 0 || piece.size > mostDataBytes)
+        if (piece.data == nullptr || piece.size == 0 || piece.size > MostDataBytes)
             return "a piece of the block's data is empty or too large";
         total += piece.size;
     }
     if (!HasPieces(block.info.payloadType, block.data.size()))
         return "the payload type has another number of data pieces";
-    return total > mostDataBytes ? "the block is larger than 2 GiB" : nullptr;
+    return total > MostDataBytes ? "the block is larger than 2 GiB" : nullptr;
 }
 
 PacketMaker::PacketMaker(Block block, const PacketForm& form)

@@ -16,8 +16,8 @@ namespace Simulated {
 
 namespace {
 
-constexpr std::size_t mostBytes = 65000;
-constexpr int mostAttempts = 1000; // a full queue empties within milliseconds
+constexpr std::size_t MostBytes = 65000;
+constexpr int MostAttempts = 1000; // a full queue empties within milliseconds
 
 // Worth trying again: queues that are full for a moment, and what an earlier packet caused.
 bool IsPassing(int error) {
@@ -30,8 +30,8 @@ PacketTrain::PacketTrain(int socket, bool segmentation, Pacer* pacer)
     : socket_(socket),
       segmentation_(segmentation),
       pacer_(pacer),
-      largestTrain_(pacer != nullptr ? pacer->LargestTrain() : mostBytes),
-      packetLimit_(pacer != nullptr ? std::min(pacer->MostPackets(), mostPackets_) : mostPackets_) {}
+      largestTrain_(pacer != nullptr ? pacer->LargestTrain() : MostBytes),
+      packetLimit_(pacer != nullptr ? std::min(pacer->MostPackets(), MostPackets) : MostPackets) {}
 
 void PacketTrain::Flush() {
     if (packetCount_ == 0)
@@ -56,7 +56,7 @@ bool PacketTrain::SendSegmented() {
     header->cmsg_len = CMSG_LEN(sizeof(std::uint16_t));
     const auto segment = static_cast<std::uint16_t>(sizes_[0]);
     std::memcpy(CMSG_DATA(header), &segment, sizeof(segment));
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+    for (int attempt = 0; attempt < MostAttempts; ++attempt) {
         if (::sendmsg(socket_, &message, 0) >= 0)
             return true;
         if (!IsPassing(errno)) {
@@ -92,7 +92,7 @@ void PacketTrain::Cut(Pieces& pieces) const {
 void PacketTrain::SendSingly() {
     Pieces pieces;
     Cut(pieces);
-    std::array<mmsghdr, mostPackets_> messages{};
+    std::array<mmsghdr, MostPackets> messages{};
     for (std::size_t i = 0; i < packetCount_; ++i) {
         messages[i].msg_hdr.msg_iov = &pieces.vectors[pieces.first[i]];
         messages[i].msg_hdr.msg_iovlen = pieces.first[i + 1] - pieces.first[i];
@@ -100,7 +100,7 @@ void PacketTrain::SendSingly() {
     int attempts = 0;
     for (std::size_t sent = 0; sent < packetCount_;) {
         const int n = ::sendmmsg(socket_, &messages[sent], static_cast<unsigned>(packetCount_ - sent), 0);
-        if (n <= 0 && IsPassing(errno) && ++attempts < mostAttempts)
+        if (n <= 0 && IsPassing(errno) && ++attempts < MostAttempts)
             continue;
         sent += n > 0 ? static_cast<std::size_t>(n) : 1;
         attempts = 0;

@@ -37,11 +37,11 @@ public:
     void Flush();
 
 private:
-    static constexpr std::size_t mostPackets_ = 64;
+    static constexpr std::size_t MostPackets = 64;
 
     struct Pieces {
-        std::array<iovec, 3 * mostPackets_> vectors;
-        std::array<std::size_t, mostPackets_ + 1> first; // of each packet
+        std::array<iovec, 3 * MostPackets> vectors;
+        std::array<std::size_t, MostPackets + 1> first; // of each packet
     };
 
     // Segments are of one size, but for a shorter last one.
@@ -67,8 +67,8 @@ private:
     std::size_t largestTrain_;
     std::size_t packetLimit_;
 
-    std::array<iovec, 2 * mostPackets_> vectors_;
-    std::array<std::size_t, mostPackets_> sizes_;
+    std::array<iovec, 2 * MostPackets> vectors_;
+    std::array<std::size_t, MostPackets> sizes_;
     std::size_t vectorCount_ = 0;
     std::size_t packetCount_ = 0;
     std::size_t bytes_ = 0;

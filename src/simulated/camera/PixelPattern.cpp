@@ -11,8 +11,8 @@ namespace Simulated {
 
 namespace {
 
-constexpr std::size_t longestShift = std::size_t{1} << 16;
-constexpr std::size_t firstSize = std::size_t{16} << 20;
+constexpr std::size_t LongestShift = std::size_t{1} << 16;
+constexpr std::size_t FirstSize = std::size_t{16} << 20;
 
 std::vector<std::uint8_t> MakeNoise(std::size_t size) {
     std::vector<std::uint8_t> bytes(size);
@@ -32,7 +32,7 @@ public:
     const std::uint8_t* AtLeast(std::size_t size) VX3_EXCLUDES(mutex_) {
         MutexLock lock(mutex_);
         if (all_.empty() || all_.back().size() < size) {
-            std::size_t room = firstSize;
+            std::size_t room = FirstSize;
             while (room < size)
                 room *= 2;
             all_.push_back(MakeNoise(room));
@@ -49,7 +49,7 @@ private:
 
 const std::uint8_t* PixelPattern::Of(std::uint64_t blockId, std::size_t size) {
     static Noise noise;
-    return size > LargestFrame ? nullptr : noise.AtLeast(size + longestShift) + (blockId * 61) % longestShift;
+    return size > LargestFrame ? nullptr : noise.AtLeast(size + LongestShift) + (blockId * 61) % LongestShift;
 }
 
 } // namespace Simulated

@@ -13,34 +13,34 @@ namespace {
 
 using namespace Bootstrap;
 
-constexpr std::uint32_t gigabit = 1000;             // Mbit/s
-constexpr std::uint32_t nanoseconds = 1000000000;   // ticks a second
-constexpr std::uint32_t bigEndianUtf8 = 0x80000001; // device mode
-constexpr std::uint32_t staticAndDhcpAndLla = 0x00000007;
-constexpr std::uint32_t exposure = 0x461C4000; // 10000.0 as a float
+constexpr std::uint32_t Gigabit = 1000;             // Mbit/s
+constexpr std::uint32_t Nanoseconds = 1000000000;   // ticks a second
+constexpr std::uint32_t BigEndianUtf8 = 0x80000001; // device mode
+constexpr std::uint32_t StaticAndDhcpAndLla = 0x00000007;
+constexpr std::uint32_t Exposure = 0x461C4000; // 10000.0 as a float
 
 void SetNumbers(RegisterFile& registers, const CameraConfig& config) {
     const std::pair<std::uint32_t, std::uint32_t> values[] = {
         {Version, 0x00020000},
-        {DeviceMode, bigEndianUtf8},
+        {DeviceMode, BigEndianUtf8},
         {MacHigh, static_cast<std::uint32_t>(config.mac >> 32) & 0xFFFF},
         {MacLow, static_cast<std::uint32_t>(config.mac)},
-        {NetworkCapability, staticAndDhcpAndLla},
-        {NetworkConfiguration, staticAndDhcpAndLla & ~1U},
+        {NetworkCapability, StaticAndDhcpAndLla},
+        {NetworkConfiguration, StaticAndDhcpAndLla & ~1U},
         {CurrentIp, config.ip},
         {CurrentMask, config.mask},
         {NetworkInterfaceCount, 1},
-        {LinkSpeed, gigabit},
+        {LinkSpeed, Gigabit},
         {StreamChannelCount, config.streamChannels},
         {GvspCapability, config.reportsSourcePort ? SourcePortValid : 0},
         {GvcpCapability, config.gvcpCapability},
         {HeartbeatTimeout, config.heartbeatTimeoutMs},
-        {TickFrequencyLow, nanoseconds},
+        {TickFrequencyLow, Nanoseconds},
         {PendingTimeout, config.pendingTimeoutMs},
         {CameraRegister::Width, config.width},
         {CameraRegister::Height, config.height},
         {CameraRegister::PixelFormat, config.pixelFormat},
-        {CameraRegister::ExposureTime, exposure},
+        {CameraRegister::ExposureTime, Exposure},
     };
     for (const auto& [address, value] : values)
         (void)registers.SetValue(address, value);

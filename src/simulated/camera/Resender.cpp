@@ -12,11 +12,11 @@ namespace Simulated {
 namespace {
 
 // Hosts may ask for absurd ranges, as often as they like.
-constexpr std::uint32_t mostRefusalsPerRequest = 64;
-constexpr std::size_t mostLateRequests = 10000;
-constexpr std::size_t mostNoted = 1000000;
-constexpr std::uint32_t packetsPerTrain = 64;
-constexpr std::uint32_t firstMulticast = 0xE0000000;
+constexpr std::uint32_t MostRefusalsPerRequest = 64;
+constexpr std::size_t MostLateRequests = 10000;
+constexpr std::size_t MostNoted = 1000000;
+constexpr std::uint32_t PacketsPerTrain = 64;
+constexpr std::uint32_t FirstMulticast = 0xE0000000;
 
 } // namespace
 
@@ -44,14 +44,14 @@ void Resender::Hold(const SentBlock& block) {
 
 void Resender::Ask(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, TimePoint now) {
     MutexLock lock(mutex_);
-    if (sender.ip != destination_.ip && destination_.ip < firstMulticast)
+    if (sender.ip != destination_.ip && destination_.ip < FirstMulticast)
         return;
     ++counts_.resendRequests;
     if (!faults_.serveResends)
         return;
     if (faults_.resendDelayMs == 0)
         Serve(request);
-    else if (late_.size() < mostLateRequests)
+    else if (late_.size() < MostLateRequests)
         late_.push_back({request, now + std::chrono::milliseconds(faults_.resendDelayMs)});
 }
 
@@ -95,13 +95,13 @@ void Resender::Serve(const Gvcp::ResendRequest& request) {
 
 void Resender::Note(std::uint64_t blockId, std::uint32_t packetId) {
     ++counts_.packetsRequested;
-    if (requests_.size() < mostNoted)
+    if (requests_.size() < MostNoted)
         ++requests_[{blockId, packetId}];
 }
 
 // A header alone: how a camera says that it has the packet no longer.
 void Resender::Refuse(const Gvcp::ResendRequest& request, std::uint32_t last, std::uint16_t status) {
-    std::array<std::array<std::uint8_t, Gvsp::ExtendedHeaderSize>, mostRefusalsPerRequest> heads;
+    std::array<std::array<std::uint8_t, Gvsp::ExtendedHeaderSize>, MostRefusalsPerRequest> heads;
     PacketTrain train(socket_, segmentation_, nullptr);
     std::uint64_t id = request.firstPacket;
     for (auto head = heads.begin(); head != heads.end() && id <= last; ++head, ++id) {
@@ -118,7 +118,7 @@ bool Resender::Chance(double probability) {
 
 void Resender::SendAgain(const SentBlock& block, std::uint32_t first, std::uint32_t last) {
     const std::size_t room = block.maker->LargestHeadSize();
-    std::vector<std::uint8_t> heads(room * packetsPerTrain);
+    std::vector<std::uint8_t> heads(room * PacketsPerTrain);
     PacketTrain train(socket_, segmentation_, nullptr);
     std::size_t used = 0;
     for (std::uint32_t id = first; id <= last; ++id) {
@@ -129,7 +129,7 @@ void Resender::SendAgain(const SentBlock& block, std::uint32_t first, std::uint3
             block.maker->MakeHead(id, block.stamp, Gvcp::AckStatus::PacketResent, {head, room});
         train.Add({head, size}, block.maker->Data(id, block.stamp));
         ++counts_.packetsResent;
-        if (++used == packetsPerTrain) {
+        if (++used == PacketsPerTrain) {
             train.Flush();
             used = 0;
         }

@@ -15,9 +15,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uint32_t mostTestPacket = 65535;
-constexpr unsigned mostWaitingDatagrams = 1000;
-constexpr double longestPeriod = 3600; // s
+constexpr std::uint32_t MostTestPacket = 65535;
+constexpr unsigned MostWaitingDatagrams = 1000;
+constexpr double LongestPeriod = 3600; // s
 
 std::uint64_t Nanoseconds(Clock::time_point time) {
     return static_cast<std::uint64_t>(
@@ -25,7 +25,7 @@ std::uint64_t Nanoseconds(Clock::time_point time) {
 }
 
 Clock::duration Period(double framesPerSecond) {
-    const double seconds = framesPerSecond > 0 ? std::min(1 / framesPerSecond, longestPeriod) : 0;
+    const double seconds = framesPerSecond > 0 ? std::min(1 / framesPerSecond, LongestPeriod) : 0;
     return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
 }
 
@@ -143,7 +143,7 @@ StreamCounts StreamChannel::Counts() const {
 }
 
 void StreamChannel::SendTestPacket(const NET_ENDPOINT& destination, std::uint32_t packetSize) const {
-    if (packetSize <= Gvsp::IpUdpOverhead || packetSize > mostTestPacket || destination.port == 0)
+    if (packetSize <= Gvsp::IpUdpOverhead || packetSize > MostTestPacket || destination.port == 0)
         return;
     const std::vector<std::uint8_t> zeros(packetSize - Gvsp::IpUdpOverhead);
     socket_.Send({zeros.data(), zeros.size()}, destination);
@@ -153,7 +153,7 @@ std::size_t StreamChannel::TakeNewestDatagram() const {
     std::array<std::uint8_t, 2048> buffer;
     NET_ENDPOINT from;
     std::size_t newest = 0;
-    for (unsigned i = 0; i < mostWaitingDatagrams; ++i) {
+    for (unsigned i = 0; i < MostWaitingDatagrams; ++i) {
         const std::size_t size = socket_.Receive({buffer.data(), buffer.size()}, from);
         if (size == 0)
             break;
