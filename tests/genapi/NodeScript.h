@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -233,10 +234,7 @@ inline const std::map<std::string, Question>& Questions() {
         {"values", [](F f) { return Joined(f.integer->GetListOfValidValues()); }},
         {"allvalues", [](F f) { return Joined(f.integer->GetListOfValidValues(false)); }},
         {"unit", [](F f) { return Shown(f.integer ? f.integer->GetUnit() : f.real->GetUnit()); }},
-        {"alias",
-         [](F f) {
-             return Shown(f.integer ? dynamic_cast<INode*>(f.integer->GetFloatAlias()) : f.node.GetAlias());
-         }},
+        {"aliases", [](F f) { return Shown(f.node.GetAlias()) + "," + Shown(f.node.GetCastAlias()); }},
         {"address", [](F f) { return Shown(f.reg->GetAddress()); }},
         {"length", [](F f) { return Shown(f.reg->GetLength()); }},
         {"maxlength", [](F f) { return Shown(f.string->GetMaxLength()); }},
@@ -288,23 +286,22 @@ private:
     }
 
     std::string OfDevice(const std::string& subject, const std::string& verb, std::string& rest) {
-        const auto fail = [](std::int64_t) { throw "no answer"; };
+        const std::function<void(std::int64_t)> none, fail = [](std::int64_t) { throw "no answer"; };
         const auto word = static_cast<std::uint32_t>(std::strtoul(rest.c_str(), nullptr, 16));
         const auto address = static_cast<std::size_t>(IntegerIn(subject.substr(1)));
+        int& count = subject == "reads" ? nodes.port.reads : nodes.port.writes;
         if (subject[0] == '@' && verb == "?")
             return nodes.port.Word(address) == word ? rest : Shown(nodes.port.Word(address));
-        if (subject[0] == '@')
+        if (subject[0] == '@') {
             nodes.port.Put(address, word);
-        else if (subject == "poll")
+        } else if (subject == "poll") {
             nodes.map->Poll(IntegerIn(verb));
-        else if (subject == "fail") // "reads", "writes", or "none"
-            nodes.port.onRead = nullptr, nodes.port.onWrite = nullptr,
-            (verb == "reads" ? nodes.port.onRead : nodes.port.onWrite) =
-                verb == "none" ? decltype(nodes.port.onRead)() : fail;
-        else
-            EXPECT_EQ(verb,
-                      Shown(std::exchange(subject == "reads" ? nodes.port.reads : nodes.port.writes, 0)))
-                << subject;
+        } else if (subject == "fail") { // "reads", "writes", or "none"
+            nodes.port.onRead = verb == "reads" ? fail : none;
+            nodes.port.onWrite = verb == "writes" ? fail : none;
+        } else {
+            EXPECT_EQ(verb, Shown(std::exchange(count, 0))) << subject;
+        }
         return rest;
     }
 

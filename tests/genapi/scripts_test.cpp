@@ -216,7 +216,7 @@ Float Real pValue=Width pAlias=Max ; Float Chain pValue=Real
 Enumeration Selector :A=0 Value=0 pSelected=Width pSelected=Max
 IntSwissKnife Knife pVariable.A=Width pVariable.B=Max Formula=A+B ; Command Run Value=0 pInvalidator=Knife
 --
-Width visibility 1 ; Max visibility 2 ; Reg visibility 3 ; Real visibility 0 ; Width alias Real ; Real alias Max
+Width visibility 1 ; Max visibility 2 ; Reg visibility 3 ; Real visibility 0 ; Width aliases none,Real ; Real aliases Max,none
 Knife property:pVariable Width,Max|A,B ; Width property:Name Width| ; Width property:Representation none|
 Width property:NoSuchThing none| ; Selector property:EnumEntry EnumEntry_Selector_A| ; Width reading Max,Reg
 Width writing Reg ; Width invalidating ; Run invalidating Knife ; Width parents Root,Real,Knife
