@@ -12,6 +12,7 @@ using namespace VX3;
 using namespace VX3::Kernels;
 using VX3::Testing::AwkwardWidths;
 using VX3::Testing::ExpectLikeReference;
+using VX3::Testing::ExpectSameLine;
 using VX3::Testing::ForEachTarget;
 
 namespace {
@@ -82,20 +83,16 @@ TEST(Profile, SumsAgreeWithTheReferenceAndDoNotOverflow) {
                 };
                 if (width % 7 != 3 && width > 20)
                     continue; // every seventh width is enough for what is slow here
-                ExpectLikeReference(
-                    {width * bytes * lines, 8 * width, 1, fill},
-                    [&](auto* source, auto* targets) {
+                const auto columns = [=](auto kernel) {
+                    return [=](auto* source, auto* targets) {
                         std::vector<std::uint64_t> sums(width + 1, 5);
-                        SumColumns(source, width * bytes, lines, width, bytes, sums.data());
+                        kernel(source, width * bytes, lines, width, bytes, sums.data());
                         if (width != 0) // an empty line has no memory
                             std::memcpy(targets[0], sums.data(), 8 * width);
-                    },
-                    [&](auto* source, auto* targets) {
-                        std::vector<std::uint64_t> sums(width + 1, 5);
-                        Reference::SumColumns(source, width * bytes, lines, width, bytes, sums.data());
-                        if (width != 0) // an empty line has no memory
-                            std::memcpy(targets[0], sums.data(), 8 * width);
-                    });
+                    };
+                };
+                ExpectLikeReference({width * bytes * lines, 8 * width, 1, fill}, columns(SumColumns),
+                                    columns(Reference::SumColumns));
                 for (unsigned int channels = 1; channels <= 4; ++channels) {
                     std::uint64_t sums[4] = {};
                     std::uint64_t expected[4] = {};
@@ -127,18 +124,13 @@ TEST(Map, EveryTargetAgreesWithTheReference) {
                                  {40000, 50000, 0, table.data(), 16383}};
     ForEachTarget([&] {
         for (const std::size_t width : AwkwardWidths()) {
-            for (const MapWindow& window : windows) {
-                ExpectLikeReference(
-                    {2 * width, 4 * width},
-                    [&](auto* source, auto* targets) { MapLine16(source, targets[0], width, window); },
-                    [&](auto* source, auto* targets) {
-                        Reference::MapLine16(source, targets[0], width, window);
-                    });
-            }
-            ExpectLikeReference(
-                {width, 4 * width},
-                [&](auto* source, auto* targets) { MapLine8(source, targets[0], width, table8); },
-                [&](auto* source, auto* targets) { Reference::MapLine8(source, targets[0], width, table8); });
+            for (const MapWindow& window : windows)
+                ExpectSameLine({2 * width, 4 * width}, MapLine16, Reference::MapLine16, width, window);
+            const auto mapped = [&](auto kernel) { // an array cannot be copied along
+                return
+                    [&, kernel](auto* source, auto* targets) { kernel(source, targets[0], width, table8); };
+            };
+            ExpectLikeReference({width, 4 * width}, mapped(MapLine8), mapped(Reference::MapLine8));
         }
     });
 }

@@ -54,51 +54,36 @@ TEST(Demosaic, AnOddLastColumnIsLeftAlone) {
 
 TEST(Demosaic, EveryTargetAgreesWithTheReference) {
     ForEachTarget([] {
-        for (const Mosaic mosaic : {Mosaic::RG, Mosaic::GR, Mosaic::BG, Mosaic::GB}) {
+        for (const Mosaic mosaic : {Mosaic::RG, Mosaic::GR, Mosaic::BG, Mosaic::GB})
             for (const std::size_t width : AwkwardWidths()) {
                 // Both source lines lie in one buffer: the second ends where the guard page begins.
-                ExpectLikeReference(
-                    {2 * width, 3 * width, 2},
-                    [&](auto* source, auto* targets) {
-                        DemosaicPair8(mosaic, {source, source + width, targets[0], targets[1]}, width);
-                    },
-                    [&](auto* source, auto* targets) {
-                        Reference::DemosaicPair8(mosaic, {source, source + width, targets[0], targets[1]},
-                                                 width);
-                    });
-                ExpectLikeReference(
-                    {4 * width, 3 * width, 2},
-                    [&](auto* source, auto* targets) {
-                        DemosaicPair16(mosaic, {source, source + 2 * width, targets[0], targets[1]}, width,
-                                       4);
-                    },
-                    [&](auto* source, auto* targets) {
-                        Reference::DemosaicPair16(
-                            mosaic, {source, source + 2 * width, targets[0], targets[1]}, width, 4);
-                    });
+                const auto pairs = [=](std::size_t second, auto kernel, auto... shift) {
+                    return [=](auto* source, auto* targets) {
+                        kernel(mosaic, {source, source + second, targets[0], targets[1]}, width, shift...);
+                    };
+                };
+                ExpectLikeReference({2 * width, 3 * width, 2}, pairs(width, DemosaicPair8),
+                                    pairs(width, Reference::DemosaicPair8));
+                ExpectLikeReference({4 * width, 3 * width, 2}, pairs(2 * width, DemosaicPair16, 4U),
+                                    pairs(2 * width, Reference::DemosaicPair16, 4U));
             }
-        }
     });
 }
 
 TEST(Split, EveryTargetAgreesWithTheReference) {
-    const auto compare = [](unsigned int channels, unsigned int bytes, std::size_t width, Stores stores) {
-        ExpectLikeReference(
-            {width * channels * bytes, width * bytes, channels},
-            [&](auto* source, auto* targets) { SplitLine(source, targets, width, channels, bytes, stores); },
-            [&](auto* source, auto* targets) {
-                Reference::SplitLine(source, targets, width, channels, bytes);
-            });
-    };
-    ForEachTarget([&] {
-        for (const unsigned int channels : {2U, 3U, 4U}) {
-            for (const unsigned int bytes : {1U, 2U}) {
-                for (const std::size_t width : AwkwardWidths()) {
-                    compare(channels, bytes, width, Stores::Cached);
-                    compare(channels, bytes, width, Stores::Streaming);
-                }
-            }
-        }
+    ForEachTarget([] {
+        for (const unsigned int channels : {2U, 3U, 4U})
+            for (const unsigned int bytes : {1U, 2U})
+                for (const std::size_t width : AwkwardWidths())
+                    for (const Stores stores : {Stores::Cached, Stores::Streaming})
+                        ExpectLikeReference(
+                            {width * channels * bytes, width * bytes, channels},
+                            [=](auto* source, auto* targets) {
+                                SplitLine(source, targets, width, channels, bytes, stores);
+                            },
+                            [=](auto* source, auto* targets) {
+                                Reference::SplitLine(source, targets, width, channels, bytes);
+                            });
     });
 }
 

@@ -11,7 +11,7 @@
 using namespace VX3;
 using namespace VX3::Kernels;
 using VX3::Testing::AwkwardWidths;
-using VX3::Testing::ExpectLikeReference;
+using VX3::Testing::ExpectSameLine;
 using VX3::Testing::ForEachTarget;
 
 namespace {
@@ -29,30 +29,15 @@ TEST(Reduce, TruncatesAndWraps) {
 
 TEST(Reduce, EveryTargetAgreesWithTheReference) {
     ForEachTarget([] {
-        for (const std::size_t width : AwkwardWidths()) {
+        for (const std::size_t width : AwkwardWidths())
             for (const unsigned int shift : {0U, 2U, 4U, 6U, 8U}) {
-                ExpectLikeReference(
-                    {2 * width, width},
-                    [&](auto* source, auto* targets) { ReduceLine(source, targets[0], width, shift); },
-                    [&](auto* source, auto* targets) {
-                        Reference::ReduceLine(source, targets[0], width, shift);
-                    });
-                ExpectLikeReference(
-                    {2 * width, width},
-                    [&](auto* source, auto* targets) {
-                        ReduceLine(source, targets[0], width, shift, Stores::Streaming);
-                    },
-                    [&](auto* source, auto* targets) {
-                        Reference::ReduceLine(source, targets[0], width, shift);
-                    });
-                ExpectLikeReference(
-                    {8 * width, 4 * width},
-                    [&](auto* source, auto* targets) { ReduceSwapLine4(source, targets[0], width, shift); },
-                    [&](auto* source, auto* targets) {
-                        Reference::ReduceSwapLine4(source, targets[0], width, shift);
-                    });
+                for (const Stores stores : {Stores::Cached, Stores::Streaming})
+                    ExpectSameLine(
+                        {2 * width, width}, [=](auto... line) { ReduceLine(line..., stores); },
+                        Reference::ReduceLine, width, shift);
+                ExpectSameLine({8 * width, 4 * width}, ReduceSwapLine4, Reference::ReduceSwapLine4, width,
+                               shift);
             }
-        }
     });
 }
 
@@ -71,14 +56,8 @@ TEST(Reduce, FloatsAreHeldInRange) {
                 for (std::size_t x = 0; x < width; ++x)
                     PutSample(source, x, floats[x % floats.size()]);
             };
-            ExpectLikeReference(
-                {4 * width, 2 * width, 1, fill},
-                [&](auto* source, auto* targets) { FloatLineTo16(source, targets[0], width); },
-                [&](auto* source, auto* targets) { Reference::FloatLineTo16(source, targets[0], width); });
-            ExpectLikeReference(
-                {4 * width, width, 1, fill},
-                [&](auto* source, auto* targets) { FloatLineTo8(source, targets[0], width); },
-                [&](auto* source, auto* targets) { Reference::FloatLineTo8(source, targets[0], width); });
+            ExpectSameLine({4 * width, 2 * width, 1, fill}, FloatLineTo16, Reference::FloatLineTo16, width);
+            ExpectSameLine({4 * width, width, 1, fill}, FloatLineTo8, Reference::FloatLineTo8, width);
         }
     });
     const float samples[4] = {70000.0F, -3.5F, 300.7F, NAN};
@@ -93,43 +72,26 @@ TEST(Reduce, FloatsAreHeldInRange) {
 TEST(Swap, EveryTargetAgreesWithTheReference) {
     ForEachTarget([] {
         for (const std::size_t width : AwkwardWidths()) {
-            ExpectLikeReference(
-                {3 * width, 3 * width},
-                [&](auto* source, auto* targets) { SwapLine3(source, targets[0], width); },
-                [&](auto* source, auto* targets) { Reference::SwapLine3(source, targets[0], width); });
+            ExpectSameLine({3 * width, 3 * width}, SwapLine3, Reference::SwapLine3, width);
             for (const Stores stores : {Stores::Cached, Stores::Streaming})
-                ExpectLikeReference(
-                    {4 * width, 4 * width},
-                    [&](auto* source, auto* targets) { SwapLine4(source, targets[0], width, stores); },
-                    [&](auto* source, auto* targets) { Reference::SwapLine4(source, targets[0], width); });
+                ExpectSameLine(
+                    {4 * width, 4 * width}, [=](auto... line) { SwapLine4(line..., stores); },
+                    Reference::SwapLine4, width);
         }
     });
 }
 
 TEST(Recolor, EveryTargetAgreesWithTheReference) {
     ForEachTarget([] {
-        for (const std::size_t width : AwkwardWidths())
+        for (const std::size_t width : AwkwardWidths()) {
+            ExpectSameLine({width, 3 * width}, SpreadLine, Reference::SpreadLine, width);
             for (const bool flag : {false, true}) {
+                ExpectSameLine({4 * width, 3 * width}, NarrowLine, Reference::NarrowLine, width, flag);
                 for (const unsigned int channels : {3U, 4U})
-                    ExpectLikeReference(
-                        {channels * width, width},
-                        [&](auto* source, auto* targets) {
-                            GreyLine(source, targets[0], width, channels, flag);
-                        },
-                        [&](auto* source, auto* targets) {
-                            Reference::GreyLine(source, targets[0], width, channels, flag);
-                        });
-                ExpectLikeReference(
-                    {width, 3 * width},
-                    [&](auto* source, auto* targets) { SpreadLine(source, targets[0], width); },
-                    [&](auto* source, auto* targets) { Reference::SpreadLine(source, targets[0], width); });
-                ExpectLikeReference(
-                    {4 * width, 3 * width},
-                    [&](auto* source, auto* targets) { NarrowLine(source, targets[0], width, flag); },
-                    [&](auto* source, auto* targets) {
-                        Reference::NarrowLine(source, targets[0], width, flag);
-                    });
+                    ExpectSameLine({channels * width, width}, GreyLine, Reference::GreyLine, width, channels,
+                                   flag);
             }
+        }
     });
 }
 

@@ -47,22 +47,15 @@ TEST(Unpack, EveryTargetAgreesWithTheReferenceAndStaysInItsLine) {
             for (const std::size_t pixels : VX3::Testing::AwkwardWidths()) {
                 const std::size_t bytes = packing == Packing::Mono10p ? pixels * 5 / 4 : pixels * 3 / 2;
                 for (const std::size_t held : {bytes, bytes + 3, bytes / 2}) {
-                    VX3::Testing::ExpectLikeReference(
-                        {held, 2 * pixels},
-                        [&](auto* source, auto* targets) {
-                            UnpackLine(packing, source, held, targets[0], pixels);
-                        },
-                        [&](auto* source, auto* targets) {
-                            Reference::UnpackLine(packing, source, held, targets[0], pixels);
-                        });
-                    VX3::Testing::ExpectLikeReference(
-                        {held, pixels},
-                        [&](auto* source, auto* targets) {
-                            UnpackLineTo8(packing, source, held, targets[0], pixels);
-                        },
-                        [&](auto* source, auto* targets) {
-                            Reference::UnpackLineTo8(packing, source, held, targets[0], pixels);
-                        });
+                    const auto lines = [=](auto kernel) {
+                        return [=](auto* source, auto* targets) {
+                            kernel(packing, source, held, targets[0], pixels);
+                        };
+                    };
+                    VX3::Testing::ExpectLikeReference({held, 2 * pixels}, lines(UnpackLine),
+                                                      lines(Reference::UnpackLine));
+                    VX3::Testing::ExpectLikeReference({held, pixels}, lines(UnpackLineTo8),
+                                                      lines(Reference::UnpackLineTo8));
                 }
             }
         }

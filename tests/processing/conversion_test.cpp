@@ -1,12 +1,15 @@
 #include "processing/FormatConvertors.h"
 
 #include "support/TestImages.h"
+#include "vx3/processing/ColorConversion.h"
 #include "vx3/processing/ProcessingThreads.h"
 
 #include <opencv2/imgproc.hpp>
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <map>
 #include <thread>
 
 using namespace VX3;
@@ -99,6 +102,62 @@ TEST(Convertors, EveryFormatDoesWhatItCanAndNothingElse) {
     }
 }
 
+// How many results each named kernel gives of an image.
+struct NamedKernels : TableConvertor {
+    using Kernel = std::function<std::size_t(const IImage*)>;
+
+    template <class Operation, class... Arguments>
+    static Kernel Of(const Operation& operation, Arguments... arguments) {
+        return [=](const IImage* image) { return operation(image, arguments...).size(); };
+    }
+    static std::multimap<std::string, Kernel> ByLayout() {
+        const std::shared_ptr<IImagePool> pool;
+        const ROIRect* all = nullptr;
+        const ProfileType line = ProfileType::Horizontal;
+        return {{"8C3", Of(Split8C3, pool)},
+                {"16C3", Of(Split16C3, pool)},
+                {"8C4", Of(Split8C4, pool)},
+                {"16C4", Of(Split16C4, pool)},
+                {"8B", Of(Split8Bayer, pool)},
+                {"16B", Of(Split16Bayer, pool)},
+                {"8C1", Of(CreateHistogram8C1, all)},
+                {"16C1", Of(CreateHistogram16C1, all)},
+                {"8C3", Of(CreateHistogram8C3, all)},
+                {"16C3", Of(CreateHistogram16C3, all)},
+                {"8C4", Of(CreateHistogram8C4, all)},
+                {"16C4", Of(CreateHistogram16C4, all)},
+                {"8B", Of(CreateHistogram8Bayer, all)},
+                {"16B", Of(CreateHistogram16Bayer, all)},
+                {"8C1", Of(CreateProfile8C1, line, 0U)},
+                {"16C1", Of(CreateProfile16C1, line, 0U)},
+                {"8C3", Of(CreateProfile8C3, line, 0U)},
+                {"16C3", Of(CreateProfile16C3, line, 0U)},
+                {"8C4", Of(CreateProfile8C4, line, 0U)},
+                {"16C4", Of(CreateProfile16C4, line, 0U)},
+                {"8C1", Of(CreateProfile8C1Mean, line)},
+                {"16C1", Of(CreateProfile16C1Mean, line)},
+                {"8C3", Of(CreateProfile8C3Mean, line)},
+                {"16C3", Of(CreateProfile16C3Mean, line)},
+                {"8C4", Of(CreateProfile8C4Mean, line)},
+                {"16C4", Of(CreateProfile16C4Mean, line)}};
+    }
+};
+
+TEST(Convertors, KernelsTakeImagesOfTheirLayoutOnly) {
+    for (const PixelFormatValue value : AllFormats()) {
+        const PixelFormat format(value);
+        const bool bayer = format.ToString().find("BAYER") == 0;
+        const std::string layout = format.IsPacked()
+                                       ? ""
+                                       : (format.BitDepth() == 8 ? "8" : "16") +
+                                             (bayer ? "B" : "C" + std::to_string(format.Channels()));
+        const auto image = RandomImage(value, {4, 4});
+        for (const auto& [taken, kernel] : NamedKernels::ByLayout())
+            EXPECT_EQ(kernel(image.get()), taken == layout ? format.Channels() : 0)
+                << format.ToString() << " by " << taken;
+    }
+}
+
 TEST(Convertors, UnknownFormatsAndForeignImagesGiveNothing) {
     const auto image = RandomImage(Mono12, {8, 4});
     const auto convertors = {FormatConvertorCreator::Create(0U), FormatConvertorCreator::Create(1U),
@@ -152,19 +211,12 @@ TEST(Convertors, PaddedLinesUnpackFromTheirOwnStart) {
               (std::vector<std::uint8_t>{0xAB, 0xEF, 0x01, 0x45}));
 }
 
-TEST(Convertors, FloatsUnpackCompletely) {
-    std::vector<float> samples(640 * 480, 300.7F);
-    samples[1] = 70000.0F;
-    samples[2] = -3.5F;
-    const auto image = ImageOf<float>(Mono32f, {640, 480}, samples);
-    const auto wide = SamplesOf<std::uint16_t>(*image->Unpack(nullptr));
-    const auto narrow = SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr));
-    EXPECT_EQ(wide[1], 65535);
-    EXPECT_EQ(wide[2], 0);
-    EXPECT_EQ(wide.back(), 300);
-    EXPECT_EQ(narrow[1], 255);
-    EXPECT_EQ(narrow[2], 0);
-    EXPECT_EQ(narrow.back(), 1);
+TEST(Convertors, FloatsAreHeldInRange) {
+    const auto image = ImageOf<float>(Mono32f, {2, 2, 4}, {300.7F, 70000.0F, -3.5F, 65535.0F});
+    EXPECT_EQ(SamplesOf<std::uint16_t>(*image->Unpack(nullptr)),
+              (std::vector<std::uint16_t>{300, 65535, 0, 65535}));
+    EXPECT_EQ(SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr)),
+              (std::vector<std::uint8_t>{1, 255, 0, 255}));
 }
 
 TEST(Convertors, SwapsAgreeWithOpenCV) {
@@ -177,6 +229,44 @@ TEST(Convertors, SwapsAgreeWithOpenCV) {
         cv::cvtColor(MatOf(*bgra, CV_8UC4), expected, cv::COLOR_BGRA2RGBA);
         EXPECT_TRUE(Same(MatOf(*bgra->Unpack2Image8(8, nullptr), CV_8UC4), expected));
     }
+}
+
+// From the pixels that the format reduces to, channel by channel.
+TEST(ConvertTo, TakesEveryFormatToGreyAndColour) {
+    for (const PixelFormatValue format : AllFormats())
+        for (const PixelFormatValue target : {Mono8, RGB8, BGR8}) {
+            SCOPED_TRACE(PixelFormat(format).ToString() + " to " + PixelFormat(target).ToString());
+            const auto image = RandomImage(format, {38, 6, 3});
+            const bool plain =
+                std::string("MONO8 RGB8 BGR8 RGBa8 BGRa8").find(PixelFormat(format).ToString()) !=
+                std::string::npos;
+            const auto reduced = plain ? image->Clone(nullptr) : image->Unpack2Image8(8, nullptr);
+            const auto result = ConvertTo(*image, target, nullptr);
+            ASSERT_NE(result, nullptr);
+            EXPECT_EQ(result->GetImageInfo()->blockId, 77U);
+            const PixelFormat from(reduced->GetImageInfo()->pixelFormat);
+            const unsigned int channels = from.Channels();
+            const auto source = SamplesOf<std::uint8_t>(*reduced, channels);
+            std::vector<std::uint8_t> expected;
+            for (std::size_t at = 0; at < source.size(); at += channels) {
+                unsigned int red = source[at], green = source[at], blue = source[at];
+                for (unsigned int i = 0; channels > 1 && i < 3; ++i)
+                    (from.ChannelID(i) == PixelChannelID::Red     ? red
+                     : from.ChannelID(i) == PixelChannelID::Green ? green
+                                                                  : blue) = source[at + i];
+                if (target == Mono8)
+                    expected.push_back(static_cast<std::uint8_t>((77 * red + 150 * green + 29 * blue) >> 8));
+                else
+                    for (const unsigned int level :
+                         {target == RGB8 ? red : blue, green, target == RGB8 ? blue : red})
+                        expected.push_back(static_cast<std::uint8_t>(level));
+            }
+            ASSERT_EQ(result->GetImageInfo()->pixelFormat, target);
+            ASSERT_EQ(SamplesOf<std::uint8_t>(*result, target == Mono8 ? 1 : 3), expected);
+        }
+    for (const PixelFormatValue target : {RGBa8, Mono16, InvalidFormat})
+        EXPECT_EQ(ConvertTo(*RandomImage(RGB8, {4, 4}), target, nullptr), nullptr);
+    EXPECT_EQ(ConvertTo(*NewImage(RawBlock, {4, 4}), RGB8, nullptr), nullptr);
 }
 
 TEST(Demosaic, PadsLinesAndLeavesTheOddLineAlone) {

@@ -90,4 +90,13 @@ inline void ExpectLikeReference(const LineCase& line, const LineKernel& kernel, 
     }
 }
 
+// The usual kind: kernel(source, target, arguments...), one target.
+template <class Kernel, class Reference, class... Arguments>
+void ExpectSameLine(const LineCase& line, const Kernel& kernel, const Reference& reference,
+                    Arguments... arguments) {
+    ExpectLikeReference(
+        line, [&](auto* source, auto* targets) { kernel(source, targets[0], arguments...); },
+        [&](auto* source, auto* targets) { reference(source, targets[0], arguments...); });
+}
+
 } // namespace VX3::Testing
