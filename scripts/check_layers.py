@@ -52,8 +52,7 @@ ROOMS = {
     "gentl": "core image genicam device platform/gentl platform/archive <system>",
     "cameralink": "core image genicam device wire platform/clprotocol platform/archive <system>",
     "grabber": "core image genicam device <system>",
-    "library/defaults": "core image",
-    "library": "core image genicam device gev simulated remote gentl cameralink grabber library/defaults <system>",
+    "library": "core image genicam device gev simulated remote gentl cameralink grabber <system>",
     "capi": "core image genicam device library processing <system>",
     # Programs compile against the installed headers only.
     "tools/vx3/base": "installed <CLI> <nlohmann> <system>",

@@ -1,5 +1,5 @@
-// The process-wide configuration that the lower folders read. Defined by the composition root
-// (library/defaults), which builds it before any other library code runs.
+// The process-wide configuration: the file beside the library, read when the library is loaded, before any
+// manager, logger or device asks for a key.
 #pragma once
 
 #include "vx3/core/ISystemConfig.h"

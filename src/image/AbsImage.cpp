@@ -1,10 +1,10 @@
 #include "image/AbsImage.h"
 
 #include "image/BufferCreator.h"
+#include "image/ImageAlgorithms.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Logger.h"
 #include "vx3/core/Status.h"
-#include "vx3/image/IFormatConvertor.h"
 
 #include <algorithm>
 #include <cstring>
@@ -72,8 +72,9 @@ void AbsImage::PlaceHeader(const ImageInfo& info) {
 }
 
 void AbsImage::UseConvertorOf(PixelFormat format) {
-    if (convertor_ == nullptr || convertor_->Format() != format)
-        convertor_ = FormatConvertorCreator::Create(format);
+    const auto create = InstalledImageAlgorithms().convertorOf;
+    if (create != nullptr && (convertor_ == nullptr || convertor_->Format() != format))
+        convertor_ = create(format);
 }
 
 bool AbsImage::Holds(const ImageInfo& info) const {
@@ -108,35 +109,36 @@ unsigned char* AbsImage::GetImageBuff(int line) {
 }
 
 std::unique_ptr<IImage> AbsImage::Unpack(std::shared_ptr<IImagePool> pool) const {
-    return IsReadable() ? convertor_->Unpack(this, 0, std::move(pool)) : nullptr;
+    return IsConvertible() ? convertor_->Unpack(this, 0, std::move(pool)) : nullptr;
 }
 
 std::unique_ptr<IImage> AbsImage::Unpack2Image8(unsigned int bits, std::shared_ptr<IImagePool> pool) const {
-    return IsReadable() ? convertor_->Unpack2Image8(this, bits, std::move(pool)) : nullptr;
+    return IsConvertible() ? convertor_->Unpack2Image8(this, bits, std::move(pool)) : nullptr;
 }
 
 std::unique_ptr<IImage> AbsImage::Map2RGB8(unsigned int map, unsigned int low, unsigned int range,
                                            std::shared_ptr<IImagePool> pool) const {
-    return IsReadable() ? MapImage2RGB8(*this, map, low, range, std::move(pool)) : nullptr;
+    const auto mapImage = InstalledImageAlgorithms().mapToRgb8;
+    return mapImage != nullptr && IsReadable() ? mapImage(*this, map, low, range, std::move(pool)) : nullptr;
 }
 
 std::vector<std::pair<PixelChannelID, std::unique_ptr<IImage>>>
 AbsImage::Split(unsigned int unused, std::shared_ptr<IImagePool> pool) const {
-    if (!IsReadable())
+    if (!IsConvertible())
         return {};
     return convertor_->Split(this, unused, std::move(pool));
 }
 
 std::vector<std::pair<PixelChannelID, HistogramData>> AbsImage::CreateHistogram(const ROIRect* roi,
                                                                                 unsigned int unused) const {
-    if (!IsReadable())
+    if (!IsConvertible())
         return {};
     return convertor_->CreateHistogram(this, roi, unused);
 }
 
 std::vector<std::pair<PixelChannelID, ProfileData>>
 AbsImage::CreateProfile(unsigned int index, ProfileType type, unsigned int flags) const {
-    if (!IsReadable())
+    if (!IsConvertible())
         return {};
     return convertor_->CreateProfile(this, type, index, flags);
 }

@@ -76,14 +76,16 @@ private:
     bool Holds(const ImageInfo& info) const;
     // Holds() of the present header, with a usable format: what every operation on pixels asks first.
     bool IsReadable() const;
+    bool IsConvertible() const { return convertor_ != nullptr && IsReadable(); }
 
     ObjectAbs object_;
     std::unique_ptr<IBuffer> info_;
     std::unique_ptr<IBuffer> data_;
-    std::shared_ptr<IFormatConvertor> convertor_; // always that of the header's format
-    ImageInfo* header_ = nullptr;                 // in info_
-    unsigned char* pixels_ = nullptr;             // data_'s, or the caller's
-    std::uint64_t pixelBytes_ = 0;                // how many there are
+    std::shared_ptr<IFormatConvertor>
+        convertor_;                   // that of the header's format, when algorithms are installed
+    ImageInfo* header_ = nullptr;     // in info_
+    unsigned char* pixels_ = nullptr; // data_'s, or the caller's
+    std::uint64_t pixelBytes_ = 0;    // how many there are
     unsigned int miscValue_ = 0;
 };
 

@@ -1,5 +1,5 @@
-// The process-wide pools that the image and processing folders draw from. Defined by the composition root
-// (library/defaults).
+// The process-wide pools that the image and processing folders draw from. Built when the library is loaded,
+// in the order of their definitions, and released in reverse at unload.
 #pragma once
 
 #include "vx3/image/IBufferPool.h"

@@ -1,5 +1,5 @@
-// What an image's pixel format can do with it. The image folder declares this; the processing folder defines
-// one converter a format, so that pixels never include algorithms.
+// What an image's pixel format can do with it. One converter a format, made by the processing folder: images
+// reach them without including algorithms.
 #pragma once
 
 #include "vx3/image/IImage.h"

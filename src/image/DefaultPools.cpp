@@ -1,8 +1,5 @@
-// The process-wide objects, built when the library is loaded, in this order, and released in reverse at
-// unload. One unit, so that the order is what stands here.
-#include "core/DefaultConfig.h"
-#include "core/SystemConfigINI.h"
 #include "image/DefaultPools.h"
+
 #include "image/ImagePoolRecycle.h"
 #include "image/RecycleBufferPool.h"
 #include "image/SimpleBufferPool.h"
@@ -21,8 +18,6 @@ const std::shared_ptr<IBufferPool> g_defaultSimpleBufferPool =
     std::make_shared<SimpleBufferPool>("System Default SimpleBufferPool");
 const std::shared_ptr<IBufferPool> g_defaultRecycleBufferPool =
     std::make_shared<RecycleBufferPool>(FourGiB, 0U, 0U, "System Default RecycleBufferPool");
-const std::shared_ptr<ISystemConfig> g_defaultSystemConfig =
-    std::make_shared<SystemConfigINI>("Vx3Default.ini", "VxSDK3");
 const std::shared_ptr<IImagePool> g_defaultImagePool =
     std::make_shared<ImagePoolRecycle>(FourGiB, "Default recycle image pool");
 const std::shared_ptr<IBufferPool> g_histBufferPool = BufferPoolFactory::CreateRecycleBufferPool(
@@ -39,10 +34,6 @@ std::shared_ptr<IBufferPool> DefaultSimpleBufferPool() {
 
 std::shared_ptr<IBufferPool> DefaultRecycleBufferPool() {
     return g_defaultRecycleBufferPool;
-}
-
-std::shared_ptr<ISystemConfig> DefaultSystemConfig() {
-    return g_defaultSystemConfig;
 }
 
 std::shared_ptr<IImagePool> DefaultImagePoolInstance() {
