@@ -22,13 +22,7 @@ int Device_GetDeviceName(Device* device, char* buf, size_t size) {
 }
 
 void Device_Destory(Device* device) {
-    (void)Guarded([&] {
-        const auto record = GetTables().devices.Remove(device);
-        if (!record)
-            return BadHandle;
-        GetTables().deviceMap.Erase(record->device.get(), device);
-        return 0;
-    });
+    (void)Guarded([&] { return GetTables().devices.Remove(device) ? 0 : BadHandle; });
 }
 
 int Device_Connect(Device* device) {
@@ -56,7 +50,6 @@ SubDevice* Device_GetSubDeviceByIndex(Device* device, unsigned int index) {
             return nullptr;
         const auto camera = cameras[index].lock();
         auto record = std::make_shared<SubDevice>();
-        record->parent = device;
         record->camera = camera;
         record->key = camera.get();
         SubDevice* handle = GetTables().subDevices.Add(std::move(record));

@@ -27,7 +27,6 @@ struct Device {
 };
 
 struct SubDevice {
-    Device* parent = nullptr; // the handle it was made from; never followed
     std::weak_ptr<VX3::IDevice> camera;
     const VX3::IDevice* key = nullptr; // the camera's entry in the table of cameras
     VX3::Mutex mutex;
@@ -84,34 +83,29 @@ private:
     std::unordered_map<const Record*, std::shared_ptr<Record>> records_ VX3_GUARDED_BY(mutex_);
 };
 
-// Which handle answers for a device: the one made last.
-template <typename Record>
-class DeviceMap {
+// Which handle answers for a camera: the one made last.
+class CameraMap {
 public:
-    void Set(const IDevice* device, Record* handle) {
+    void Set(const IDevice* device, SubDevice* handle) {
         MutexLock lock(mutex_);
         handles_[device] = handle;
     }
-    Record* Find(const IDevice* device) const {
+    SubDevice* Find(const IDevice* device) const {
         MutexLock lock(mutex_);
         const auto found = handles_.find(device);
         return found == handles_.end() ? nullptr : found->second;
     }
     // Leaves the entry alone when a later handle has taken it over.
-    void Erase(const IDevice* device, const Record* handle) {
+    void Erase(const IDevice* device, const SubDevice* handle) {
         MutexLock lock(mutex_);
         const auto found = handles_.find(device);
         if (found != handles_.end() && found->second == handle)
             handles_.erase(found);
     }
-    void Clear() {
-        MutexLock lock(mutex_);
-        handles_.clear();
-    }
 
 private:
     mutable Mutex mutex_;
-    std::map<const IDevice*, Record*> handles_ VX3_GUARDED_BY(mutex_);
+    std::map<const IDevice*, SubDevice*> handles_ VX3_GUARDED_BY(mutex_);
 };
 
 // Built on first use. What a client leaves behind is let go at exit, before the library's defaults; the
@@ -121,8 +115,7 @@ struct Tables {
     HandleTable<Device> devices;
     HandleTable<SubDevice> subDevices;
     HandleTable<Image> images;
-    DeviceMap<Device> deviceMap;
-    DeviceMap<SubDevice> subDeviceMap;
+    CameraMap subDeviceMap;
 };
 Tables& GetTables();
 

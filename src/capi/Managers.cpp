@@ -37,7 +37,6 @@ Device* OpenDevice(const std::shared_ptr<IDevice>& device) {
     // Refused when the device is monitored already, which is as good.
     (void)device->MonitorSubDevices(true, MonitorPeriodMs, MonitorOffsetMs, [](IDevice*, SubDeviceEvents) {});
     std::this_thread::sleep_for(FirstLook);
-    GetTables().deviceMap.Set(device.get(), handle);
     return handle;
 }
 
@@ -85,7 +84,6 @@ void Manager_Destory(Manager* manager) {
             dropped = std::move(record->manager);
         }
         dropped.reset();
-        GetTables().deviceMap.Clear();
         return 0;
     });
 }

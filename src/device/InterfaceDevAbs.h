@@ -51,8 +51,6 @@ protected:
     // Stops the monitor, then what DeviceAbs::Shutdown does.
     void Shutdown();
 
-    std::list<std::shared_ptr<IDevice>> spareDevices_; // for derived interfaces; the base does not use it
-
 private:
     void MonitorThread(const std::atomic<bool>& running, unsigned int period, unsigned int offset,
                        const SubDeviceCallback& callback);
