@@ -72,10 +72,12 @@ StreamResult Stream(unsigned int frames, PoolMaker newPool) {
     SoftStream stream("bench", 0, std::move(generator), nullptr);
     std::atomic<unsigned int> delivered{0};
     StreamResult result;
-    stream.Open(4, nullptr);
+    const auto count = [&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) {
+        ++delivered;
+    };
     const auto start = steady_clock::now();
-    stream.Start([&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) { ++delivered; },
-                 nullptr, 4, newPool());
+    if (Failed(stream.Open(4, nullptr)) || Failed(stream.Start(count, nullptr, 4, newPool())))
+        return result;
     while (delivered < frames) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
         if (result.residentEarly == 0 && delivered > frames / 10)

@@ -39,8 +39,14 @@ StatusCode DeviceAbs::Connect() {
 // A camera without a usable description, or one that refuses a setting, is connected all the same.
 void DeviceAbs::FinishConnect() {
     try {
-        CreateConfigurer();
-        PostConnect();
+        const StatusCode features = CreateConfigurer();
+        if (Failed(features) && features != Status::NotSupported) // some kinds have none
+            VxLoggerLog(LogLevel::Warning, "SDK", "%s: connected without features: %s", Name().c_str(),
+                        StatusText(features).c_str());
+        const StatusCode setUp = PostConnect();
+        if (Failed(setUp))
+            VxLoggerLog(LogLevel::Warning, "SDK", "%s: connected, but not set up: %s", Name().c_str(),
+                        StatusText(setUp).c_str());
     } catch (const std::exception& error) {
         VxLoggerLog(LogLevel::Error, "SDK", "%s: %s", Name().c_str(), error.what());
     } catch (const char* text) {

@@ -54,7 +54,7 @@ public:
     std::string SerialNumber() const override { return {}; }
 
     DEVICE_STATE DeviceState() const override { return state_.Get(); }
-    StatusCode Connect() override;
+    [[nodiscard]] StatusCode Connect() override;
     StatusCode DisConnect() override;
     bool IsConnected() const override { return connected_; }
     bool IsConnectedLocally() const override { return connected_; }
@@ -70,7 +70,7 @@ public:
     StatusCode UpdateSubDevices(bool unused) override;
     StatusCode SubDeviceLost(IDevice* device) override;
 
-    StatusCode StartAcquisition(unsigned int streamIndex) override;
+    [[nodiscard]] StatusCode StartAcquisition(unsigned int streamIndex) override;
     StatusCode StopAcquisition(unsigned int streamIndex) override;
     bool IsStreamingLocally() const override;
     unsigned int StreamCnt() const override VX3_EXCLUDES(streamsMutex_);
@@ -82,9 +82,9 @@ public:
     StatusCode GetIpAddress(GevDeviceAddress* address) const override;
 
 protected:
-    StatusCode CreateConfigurer() override { return Status::NotSupported; }
+    [[nodiscard]] StatusCode CreateConfigurer() override { return Status::NotSupported; }
     StatusCode ReleaseConfigurer() override { return Status::Ok; }
-    StatusCode PostConnect() override { return Status::Ok; }
+    [[nodiscard]] StatusCode PostConnect() override { return Status::Ok; }
 
     void UpdateSubDevices(std::vector<std::weak_ptr<IDevice>> devices) VX3_EXCLUDES(subDevicesMutex_);
     // Takes the list over; the streams it replaces are no longer handed out, and released later.

@@ -4,6 +4,7 @@
 #include "genicam/GenApiRI.h"
 #include "genicam/GenICamConfigurer.h"
 #include "genicam/XmlData.h"
+#include "vx3/core/Logger.h"
 #include "vx3/core/Utilities.h"
 
 #include <algorithm>
@@ -22,12 +23,12 @@ constexpr const char* LockFeature = "TLParamsLocked";
 constexpr const char* StartFeature = "AcquisitionStart";
 constexpr const char* StopFeature = "AcquisitionStop";
 
-StatusCode Execute(IConfigurer& configurer, const char* command) {
+[[nodiscard]] StatusCode Execute(IConfigurer& configurer, const char* command) {
     GenICam::NodeValue execute(GenICam::CommandValue::Execute);
     return configurer.SetNodeValue(command, execute);
 }
 
-StatusCode SetLock(IConfigurer& configurer, unsigned int locked) {
+[[nodiscard]] StatusCode SetLock(IConfigurer& configurer, unsigned int locked) {
     return configurer.SetNodeValue(LockFeature, locked);
 }
 
@@ -225,8 +226,9 @@ StatusCode GenIDevice::AcquisitionStopP(unsigned int streamIndex) {
     const std::shared_ptr<IConfigurer> configurer = ShareConfigurer();
     if (!configurer)
         return Status::Ok;
-    if (!Failed(Execute(*configurer, StopFeature)))
-        SetLock(*configurer, 0);
+    // A camera that does not take the command may still be streaming: its parameters stay locked.
+    if (!Failed(Execute(*configurer, StopFeature)) && Failed(SetLock(*configurer, 0)))
+        VxLoggerLog(LogLevel::Warning, "SDK", "%s: its parameters stay locked", Name().c_str());
     return AcquisitionStopPP(streamIndex);
 }
 

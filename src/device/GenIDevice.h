@@ -35,9 +35,9 @@ public:
     std::shared_ptr<IStream> ShareStream(unsigned int index) override;
 
     // The text of the description's URL. NotSupported without an address for it.
-    virtual StatusCode GetXmlUrl(std::string& url);
+    [[nodiscard]] virtual StatusCode GetXmlUrl(std::string& url);
     // Null on any failure.
-    virtual std::unique_ptr<IXmlData> GetXmlData();
+    [[nodiscard]] virtual std::unique_ptr<IXmlData> GetXmlData();
 
     std::string VendorName() const override;
     std::string ModelName() const override;
@@ -47,7 +47,7 @@ public:
 
 protected:
     // The transport's own start and stop, after (before) the camera's features.
-    virtual StatusCode AcquisitionStartPP(unsigned int streamIndex) = 0;
+    [[nodiscard]] virtual StatusCode AcquisitionStartPP(unsigned int streamIndex) = 0;
     virtual StatusCode AcquisitionStopPP(unsigned int streamIndex) = 0;
     // Directories, each with a trailing "/", where a description file with a relative name is looked for when
     // the working directory does not have it.

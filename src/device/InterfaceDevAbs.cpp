@@ -91,11 +91,6 @@ StatusCode InterfaceDevAbs::AcquisitionStopPP(unsigned int) {
 
 // ---- the known cameras ----
 
-std::list<std::shared_ptr<IDevice>> InterfaceDevAbs::KnownDevices() const {
-    MutexLock lock(knownMutex_);
-    return knownDevices_;
-}
-
 void InterfaceDevAbs::AddKnownDevices(const std::list<std::shared_ptr<IDevice>>& devices) {
     MutexLock lock(knownMutex_);
     knownDevices_.insert(knownDevices_.end(), devices.begin(), devices.end());

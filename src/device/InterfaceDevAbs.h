@@ -35,7 +35,7 @@ public:
     unsigned int FinishedRounds() const override { return finishedRounds_; }
 
     // The cameras reachable now, each a fresh object; waits at most `timeoutMs` for answers.
-    virtual std::list<std::shared_ptr<IDevice>> EnumSubDevices(unsigned int timeoutMs) = 0;
+    [[nodiscard]] virtual std::list<std::shared_ptr<IDevice>> EnumSubDevices(unsigned int timeoutMs) = 0;
     // Matches `found` against the known cameras by UniqueName and returns what changed. `strict`: a connected
     // camera that was not found is lost.
     virtual SubDeviceEvents UpdateSubDevicesA(std::list<std::shared_ptr<IDevice>> found, bool strict);
@@ -45,7 +45,6 @@ protected:
     StatusCode AcquisitionStartPP(unsigned int streamIndex) override;
     StatusCode AcquisitionStopPP(unsigned int streamIndex) override;
 
-    std::list<std::shared_ptr<IDevice>> KnownDevices() const VX3_EXCLUDES(knownMutex_);
     // Appends cameras found outside the monitor's rounds (by address), without an event.
     void AddKnownDevices(const std::list<std::shared_ptr<IDevice>>& devices) VX3_EXCLUDES(knownMutex_);
     // Stops the monitor, then what DeviceAbs::Shutdown does.
@@ -61,7 +60,7 @@ private:
     void WakeMonitor() VX3_EXCLUDES(wakeMutex_);
     void PublishKnown() VX3_REQUIRES(knownMutex_);
 
-    mutable Mutex knownMutex_;
+    Mutex knownMutex_;
     std::list<std::shared_ptr<IDevice>> knownDevices_ VX3_GUARDED_BY(knownMutex_);
     std::atomic<bool> updateRequested_{false};
     std::atomic<unsigned int> finishedRounds_{0};

@@ -1,5 +1,7 @@
 #include "device/ManagerAll.h"
 
+#include "vx3/core/Logger.h"
+
 #include <algorithm>
 
 namespace VX3 {
@@ -9,6 +11,15 @@ namespace {
 bool IsOfFamily(const IManager& manager, IntfDevType type) {
     const auto& families = manager.DeviceTypeSupported();
     return !families.empty() && families.front() == type;
+}
+
+// One family that cannot look for devices does not keep the others from it.
+int Enumerate(IManager& manager) {
+    const StatusCode count = manager.EnumDevices();
+    if (Failed(count))
+        VxLoggerLog(LogLevel::Warning, "SDK", "%s: no devices are found: %s", manager.Name().c_str(),
+                    StatusText(count).c_str());
+    return std::max(0, count);
 }
 
 } // namespace
@@ -22,7 +33,7 @@ ManagerAll::ManagerAll(unsigned int types, const char* name, const TransportTabl
         types_.push_back(transport.family);
     }
     for (const auto& manager : managers_)
-        manager->EnumDevices();
+        (void)Enumerate(*manager); // GetDevices counts
 }
 
 ManagerAll::~ManagerAll() {
@@ -33,7 +44,7 @@ ManagerAll::~ManagerAll() {
 StatusCode ManagerAll::EnumDevices() {
     StatusCode sum = 0;
     for (const auto& manager : managers_)
-        sum += std::max(0, manager->EnumDevices());
+        sum += Enumerate(*manager);
     return sum;
 }
 

@@ -66,7 +66,7 @@ public:
 
 protected:
     unsigned int PayloadSizeP() const override { return 0; }
-    StatusCode OpenP(std::shared_ptr<IImagePool> pool, unsigned int bufferCount) override;
+    [[nodiscard]] StatusCode OpenP(std::shared_ptr<IImagePool> pool, unsigned int bufferCount) override;
     StatusCode CloseP() override { return Status::Ok; }
 
     // A finished image from the transport's receive thread, one at a time. Never blocks: an image that finds
@@ -76,7 +76,7 @@ protected:
     void Shutdown();
 
 private:
-    StatusCode OpenLocked(unsigned int bufferCount, std::shared_ptr<IImagePool> pool)
+    [[nodiscard]] StatusCode OpenLocked(unsigned int bufferCount, std::shared_ptr<IImagePool> pool)
         VX3_REQUIRES(streamMutex_);
     std::shared_ptr<IImagePool> PoolOrDefault(std::shared_ptr<IImagePool> pool) VX3_REQUIRES(streamMutex_);
 

@@ -24,7 +24,7 @@ public:
     // Empty when there is no node map or no such node.
     virtual GenICam::NodeValue GetNodeValue(const std::string& name) = 0;
     // Generic without a node map; NotFound without such a node or for a type that cannot be set.
-    virtual StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) = 0;
 };
 
 } // namespace VX3

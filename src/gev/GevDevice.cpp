@@ -157,6 +157,7 @@ StatusCode GevDevice::GetControlAccess() {
     result = helper->WriteRegister(Bootstrap::ControlChannelPrivilege, Bootstrap::ControlAccess);
     if (Failed(result))
         return result;
+    // Where it is fixed, the heartbeat's own period is well below what cameras come with.
     (void)helper->WriteRegister(Bootstrap::HeartbeatTimeout, heartBeatTimeoutMs);
     heartBeat_.SetPeriod(heartBeatPeriod);
     return Status::Ok;
@@ -237,7 +238,9 @@ StatusCode GevDevice::PostConnect() {
     const std::int64_t size = GvspPacketSizeTester::TestPacketSize(*Helper(), discovery_.currentIp, local_.ip,
                                                                    max, feature->GetMin(), feature->GetInc());
     node->InvalidateNode(); // the test wrote the register behind the node's back
-    (void)configurer->SetNodeValue(packetSizeFeature, static_cast<unsigned int>(size));
+    if (Failed(configurer->SetNodeValue(packetSizeFeature, static_cast<unsigned int>(size))))
+        VxLoggerLog(LogLevel::Warning, "SDK", "%s: refuses packets of %lld bytes", Name().c_str(),
+                    static_cast<long long>(size));
     return Status::Ok;
 }
 
@@ -320,13 +323,19 @@ StatusCode GevDevice::SetStreamDest(unsigned int channel, std::uint32_t ip, std:
     const std::uint32_t destination = Bootstrap::StreamRegister(Bootstrap::StreamDestination, channel);
     const std::uint32_t hostPort = Bootstrap::StreamRegister(Bootstrap::StreamPort, channel);
     const auto helper = Helper();
+    // The second answer counts; the first one, when it is another, is for the log.
+    const auto write = [&](std::uint32_t address, std::uint32_t value) {
+        if (Failed(helper->WriteRegister(address, value)))
+            VxLoggerLog(LogLevel::Warning, "SDK", "%s: stream register 0x%X does not take 0x%X",
+                        Name().c_str(), address, value);
+    };
     if (port != 0) {
-        (void)helper->WriteRegister(destination, ip);
+        write(destination, ip);
         return helper->WriteRegister(hostPort, port);
     }
     if (DeviceState() == DEVICE_STATE::Lost)
         return Status::Ok;
-    (void)helper->WriteRegister(hostPort, 0);
+    write(hostPort, 0);
     return helper->WriteRegister(destination, ip);
 }
 

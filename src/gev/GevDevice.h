@@ -50,16 +50,15 @@ public:
     // Broadcasts FORCEIP to the camera with that MAC address; it may then have to be found anew.
     StatusCode SetIpAddress(const GevDeviceAddress* address) override;
 
-    StatusCode StreamParam(unsigned int channel, GevStreamParam& param) override;
-    StatusCode SetStreamDest(unsigned int channel, std::uint32_t ip, std::uint32_t port) override;
+    [[nodiscard]] StatusCode StreamParam(unsigned int channel, GevStreamParam& param) override;
+    [[nodiscard]] StatusCode SetStreamDest(unsigned int channel, std::uint32_t ip,
+                                           std::uint32_t port) override;
     // Bytes of a stream packet, IP and UDP headers included; 1500 when the camera does not say.
     unsigned int GetPacketSize();
     // True where the filter driver's device node can be opened.
     static bool CanUseFilter();
 
     const GevDiscoveryInfo& DiscoveryInfo() const { return discovery_; }
-    const NET_PARAM& LocalParam() const { return local_; }
-    std::uint16_t GvcpPort() const { return port_; }
 
 protected:
     // A derived class with another device type.
@@ -73,7 +72,7 @@ protected:
     StatusCode AcquisitionStopPP(unsigned int) override { return Status::Ok; }
 
     virtual std::shared_ptr<IStream> CreateStream(const char* name, unsigned int index, bool useFilter);
-    StatusCode GetControlAccess();
+    [[nodiscard]] StatusCode GetControlAccess();
     StatusCode ReleaseAccess();
     // The control channel; stays usable while a reconnect replaces it.
     std::shared_ptr<GevCmdHelper> Helper() const VX3_EXCLUDES(helperMutex_);

@@ -27,7 +27,6 @@ GevStream::GevStream(const char* name, IDevice* device, unsigned int index, bool
                      IGevStreamChannels* channels, std::uint32_t gvcpPort)
     : StreamAbs(name, device, index),
       channels_(channels),
-      useFilter_(useFilter),
       receiver_(MakeReceiver(name, useFilter, gvcpPort)) {}
 
 GevStream::~GevStream() {

@@ -24,7 +24,6 @@ public:
 
     LiveStatistics* GetStatistics() override { return receiver_->GetStatistics(); }
     using StreamAbs::GetStatistics;
-    bool UsesFilter() const { return useFilter_; }
 
 protected:
     bool IsStreamingP() const override { return receiver_->IsListening(); }
@@ -37,7 +36,6 @@ private:
     IGevStreamChannels* Channels() { return Parent() == nullptr ? nullptr : channels_; }
 
     IGevStreamChannels* const channels_;
-    const bool useFilter_;
     std::unique_ptr<IGvspReceiver> receiver_;
     GevStreamParam param_;
 };

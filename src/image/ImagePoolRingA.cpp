@@ -50,7 +50,8 @@ std::unique_ptr<IImage> ImagePoolRingA::Create(const ImageInfo* info, const unsi
         auto header = std::make_unique<AbsBuffer>(info->ImageInfoSize(), infoPool_);
         std::memcpy(header->Pointer(), info, ImageInfo::HeaderSize);
         auto image = std::make_unique<AbsImage>(std::move(data), std::move(header));
-        image->UpdateImageInfo(info);
+        if (image->UpdateImageInfo(info) != static_cast<unsigned int>(Status::Ok))
+            return nullptr;
         image->SetMiscValue(turn);
         return Wrap(std::move(image));
     } catch (const std::bad_alloc&) {

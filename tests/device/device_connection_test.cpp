@@ -196,7 +196,7 @@ TEST(Device, ConnectAndDisconnectFromManyThreadsAreSerialised) {
 TEST(Device, ChildrenOutliveTheirParent) {
     auto parent = std::make_shared<FakeDevice>("interface");
     auto child = std::make_shared<FakeDevice>("camera", parent.get());
-    child->Connect();
+    EXPECT_EQ(child->Connect(), Status::Ok);
     EXPECT_EQ(child->Parent(), parent.get());
     parent.reset();
     EXPECT_EQ(child->Parent(), nullptr);

@@ -102,7 +102,7 @@ TEST(SubDeviceMatching, AConnectedCameraIsKeptUntilItsHeartbeatFails) {
 
     const auto strict = Camera("s");
     interface.UpdateSubDevicesA({strict}, false);
-    strict->Connect();
+    EXPECT_EQ(strict->Connect(), Status::Ok);
     EXPECT_EQ(Text(interface.UpdateSubDevicesA({}, true)), "2 s");
 }
 
@@ -164,7 +164,7 @@ TEST(Monitor, HeartbeatsReportIntoAnInterfaceThatIsGoingAway) {
     for (int round = 0; round < 30; ++round) {
         auto interface = std::make_shared<FakeInterface>();
         const auto camera = Camera("a", DEVICE_STATE::Available, interface.get());
-        camera->Connect();
+        EXPECT_EQ(camera->Connect(), Status::Ok);
         interface->SetReachable({camera});
         interface->MonitorSubDevices(true, 1, 0, {});
         std::thread heartbeat([&] {

@@ -67,11 +67,11 @@ TEST(Stream, RefusesCallsOutOfOrder) {
 TEST(Stream, DeliversInOrderWithItsArguments) {
     auto device = std::make_shared<FakeDevice>("camera");
     FakeStream* stream = device->AddStream();
-    device->Connect();
+    EXPECT_EQ(device->Connect(), Status::Ok);
     int token = 0;
     std::atomic<int> count{0};
-    stream->Open(1, nullptr);
-    stream->Start(
+    EXPECT_EQ(stream->Open(1, nullptr), Status::Ok);
+    const StatusCode started = stream->Start(
         [&](std::shared_ptr<IImage> image, IDevice* parent, unsigned int index, unsigned int misc,
             void* user) {
             EXPECT_EQ(parent, device.get());
@@ -83,6 +83,7 @@ TEST(Stream, DeliversInOrderWithItsArguments) {
                 throw std::runtime_error("a client's fault ends no thread");
         },
         &token, 0, nullptr);
+    EXPECT_EQ(started, Status::Ok);
     for (std::uint64_t block = 1; block <= 50; ++block)
         stream->Insert(block);
     EXPECT_TRUE(Eventually([&] { return count == 50; }));
@@ -140,11 +141,11 @@ TEST(Stream, SnapTakesTheNextImageAndEndsWithTheStream) {
 TEST(Stream, HistoryKeepsTheNewestThatQualify) {
     std::deque<Receiver> receivers; // a callback may still be returning when the next run begins
     FakeStream stream(nullptr, 0);
-    stream.Open(1, nullptr);
+    EXPECT_EQ(stream.Open(1, nullptr), Status::Ok);
     const auto run = [&](unsigned int keep, FrameType type) {
         EXPECT_EQ(stream.SetHistoryFrames(keep, type), Status::Ok);
         Receiver& receiver = receivers.emplace_back();
-        stream.Start(receiver.Callback(), nullptr, 0, nullptr);
+        EXPECT_EQ(stream.Start(receiver.Callback(), nullptr, 0, nullptr), Status::Ok);
         for (std::uint64_t block = 1; block <= 8; ++block)
             stream.Insert(block, block % 2, block % 3 == 0);
         EXPECT_TRUE(Eventually([&] { return receiver.count == 8; }));
@@ -166,7 +167,7 @@ TEST(Stream, HistoryKeepsTheNewestThatQualify) {
 TEST(Stream, TheCallbackMayStopCloseAndReopen) {
     auto device = std::make_shared<FakeDevice>("camera");
     FakeStream* stream = device->AddStream();
-    device->Connect();
+    EXPECT_EQ(device->Connect(), Status::Ok);
     std::atomic<int> step{0};
     const auto callback = [&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) {
         EXPECT_EQ(stream->Stop(), Status::Ok);
@@ -190,11 +191,11 @@ TEST(Stream, TheCallbackMayDropTheLastReferenceToItsCamera) {
         auto device = std::make_shared<FakeDevice>("camera");
         std::weak_ptr<FakeDevice> watched = device;
         FakeStream* stream = device->AddStream();
-        device->Connect();
-        stream->Open(1, nullptr);
+        EXPECT_EQ(device->Connect(), Status::Ok);
+        EXPECT_EQ(stream->Open(1, nullptr), Status::Ok);
         std::atomic<bool> handedOver{false};
         std::atomic<bool> done{false};
-        stream->Start(
+        const StatusCode started = stream->Start(
             [&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) {
                 while (!handedOver)
                     std::this_thread::yield();
@@ -202,6 +203,7 @@ TEST(Stream, TheCallbackMayDropTheLastReferenceToItsCamera) {
                 done = true;
             },
             nullptr, 0, nullptr);
+        EXPECT_EQ(started, Status::Ok);
         stream->Insert(1);
         handedOver = true;
         ASSERT_TRUE(Eventually([&] { return done.load(); }));
@@ -213,10 +215,10 @@ TEST(Stream, DisconnectWaitsForACallbackThatDisconnectsToo) {
     auto device = std::make_shared<FakeDevice>("camera");
     FakeStream* stream = device->AddStream();
     for (int round = 0; round < 30; ++round) {
-        device->Connect();
-        stream->Open(1, nullptr);
+        EXPECT_EQ(device->Connect(), Status::Ok);
+        EXPECT_EQ(stream->Open(1, nullptr), Status::Ok);
         std::atomic<bool> entered{false};
-        stream->Start(
+        const StatusCode started = stream->Start(
             [&](std::shared_ptr<IImage>, IDevice* parent, unsigned int, unsigned int, void*) {
                 entered = true;
                 std::this_thread::sleep_for(2ms);
@@ -224,6 +226,7 @@ TEST(Stream, DisconnectWaitsForACallbackThatDisconnectsToo) {
                 EXPECT_TRUE(status == Status::Ok || status == Status::WrongState);
             },
             nullptr, 0, nullptr);
+        EXPECT_EQ(started, Status::Ok);
         stream->Insert(1);
         ASSERT_TRUE(Eventually([&] { return entered.load(); }));
         EXPECT_EQ(device->DisConnect(), Status::Ok);

@@ -154,15 +154,15 @@ TEST(VirtualTransport, StreamsAndStopsAtAnyPace) {
 TEST(VirtualTransport, SizesChangeWholeWhileStreaming) {
     VirtualCamera camera;
     IStream* stream = camera.camera->GetStream(0);
-    camera.Features().SetNodeValue("FrameTime", 0U);
+    EXPECT_EQ(camera.Features().SetNodeValue("FrameTime", 0U), Status::Ok);
     Frames frames;
-    stream->Open(3, nullptr);
-    stream->Start(frames.Callback(), nullptr, 3, nullptr);
+    EXPECT_EQ(stream->Open(3, nullptr), Status::Ok);
+    EXPECT_EQ(stream->Start(frames.Callback(), nullptr, 3, nullptr), Status::Ok);
     for (int round = 0; round < 20; ++round) {
         const unsigned int width = round % 2 == 0 ? 640 : 32;
         const unsigned int height = round % 2 == 0 ? 480 : 64;
-        camera.Features().SetNodeValue("Width", width);
-        camera.Features().SetNodeValue("Height", height);
+        EXPECT_EQ(camera.Features().SetNodeValue("Width", width), Status::Ok);
+        EXPECT_EQ(camera.Features().SetNodeValue("Height", height), Status::Ok);
         ASSERT_TRUE(Eventually([&] { return frames.Last() == Frames::Size(width, height); }));
     }
     stream->Stop();
@@ -179,9 +179,9 @@ TEST(VirtualTransport, FramesMayOutliveTheTransport) {
     {
         VirtualCamera camera;
         IStream* stream = camera.camera->GetStream(0);
-        camera.Features().SetNodeValue("FrameTime", 1U);
-        stream->Open(3, nullptr);
-        stream->Start({}, nullptr, 3, nullptr);
+        EXPECT_EQ(camera.Features().SetNodeValue("FrameTime", 1U), Status::Ok);
+        EXPECT_EQ(stream->Open(3, nullptr), Status::Ok);
+        EXPECT_EQ(stream->Start({}, nullptr, 3, nullptr), Status::Ok);
         kept = stream->Snap(5000, SnapMode::Default);
         ASSERT_NE(kept, nullptr);
         camera.interface.reset(); // still held by the manager; destroyed with it, while frames flow

@@ -14,13 +14,14 @@ namespace VX3 {
 class VX3_API ISystemConfig {
 public:
     virtual StatusCode GetValue(const char* key, std::string& value, const char* section) const = 0;
-    virtual StatusCode SetValue(const char* key, const std::string& value, const char* section) = 0;
+    [[nodiscard]] virtual StatusCode SetValue(const char* key, const std::string& value,
+                                              const char* section) = 0;
     virtual StatusCode GetValue(const char* key, long long& value, const char* section) const = 0;
-    virtual StatusCode SetValue(const char* key, long long value, const char* section) = 0;
+    [[nodiscard]] virtual StatusCode SetValue(const char* key, long long value, const char* section) = 0;
     virtual StatusCode GetValue(const char* key, double& value, const char* section) const = 0;
-    virtual StatusCode SetValue(const char* key, double value, const char* section) = 0;
+    [[nodiscard]] virtual StatusCode SetValue(const char* key, double value, const char* section) = 0;
     virtual StatusCode GetValue(const char* key, bool& value, const char* section) const = 0;
-    virtual StatusCode SetValue(const char* key, bool value, const char* section) = 0;
+    [[nodiscard]] virtual StatusCode SetValue(const char* key, bool value, const char* section) = 0;
     virtual ~ISystemConfig() = default;
 };
 

@@ -23,7 +23,7 @@ public:
     virtual std::string UserName() const = 0;
     virtual DEVICE_STATE DeviceState() const = 0;
     // Takes the camera over, fetches its description and builds the configurer. 0 when already connected.
-    virtual StatusCode Connect() = 0;
+    [[nodiscard]] virtual StatusCode Connect() = 0;
     // Stops and closes every stream first.
     virtual StatusCode DisConnect() = 0;
     virtual bool IsConnected() const = 0;
@@ -35,7 +35,7 @@ public:
     // The cameras behind an interface device, as of the last enumeration.
     virtual std::vector<std::weak_ptr<IDevice>> SubDevices() = 0;
     // Adds a camera that broadcast does not reach, by address text.
-    virtual StatusCode AddSubDevice(const std::string& text) = 0;
+    [[nodiscard]] virtual StatusCode AddSubDevice(const std::string& text) = 0;
     // Starts (Generic, -1, when it runs already) or stops re-enumeration every `period` ms; the second round
     // comes `period - offset` ms after the first. The callback runs on the monitoring thread.
     virtual StatusCode MonitorSubDevices(bool enable, unsigned int period, unsigned int offset,
@@ -43,7 +43,7 @@ public:
     // Asks the monitor for a round at once.
     virtual StatusCode UpdateSubDevices(bool unused) = 0;
     virtual StatusCode SubDeviceLost(IDevice* device) = 0;
-    virtual StatusCode StartAcquisition(unsigned int streamIndex) = 0;
+    [[nodiscard]] virtual StatusCode StartAcquisition(unsigned int streamIndex) = 0;
     virtual StatusCode StopAcquisition(unsigned int streamIndex) = 0;
     virtual bool IsStreamingLocally() const = 0;
     virtual unsigned int StreamCnt() const = 0;
@@ -52,8 +52,8 @@ public:
     // threads disconnect meanwhile takes ShareStream instead.
     virtual IStream* GetStream(unsigned int index) = 0;
     // GigE Vision only: force and read IPv4 settings.
-    virtual StatusCode SetIpAddress(const GevDeviceAddress* address) = 0;
-    virtual StatusCode GetIpAddress(GevDeviceAddress* address) const = 0;
+    [[nodiscard]] virtual StatusCode SetIpAddress(const GevDeviceAddress* address) = 0;
+    [[nodiscard]] virtual StatusCode GetIpAddress(GevDeviceAddress* address) const = 0;
     virtual std::string VendorName() const = 0;
     virtual std::string ModelName() const = 0;
     virtual std::string DeviceVersion() const = 0;
@@ -65,13 +65,13 @@ public:
     virtual std::shared_ptr<IConfigurer> ShareConfigurer() = 0;
 
 protected:
-    virtual StatusCode AcquisitionStartP(unsigned int streamIndex) = 0;
+    [[nodiscard]] virtual StatusCode AcquisitionStartP(unsigned int streamIndex) = 0;
     virtual StatusCode AcquisitionStopP(unsigned int streamIndex) = 0;
-    virtual StatusCode ConnectP() = 0;
+    [[nodiscard]] virtual StatusCode ConnectP() = 0;
     virtual StatusCode DisConnectP() = 0;
-    virtual StatusCode CreateConfigurer() = 0;
+    [[nodiscard]] virtual StatusCode CreateConfigurer() = 0;
     virtual StatusCode ReleaseConfigurer() = 0;
-    virtual StatusCode PostConnect() = 0;
+    [[nodiscard]] virtual StatusCode PostConnect() = 0;
 };
 
 } // namespace VX3

@@ -17,7 +17,7 @@ class VX3_API IManager : public IObject {
 public:
     virtual const std::vector<IntfDevType>& DeviceTypeSupported() const = 0;
     // Number of interface devices found, or a negative status.
-    virtual StatusCode EnumDevices() = 0;
+    [[nodiscard]] virtual StatusCode EnumDevices() = 0;
     // IntfDevType::All means any family, here and below.
     virtual int GetDevices(IntfDevType type) const = 0;
     // Null past the end. Devices stay valid after a later enumeration for as long as they are held.

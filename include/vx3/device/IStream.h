@@ -24,20 +24,20 @@ class VX3_API IStream : public IObject {
 public:
     // Starts the delivery thread and lets the transport allocate `bufferCount` buffers. An empty pool is the
     // stream's own. AlreadyOpen. After any other failure the stream counts as open and must be closed.
-    virtual StatusCode Open(unsigned int bufferCount, std::shared_ptr<IImagePool> pool) = 0;
+    [[nodiscard]] virtual StatusCode Open(unsigned int bufferCount, std::shared_ptr<IImagePool> pool) = 0;
     // AlreadyStreaming, NotOpen, or the transport's code. `count`: blocks in flight (0: the transport's own).
-    virtual StatusCode Start(ImageCallback callback, void* userData, unsigned int count,
-                             std::shared_ptr<IImagePool> pool) = 0;
+    [[nodiscard]] virtual StatusCode Start(ImageCallback callback, void* userData, unsigned int count,
+                                           std::shared_ptr<IImagePool> pool) = 0;
     // No image is received afterwards; those that wait for delivery still reach the callback until Close.
     virtual StatusCode Stop() = 0;
     // NotOpen, StillStreaming. The callback does not run after it (called inside the callback: after that
     // returns).
     virtual StatusCode Close() = 0;
     // NotSupported unless the transport can stop local delivery while the camera keeps streaming.
-    virtual StatusCode Pause() = 0;
-    virtual StatusCode Restart() = 0;
+    [[nodiscard]] virtual StatusCode Pause() = 0;
+    [[nodiscard]] virtual StatusCode Restart() = 0;
     // The next image, or null after `timeoutMs` or when not streaming.
-    virtual std::shared_ptr<IImage> Snap(unsigned int timeoutMs, SnapMode mode) = 0;
+    [[nodiscard]] virtual std::shared_ptr<IImage> Snap(unsigned int timeoutMs, SnapMode mode) = 0;
     virtual Statistics GetStatistics() const = 0;
     virtual IDevice* Parent() = 0;
     virtual bool IsStreamingLocally() const = 0;
@@ -47,7 +47,7 @@ public:
     virtual double Fps() const = 0;
     virtual std::chrono::steady_clock::time_point StartTimePoint() = 0;
     // WrongState while streaming.
-    virtual StatusCode SetHistoryFrames(unsigned int count, FrameType type) = 0;
+    [[nodiscard]] virtual StatusCode SetHistoryFrames(unsigned int count, FrameType type) = 0;
     // Oldest first; null while streaming or past the end.
     virtual std::shared_ptr<IImage> GetHistoryFrame(unsigned int index) = 0;
     // Bytes of one frame; 0 when unknown.
@@ -58,8 +58,8 @@ public:
 protected:
     virtual unsigned int PayloadSizeP() const = 0;
     virtual bool IsStreamingP() const = 0;
-    virtual StatusCode OpenP(std::shared_ptr<IImagePool> pool, unsigned int bufferCount) = 0;
-    virtual StatusCode StartStreamP(std::shared_ptr<IImagePool> pool, unsigned int count) = 0;
+    [[nodiscard]] virtual StatusCode OpenP(std::shared_ptr<IImagePool> pool, unsigned int bufferCount) = 0;
+    [[nodiscard]] virtual StatusCode StartStreamP(std::shared_ptr<IImagePool> pool, unsigned int count) = 0;
     virtual StatusCode StopStreamP() = 0;
     virtual StatusCode CloseP() = 0;
 };

@@ -19,16 +19,16 @@ public:
     virtual std::shared_ptr<GenICam::INodeMap> GetNodeMap() = 0;
     virtual GenICam::NodeValue GetNodeValue(const std::string& name) = 0;
     virtual IXmlData* GetXmlData() = 0;
-    virtual StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) = 0;
-    virtual StatusCode SetNodeValue(const std::string& name, unsigned int value) = 0;
-    virtual StatusCode SetNodeValue(const std::string& name, unsigned long long value) = 0;
-    virtual StatusCode SetNodeValue(const std::string& name, double value) = 0;
-    virtual StatusCode SetNodeValue(const std::string& name, const std::string& value) = 0;
-    virtual StatusCode SetNodeValue(const std::string& name, bool value) = 0;
-    virtual StatusCode SetNodeValue(const std::string& name, const unsigned char* data,
-                                    unsigned int size) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, unsigned int value) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, unsigned long long value) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, double value) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, const std::string& value) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, bool value) = 0;
+    [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, const unsigned char* data,
+                                                  unsigned int size) = 0;
     // A text literal would otherwise become a boolean.
-    StatusCode SetNodeValue(const std::string& name, const char* value) {
+    [[nodiscard]] StatusCode SetNodeValue(const std::string& name, const char* value) {
         return SetNodeValue(name, std::string(value ? value : ""));
     }
 };

@@ -11,9 +11,10 @@ namespace VX3 {
 class VX3_API IGenIObj {
 public:
     // Register access; 0 or positive on success, a negative status on failure.
-    virtual StatusCode ReadPort(unsigned long long address, unsigned char* buffer, unsigned int length) = 0;
-    virtual StatusCode WritePort(unsigned long long address, const unsigned char* buffer,
-                                 unsigned int length) = 0;
+    [[nodiscard]] virtual StatusCode ReadPort(unsigned long long address, unsigned char* buffer,
+                                              unsigned int length) = 0;
+    [[nodiscard]] virtual StatusCode WritePort(unsigned long long address, const unsigned char* buffer,
+                                               unsigned int length) = 0;
     // Where the URL of the description stands; -1 when there is none.
     virtual std::int64_t GetXmlUrlAddr() = 0;
     virtual bool IsManifestSupported() = 0;

@@ -12,7 +12,7 @@ namespace VX3 {
 class VX3_API IBufferPool : public IObject {
 public:
     // Empty when the pool cannot serve.
-    virtual std::unique_ptr<BaseBuffer> NewBuffer(unsigned int size) = 0;
+    [[nodiscard]] virtual std::unique_ptr<BaseBuffer> NewBuffer(unsigned int size) = 0;
     // 0 on success; a pool that does not keep the block leaves it in `block` for the caller to delete.
     virtual unsigned int FreeBuffer(std::unique_ptr<BaseBuffer>&& block) = 0;
     virtual std::uint64_t PoolSize() const = 0;
@@ -29,9 +29,10 @@ class VX3_API BufferPoolFactory {
 public:
     // Keeps returned blocks by power-of-two size class, up to `poolSize` bytes in reserve; `preallocCount`
     // blocks of `preallocSize` bytes are there from the start. A null name gives "RecycleBufferPool".
-    static std::shared_ptr<IBufferPool> CreateRecycleBufferPool(unsigned long long poolSize,
-                                                                unsigned int preallocSize,
-                                                                unsigned int preallocCount, const char* name);
+    [[nodiscard]] static std::shared_ptr<IBufferPool> CreateRecycleBufferPool(unsigned long long poolSize,
+                                                                              unsigned int preallocSize,
+                                                                              unsigned int preallocCount,
+                                                                              const char* name);
 };
 
 } // namespace VX3

@@ -10,22 +10,22 @@ class VX3_API IFormatConvertor {
 public:
     virtual ~IFormatConvertor() = default;
     virtual PixelFormat Format() const = 0;
-    virtual std::unique_ptr<IImage> Unpack(const IImage* image, unsigned int unused,
-                                           std::shared_ptr<IImagePool> pool) const = 0;
-    virtual std::unique_ptr<IImage> Unpack2Image8(const IImage* image, unsigned int bits,
-                                                  std::shared_ptr<IImagePool> pool) const = 0;
-    virtual std::vector<std::pair<PixelChannelID, std::unique_ptr<IImage>>>
+    [[nodiscard]] virtual std::unique_ptr<IImage> Unpack(const IImage* image, unsigned int unused,
+                                                         std::shared_ptr<IImagePool> pool) const = 0;
+    [[nodiscard]] virtual std::unique_ptr<IImage> Unpack2Image8(const IImage* image, unsigned int bits,
+                                                                std::shared_ptr<IImagePool> pool) const = 0;
+    [[nodiscard]] virtual std::vector<std::pair<PixelChannelID, std::unique_ptr<IImage>>>
     Split(const IImage* image, unsigned int unused, std::shared_ptr<IImagePool> pool) const = 0;
-    virtual std::vector<std::pair<PixelChannelID, HistogramData>>
+    [[nodiscard]] virtual std::vector<std::pair<PixelChannelID, HistogramData>>
     CreateHistogram(const IImage* image, const ROIRect* roi, unsigned int unused) const = 0;
-    virtual std::vector<std::pair<PixelChannelID, ProfileData>>
+    [[nodiscard]] virtual std::vector<std::pair<PixelChannelID, ProfileData>>
     CreateProfile(const IImage* image, ProfileType type, unsigned int index, unsigned int flags) const = 0;
 };
 
 class VX3_API FormatConvertorCreator {
 public:
     // The converter of `format`; codes outside the pixel-format table give one whose every result is empty.
-    static std::unique_ptr<IFormatConvertor> Create(PixelFormat format);
+    [[nodiscard]] static std::unique_ptr<IFormatConvertor> Create(PixelFormat format);
 };
 
 // False colour of a monochrome image, RGBa8; empty for other formats. IImage::Map2RGB8 calls it.

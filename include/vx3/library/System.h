@@ -16,7 +16,7 @@ public:
     static std::string SDKBuildVersion();
     static unsigned int SupportedDevTypes();
     // A manager over the families whose bits are set (IntfDevType); constructing it enumerates once.
-    static std::unique_ptr<IManager> CreateManager(unsigned int types);
+    [[nodiscard]] static std::unique_ptr<IManager> CreateManager(unsigned int types);
 
     static std::string IntfDevType2String(IntfDevType type);
     static IntfDevType String2IntfDevType(const std::string& text);

@@ -2,6 +2,7 @@
 
 #include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/Bootstrap.h"
+#include "gev/receive/ReceiveClock.h"
 #include "gev/stream/GvspParserImageA.h"
 #include "vx3/core/Logger.h"
 
@@ -15,7 +16,6 @@ namespace {
 constexpr std::uint32_t commandTimeoutMs = 1000;
 constexpr std::chrono::milliseconds silenceCheck{2};
 constexpr std::size_t smallestReceive = 2048;
-constexpr unsigned datagramsPerClock = 16;
 
 // The longest datagram worth receiving.
 std::size_t MaxDatagram(const GevStreamParam& param) {
@@ -77,10 +77,9 @@ StatusCode GvspReceiver::AllocOneBuff() {
 bool GvspReceiver::WaitUntilReady(std::chrono::milliseconds timeout) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     MutexLock lock(readyMutex_);
-    while (!ready_)
-        if (!readyChanged_.WaitUntil(readyMutex_, deadline))
-            return ready_;
-    return true;
+    while (!ready_ && readyChanged_.WaitUntil(readyMutex_, deadline)) {
+    }
+    return ready_;
 }
 
 void GvspReceiver::SetReady(bool ready) {
@@ -125,19 +124,12 @@ void GvspReceiver::OpenPath(GevCmdHelper& helper, const GevStreamParam& param) c
 
 void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource& source,
                                GvspParserImageA& parser, GevCmdHelper& helper, std::uint32_t channel) {
-    using Clock = std::chrono::steady_clock;
-    auto now = Clock::now();
-    auto checked = now;
-    unsigned sinceClock = 0;
+    ReceiveClock clock;
+    auto checked = clock.Now();
     WireRoom next;
     while (running) {
         const DatagramSource::Batch batch = source.Receive(next, parser.MaxWait());
-        // Reading the clock costs as much as parsing a packet: not once a datagram while they queue up.
-        sinceClock += static_cast<unsigned>(batch.count);
-        if (batch.waited || sinceClock >= datagramsPerClock) {
-            now = Clock::now();
-            sinceClock = 0;
-        }
+        const auto now = clock.Advance(batch.count, batch.waited);
         for (std::size_t i = 0; i < batch.count; ++i)
             (void)parser.HandlePacket(batch.items[i].data, batch.items[i].size, next, now);
         if (batch.drained)
@@ -145,10 +137,19 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
         if (now - checked >= silenceCheck) {
             checked = now;
             parser.CheckSilence(next, now);
-            for (unsigned int wanted = blocksWanted_.exchange(0); wanted != 0; --wanted)
-                (void)parser.AllocOneBuff();
+            AddWantedBlocks(parser);
         }
         SendRequests(parser, helper, channel, now);
+    }
+}
+
+void GvspReceiver::AddWantedBlocks(GvspParserImageA& parser) {
+    const unsigned int wanted = blocksWanted_.exchange(0);
+    for (unsigned int i = 0; i < wanted; ++i) {
+        const StatusCode status = parser.AllocOneBuff();
+        if (Failed(status))
+            VxLoggerLog(LogLevel::Warning, "SDK", "a block that the client asked for is not to be had: %s",
+                        StatusText(status).c_str());
     }
 }
 

@@ -38,10 +38,6 @@ public:
     LiveStatistics* GetStatistics() override { return &statistics_; }
     bool WaitUntilReady(std::chrono::milliseconds timeout) override VX3_EXCLUDES(readyMutex_);
 
-    // Bytes the kernel lets wait in the socket; 0 before StartListen.
-    std::size_t ReceiveBufferBytes() const { return socket_.GrantedBytes(); }
-    const StreamSocket& Socket() const { return socket_; }
-
 private:
     void ThreadListen(const std::atomic<bool>& running, const GevStreamParam& param,
                       const std::shared_ptr<IImagePool>& pool, const GvspImageCallback& callback,
@@ -49,6 +45,7 @@ private:
     void OpenPath(GevCmdHelper& helper, const GevStreamParam& param) const;
     void ReceiveLoop(const std::atomic<bool>& running, DatagramSource& source, GvspParserImageA& parser,
                      GevCmdHelper& helper, std::uint32_t channel);
+    void AddWantedBlocks(GvspParserImageA& parser);
     void SendRequests(GvspParserImageA& parser, GevCmdHelper& helper, std::uint32_t channel,
                       IGvspParser::TimePoint now);
     void SetReady(bool ready) VX3_EXCLUDES(readyMutex_);

@@ -17,15 +17,16 @@ public:
     virtual ~IGvspReceiver() = default;
     // The port the camera is to send to (positive), or a code: WrongState while listening, -1 when the host
     // address cannot be bound. `count` spare blocks (0: eight).
-    virtual StatusCode StartListen(const GevStreamParam& param, std::shared_ptr<IImagePool> pool,
-                                   GvspImageCallback callback, unsigned int count) = 0;
+    [[nodiscard]] virtual StatusCode StartListen(const GevStreamParam& param,
+                                                 std::shared_ptr<IImagePool> pool, GvspImageCallback callback,
+                                                 unsigned int count) = 0;
     virtual StatusCode SetGvspParser(std::unique_ptr<IGvspParser> parser) = 0;
     virtual StatusCode ResetListen() = 0;
     // Ends within milliseconds; afterwards the callback is not called any more. -1 when not listening.
     virtual StatusCode StopListen() = 0;
     virtual bool IsListening() const = 0;
     // One more spare block, made by the receive thread. WrongState unless listening.
-    virtual StatusCode AllocOneBuff() = 0;
+    [[nodiscard]] virtual StatusCode AllocOneBuff() = 0;
     // Of the latest stream; lives as long as the receiver. Any thread.
     virtual LiveStatistics* GetStatistics() = 0;
 

@@ -22,8 +22,8 @@ public:
     // An accepted packet.
     void Learn(const GvspPacketAddr& addr, TimePoint now) {
         if (now != last_) {
-            if (last_ != TimePoint{} && addr.blockId == lastAddr_.blockId &&
-                addr.packetId == lastAddr_.packetId + 1)
+            // No block has the id 0 that the first packet is compared with.
+            if (addr.blockId == lastAddr_.blockId && addr.packetId == lastAddr_.packetId + 1)
                 LearnPause(now - last_);
             last_ = now;
         }

@@ -32,7 +32,6 @@ public:
         std::memcpy(start_, saved_.data(), headerSize_);
         start_ = nullptr;
     }
-    bool IsSet() const { return start_ != nullptr; }
     bool Holds(const std::uint8_t* packet) const { return start_ != nullptr && packet == start_; }
     const GvspPacketAddr& Addr() const { return addr_; }
 

@@ -31,17 +31,18 @@ public:
     // Hands on what is complete and drops the rest.
     virtual StatusCode Flush() = 0;
     // One more spare block; QueueFull when the ring has no room, NoBuffer when the pool has none.
-    virtual StatusCode AllocOneBuff() = 0;
+    [[nodiscard]] virtual StatusCode AllocOneBuff() = 0;
     virtual LiveStatistics* GetStatistics() = 0;
     // A packet-resend request that is due; false when there is none.
-    virtual bool GetResendInfo(GvspResendInfo& info, TimePoint now) = 0;
+    [[nodiscard]] virtual bool GetResendInfo(GvspResendInfo& info, TimePoint now) = 0;
     virtual ~IGvspParser() = default;
     // Makes the header that every block of the stream gets, and blocks that can hold it. NoBuffer when it
     // asks for more than the stream may take.
-    virtual StatusCode CreateImage(std::uint32_t blockId, const Gvsp::Leader& leader, std::uint32_t packets,
-                                   std::uint32_t bytes, bool extended) = 0;
+    [[nodiscard]] virtual StatusCode CreateImage(std::uint32_t blockId, const Gvsp::Leader& leader,
+                                                 std::uint32_t packets, std::uint32_t bytes,
+                                                 bool extended) = 0;
     // Hands a block on, and every block before it. WrongState when nothing is in flight.
-    virtual StatusCode CommitBlock(GvspParserInfo& info) = 0;
+    [[nodiscard]] virtual StatusCode CommitBlock(GvspParserInfo& info) = 0;
 
     // To be called while nothing arrives, at least as often as MaxWait says: finds lost tails and repeats
     // requests. `next` as above.

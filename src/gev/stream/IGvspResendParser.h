@@ -20,7 +20,7 @@ public:
     // Forgets what is missing of a block: it was handed on.
     virtual StatusCode Remove(std::uint32_t blockId) = 0;
     // The next request that is due; false when there is none.
-    virtual bool GetResendInfo(GvspResendInfo& info, TimePoint now) = 0;
+    [[nodiscard]] virtual bool GetResendInfo(GvspResendInfo& info, TimePoint now) = 0;
     // An accepted packet.
     virtual StatusCode UpdateResend(const GvspPacketAddr* addr, TimePoint now) = 0;
     // Every packet from `from` to `to` of one block; WrongState when they are not that.

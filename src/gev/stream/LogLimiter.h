@@ -1,9 +1,8 @@
 // Keeps a message that a lossy or hostile network can provoke at packet rate from drowning the log and the
-// receive thread: ten a second pass, the rest are counted. Owned by whoever logs; one thread.
+// receive thread: ten a second pass. Owned by whoever logs; one thread.
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 
 namespace VX3 {
 
@@ -13,10 +12,8 @@ public:
     static constexpr unsigned PerSecond = 10;
 
     bool Allow(TimePoint now) {
-        if (used_ >= PerSecond && now - since_ < std::chrono::seconds(1)) {
-            ++suppressed_;
+        if (used_ >= PerSecond && now - since_ < std::chrono::seconds(1))
             return false;
-        }
         if (used_ == 0 || now - since_ >= std::chrono::seconds(1)) {
             since_ = now;
             used_ = 0;
@@ -24,17 +21,10 @@ public:
         ++used_;
         return true;
     }
-    // Messages held back since the last call.
-    std::uint64_t TakeSuppressed() {
-        const std::uint64_t count = suppressed_;
-        suppressed_ = 0;
-        return count;
-    }
 
 private:
     TimePoint since_{};
     unsigned used_ = 0;
-    std::uint64_t suppressed_ = 0;
 };
 
 } // namespace VX3

@@ -141,7 +141,7 @@ std::vector<FoundCamera> CameraSearch::Cameras() {
 // Interfaces that cannot be asked refuse, which is fine.
 void CameraSearch::AskAddress(const std::string& address) {
     for (const std::shared_ptr<IDevice>& device : interfaces_)
-        device->AddSubDevice(address);
+        (void)device->AddSubDevice(address);
 }
 
 FoundCamera CameraSearch::Find(const std::string& selector) {
