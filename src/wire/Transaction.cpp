@@ -121,7 +121,7 @@ void Transaction::Scan(std::size_t from, Time now) {
         at += frame.size;
     }
     filled_ -= at;
-    if (filled_ != 0 && at != 0)
+    if (filled_ != 0)
         std::memmove(answerRoom_.data, answerRoom_.data + at, filled_);
 }
 

@@ -95,6 +95,7 @@ TEST_F(GvcpExchange, ItsRules) {
     EXPECT_EQ(rawLab.Run({}, Id, Limits, {{1, right}}), Outcome::Complete);
     EXPECT_EQ(rawLab.sent, (std::vector<Bytes>{Six}));
     EXPECT_EQ(rawLab.machine.Packet().size, 12U);
+    EXPECT_EQ(rawLab.Data(), FromHex("01020304"));
 }
 
 } // namespace
