@@ -2,7 +2,7 @@
 // can be written and read again. Then it is loaded into a camera with every type of feature; each line is
 // either set or accounted for.
 #include "FuzzInput.h"
-#include "ToolError.h"
+#include "base/ToolError.h"
 #include "features/FeatureLoader.h"
 #include "features/FeatureSaver.h"
 #include "genicam/MemoryOwner.h"
