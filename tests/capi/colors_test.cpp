@@ -14,7 +14,7 @@ constexpr uint32_t Rgba8 = 0x02200016;
 constexpr auto NotSupported = static_cast<int>(0x80000006U);
 
 TEST(CApiColors, ImagesConvertAndShowInFalseColour) {
-    support::VirtualCamera camera(0);
+    VX3::Test::VirtualCamera camera(0);
     ASSERT_EQ(SubDevice_Connect(camera.Get()), 0);
     ASSERT_EQ(SubDevice_OpenStreamByIndex(camera.Get(), 0, 4), 0);
     ASSERT_EQ(SubDevice_StartStreamByIndex(camera.Get(), 0, nullptr, nullptr, 0), 0);

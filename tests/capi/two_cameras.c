@@ -5,41 +5,32 @@
 #define _POSIX_C_SOURCE 200809L
 #include <pthread.h>
 #include <stdio.h>
+#include <unistd.h>
 #include <vx3/vx3.h>
 
-enum { Cameras = 2, Frames = 100, Slots = 2 * Cameras * Frames };
+enum { Cameras = 2, Frames = 100 };
 
-static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-static pthread_cond_t arrived = PTHREAD_COND_INITIALIZER;
-static Image* queue[Slots];
-static int head, tail;
+static int handles[2]; /* a pipe from the callbacks to the recycler */
 static int seen[Cameras];
 static int failures;
 
 static void on_image(Image* image, SubDevice* camera, unsigned int stream, unsigned int misc, void* user) {
-    const int index = *(const int*)user;
+    int* count = user;
     (void)camera;
     (void)stream;
     (void)misc;
-    pthread_mutex_lock(&mutex);
-    if (seen[index] < Frames) {
-        ++seen[index];
-        queue[tail++] = image;
-        image = NULL;
-        pthread_cond_signal(&arrived);
-    }
-    pthread_mutex_unlock(&mutex);
-    Image_Recycle(image);
+    if (*count == Frames)
+        Image_Recycle(image);
+    else if (write(handles[1], &image, sizeof image) == sizeof image)
+        ++*count;
 }
 
 static void* recycler(void* unused) {
     (void)unused;
     for (int recycled = 0; recycled < Cameras * Frames; ++recycled) {
-        pthread_mutex_lock(&mutex);
-        while (head == tail)
-            pthread_cond_wait(&arrived, &mutex);
-        Image* image = queue[head++];
-        pthread_mutex_unlock(&mutex);
+        Image* image = NULL;
+        if (read(handles[0], &image, sizeof image) != sizeof image)
+            ++failures;
         const ImageDescription info = Image_GetImageInfo(image);
         if (info.width != 400 || info.height != 400 || Image_GetImageBuff(image) == NULL)
             ++failures;
@@ -57,9 +48,10 @@ static int check(const char* what, int status) {
 }
 
 int main(void) {
-    static int index[Cameras] = {0, 1};
     SubDevice* cameras[Cameras];
     pthread_t thread;
+    if (pipe(handles) != 0)
+        return 1;
     Manager* manager = Manager_Create(VX3_FAMILY_VIRTUAL);
     Device* device = Manager_GetDeviceByIndex(manager, 0, VX3_FAMILY_ALL);
     for (int i = 0; i < Cameras; ++i) {
@@ -67,7 +59,7 @@ int main(void) {
         if (!check("connect", SubDevice_Connect(cameras[i])) ||
             !check("frame time", SetNodeValue_Int(cameras[i], "FrameTime", 2)) ||
             !check("open", SubDevice_OpenStreamByIndex(cameras[i], 0, 8)) ||
-            !check("start", SubDevice_StartStreamByIndex(cameras[i], 0, on_image, &index[i], 0)))
+            !check("start", SubDevice_StartStreamByIndex(cameras[i], 0, on_image, &seen[i], 0)))
             return 1;
     }
     pthread_create(&thread, NULL, recycler, NULL);

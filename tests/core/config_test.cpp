@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
 ini::File Read(const std::string& text) {
@@ -36,39 +36,35 @@ std::string Value(const ini::File& file, const std::string& section, const std::
 TEST(IniFile, ReadsLinesAsPeopleWriteThem) {
     const ini::File file = Read("; comment\n# comment\n\n  [Cam]  \n  Exposure : 100  \na=b:c\nu:v=w\nnoise\n"
                                 "\tTab\t= x \n[Other] rest]\nq=\n[Cam]\nGain=2\n");
-    EXPECT_EQ(Value(file, "Cam", "Exposure"), "100");
-    EXPECT_EQ(Value(file, "Cam", "a"), "b:c");
-    EXPECT_EQ(Value(file, "Cam", "u"), "v=w");
-    EXPECT_EQ(Value(file, "Cam", "\tTab\t"), "x");
-    EXPECT_EQ(Value(file, "Cam", "Gain"), "2");
+    const std::tuple<const char*, const char*, const char*> values[] = {
+        {"Cam", "Exposure", "100"}, {"Cam", "a", "b:c"},  {"Cam", "u", "v=w"},
+        {"Cam", "\tTab\t", "x"},    {"Cam", "Gain", "2"}, {"Other] rest", "q", ""},
+        {"Nothing", "q", "(none)"}};
+    for (const auto& [section, key, value] : values)
+        EXPECT_EQ(Value(file, section, key), value) << key;
     EXPECT_EQ(file.Find("Cam")->size(), 5U);
-    EXPECT_EQ(Value(file, "Other] rest", "q"), "");
-    EXPECT_EQ(file.Find("Nothing"), nullptr);
 }
 
 TEST(IniFile, SaysWhatIsWrong) {
-    EXPECT_EQ(ReadError("a=1"), "file is missing a section header");
-    EXPECT_EQ(ReadError("[]\n"), "section headers cannot be empty");
-    EXPECT_EQ(ReadError("[s]\n = 1\n"), "keys cannot be empty");
-    EXPECT_EQ(ReadError("[s]\nx=1\nx=2\n"), "key already exists");
-    EXPECT_EQ(ReadError("[s]\nx=1\n[t]\n[s]\nx=2\n"), "key already exists");
-    EXPECT_EQ(ReadError("[s]\nx=1\n[t]\nx=2\n"), "");
+    const std::pair<const char*, const char*> texts[] = {{"a=1", "file is missing a section header"},
+                                                         {"[]\n", "section headers cannot be empty"},
+                                                         {"[s]\n = 1\n", "keys cannot be empty"},
+                                                         {"[s]\nx=1\nx=2\n", "key already exists"},
+                                                         {"[s]\nx=1\n[t]\n[s]\nx=2\n", "key already exists"},
+                                                         {"[s]\nx=1\n[t]\nx=2\n", ""}};
+    for (const auto& [text, error] : texts)
+        EXPECT_EQ(ReadError(text), error) << text;
     std::ifstream closed;
     EXPECT_THROW(ini::File().read(closed), std::invalid_argument);
     EXPECT_THROW(ini::File().write("/nowhere/file.ini"), std::invalid_argument);
 }
 
-TEST(IniFile, SurvivesItsOwnWriter) {
-    const Testing::TempDir dir;
-    const ini::File file = Read("[a]\nx = 1\ny : two words\n[b]\nz=\n");
-    file.write(dir / "out.ini");
-    std::ifstream stream(dir / "out.ini");
-    ini::File again;
-    again.read(stream);
-    EXPECT_EQ(again.size(), 2U);
-    EXPECT_EQ(Value(again, "a", "x"), "1");
-    EXPECT_EQ(Value(again, "a", "y"), "two words");
-    EXPECT_EQ(Value(again, "b", "z"), "");
+// What was asked for by a key: the code, and what the output holds then, which held `kept` before.
+template <typename T>
+std::pair<StatusCode, T> Get(const SystemConfigINI& config, const char* key, T kept,
+                             const char* section = nullptr) {
+    const StatusCode status = config.GetValue(key, kept, section);
+    return {status, kept};
 }
 
 class ConfigFile : public ::testing::Test {
@@ -76,90 +72,70 @@ protected:
     std::string Path() const { return dir_ / "test.ini"; }
     void Write(const std::string& text) const { std::ofstream(Path()) << text; }
     SystemConfigINI Load() const { return {Path().c_str(), "VxSDK3"}; }
-    Testing::TempDir dir_;
+
+    TempDir dir_;
 };
 
 TEST_F(ConfigFile, ConvertsOnReading) {
     Write("[VxSDK3]\nt=TRUE\nf=False\nyes=yes\nn=12abc\nw=abc\nbig=99999999999999999999\nd=2.5e3\n[Cam]\ns=x "
           "y\n");
     const SystemConfigINI config = Load();
-    bool flag = false;
-    EXPECT_EQ(config.GetValue("t", flag, nullptr), Status::Ok);
-    EXPECT_TRUE(flag);
-    EXPECT_EQ(config.GetValue("yes", flag, nullptr), Status::NotAvailable);
-    EXPECT_TRUE(flag);
-    EXPECT_EQ(config.GetValue("f", flag, nullptr), Status::Ok);
-    EXPECT_FALSE(flag);
-    long long integer = -1;
-    EXPECT_EQ(config.GetValue("n", integer, nullptr), Status::Ok);
-    EXPECT_EQ(integer, 12);
-    EXPECT_EQ(config.GetValue("w", integer, nullptr), Status::NotFound);
-    EXPECT_EQ(integer, 0);
-    integer = 5;
-    EXPECT_EQ(config.GetValue("big", integer, nullptr), Status::NotFound);
-    EXPECT_EQ(integer, 0);
-    double real = 0;
-    EXPECT_EQ(config.GetValue("d", real, nullptr), Status::Ok);
-    EXPECT_EQ(real, 2500.0);
-    std::string text = "kept";
-    EXPECT_EQ(config.GetValue("s", text, nullptr), Status::NotFound);
-    EXPECT_EQ(text, "kept");
-    EXPECT_EQ(config.GetValue("s", text, "Cam"), Status::Ok);
-    EXPECT_EQ(text, "x y");
-    EXPECT_THROW(config.GetValue("", text, nullptr), std::invalid_argument);
+    EXPECT_EQ(Get(config, "t", false), std::pair(Status::Ok, true));
+    EXPECT_EQ(Get(config, "f", true), std::pair(Status::Ok, false));
+    EXPECT_EQ(Get(config, "yes", true), std::pair(Status::NotAvailable, true));
+    EXPECT_EQ(Get(config, "n", -1LL), std::pair(Status::Ok, 12LL));
+    EXPECT_EQ(Get(config, "w", -1LL), std::pair(Status::NotFound, 0LL));
+    EXPECT_EQ(Get(config, "big", -1LL), std::pair(Status::NotFound, 0LL));
+    EXPECT_EQ(Get(config, "d", 0.0), std::pair(Status::Ok, 2500.0));
+    EXPECT_EQ(Get<std::string>(config, "s", "kept"), std::pair(Status::NotFound, std::string("kept")));
+    EXPECT_EQ(Get<std::string>(config, "s", "kept", "Cam"), std::pair(Status::Ok, std::string("x y")));
+    EXPECT_THROW(Get<std::string>(config, "", ""), std::invalid_argument);
 }
 
 TEST_F(ConfigFile, EverySetIsOnDisk) {
-    Write("[VxSDK3]\nold=1\n");
+    Write("[VxSDK3]\nold=1\n[a]\ny : two words\nz=\n");
     SystemConfigINI config = Load();
     EXPECT_EQ(config.SetValue("i", -5LL, nullptr), Status::Ok);
     EXPECT_EQ(config.SetValue("d", 0.5, nullptr), Status::Ok);
     EXPECT_EQ(config.SetValue("b", true, "New"), Status::Ok);
     EXPECT_EQ(config.SetValue("old", std::string("two"), nullptr), Status::Ok);
     EXPECT_THROW(config.SetValue("", true, nullptr), std::invalid_argument);
-    const SystemConfigINI again = Load();
-    std::string text;
-    EXPECT_EQ(again.GetValue("i", text, nullptr), Status::Ok);
-    EXPECT_EQ(text, "-5");
-    EXPECT_EQ(again.GetValue("d", text, nullptr), Status::Ok);
-    EXPECT_EQ(text, "0.500000");
-    EXPECT_EQ(again.GetValue("b", text, "New"), Status::Ok);
-    EXPECT_EQ(text, "true");
-    EXPECT_EQ(again.GetValue("old", text, nullptr), Status::Ok);
-    EXPECT_EQ(text, "two");
+    const std::tuple<const char*, const char*, const char*> values[] = {
+        {nullptr, "i", "-5"},    {nullptr, "d", "0.500000"}, {"New", "b", "true"},
+        {nullptr, "old", "two"}, {"a", "y", "two words"},    {"a", "z", ""}};
+    for (const auto& [section, key, value] : values)
+        EXPECT_EQ(Get<std::string>(Load(), key, "none", section), std::pair(Status::Ok, std::string(value)))
+            << key;
 }
 
 TEST_F(ConfigFile, WithoutAFileNothingIsThereAndNothingIsMade) {
     SystemConfigINI config = Load();
-    std::string text = "kept";
-    EXPECT_EQ(config.GetValue("a", text, nullptr), Status::NotAvailable);
-    EXPECT_EQ(config.GetValue("", text, nullptr), Status::NotAvailable);
+    const std::pair<StatusCode, std::string> absent(Status::NotAvailable, "kept");
+    EXPECT_EQ(Get<std::string>(config, "a", "kept"), absent);
+    EXPECT_EQ(Get<std::string>(config, "", "kept"), absent);
+    EXPECT_EQ(Get<std::string>(SystemConfigINI(nullptr, nullptr), "a", "kept"), absent);
     EXPECT_EQ(config.SetValue("a", true, nullptr), Status::NotAvailable);
     EXPECT_FALSE(std::filesystem::exists(Path()));
-    EXPECT_EQ(SystemConfigINI(nullptr, nullptr).GetValue("a", text, nullptr), Status::NotAvailable);
-    EXPECT_EQ(text, "kept");
 }
 
 TEST_F(ConfigFile, MalformedIsLoggedOnceAndThenAbsent) {
     Write("[VxSDK3]\nx=1\nx=2\n");
     const std::size_t before = VxLoggerGetLogItems().size();
     SystemConfigINI config = Load();
-    long long value = 0;
-    EXPECT_EQ(config.GetValue("x", value, nullptr), Status::NotAvailable);
+    EXPECT_EQ(Get(config, "x", 0LL), std::pair(Status::NotAvailable, 0LL));
     EXPECT_EQ(config.SetValue("x", 3LL, nullptr), Status::NotAvailable);
-    const auto& items = VxLoggerGetLogItems();
-    ASSERT_EQ(items.size(), before + 1);
-    EXPECT_NE(items.back()->Info().find("key already exists"), std::string::npos);
-    EXPECT_NE(items.back()->Info().find(Path()), std::string::npos);
+    ASSERT_EQ(VxLoggerGetLogItems().size(), before + 1);
+    const std::string text = VxLoggerGetLogItems().back()->Info();
+    EXPECT_NE(text.find("key already exists"), std::string::npos) << text;
+    EXPECT_NE(text.find(Path()), std::string::npos) << text;
 }
 
 TEST_F(ConfigFile, AbsentDefaultsAreZero) {
     ASSERT_NE(DefaultSystemConfig(), nullptr);
-    EXPECT_FALSE(ConfigBool("NoSuchKey"));
-    EXPECT_EQ(ConfigInteger("NoSuchKey"), 0);
-    EXPECT_EQ(ConfigFloat("NoSuchKey"), 0.0);
-    EXPECT_EQ(ConfigString(ConfigKeys::RemoteStreamXml), "");
+    EXPECT_EQ(std::tuple(ConfigBool("NoSuchKey"), ConfigInteger("NoSuchKey"), ConfigFloat("NoSuchKey"),
+                         ConfigString(ConfigKeys::RemoteStreamXml)),
+              std::tuple(false, 0LL, 0.0, std::string()));
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

@@ -2,6 +2,7 @@
 #include "core/LoggerLog4CPP.h"
 #include "core/LoggerProperties.h"
 #include "core/SingletonLogger.h"
+#include "support/Threads.h"
 #include "support/TempDir.h"
 #include "vx3/core/Utilities.h"
 
@@ -12,26 +13,15 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <regex>
-#include <thread>
 #include <unistd.h>
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
 std::string TextOf(const std::string& path) {
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
-
-// A properties file for one logger, away from the other tests' loggers.
-class LoggerConfiguration {
-public:
-    explicit LoggerConfiguration(const std::string& text) { std::ofstream(Path()) << text; }
-    std::string Path() const { return dir_ / "log4cpp.cfg"; }
-
-private:
-    Testing::TempDir dir_;
-};
 
 TEST(LogItem, LevelsHaveNames) {
     EXPECT_EQ(LogItemAbs::LogLevel2String(LogLevel::Fatal), "Fatal");
@@ -74,10 +64,8 @@ TEST(Logger, WritesQueuesAndCallsBack) {
     EXPECT_EQ(logger, SingletonLogger::GetInstance());
     ASSERT_EQ(items.size(), before + 2);
     const ILogItem& item = *items[before];
-    EXPECT_EQ(item.Level(), "Warning");
-    EXPECT_EQ(item.Source(), "SDK");
-    EXPECT_EQ(item.Device(), "");
-    EXPECT_EQ(item.Info(), "x=5");
+    EXPECT_EQ(item.Level() + "|" + item.Source() + "|" + item.Device() + "|" + item.Info(),
+              "Warning|SDK||x=5");
     EXPECT_EQ(first, std::vector<std::string>{"x=5"});
     EXPECT_EQ(second, std::vector<std::string>{"y=z"});
     // Once each, though two loggers share the fallback.
@@ -86,44 +74,45 @@ TEST(Logger, WritesQueuesAndCallsBack) {
     EXPECT_EQ(out.find("deep 1"), out.rfind("deep 1"));
 }
 
-TEST(Logger, MissingConfigurationFallsBackAndSaysSo) {
-    const Testing::TempDir dir;
+TEST(Logger, MissingOrMalformedConfigurationFallsBackAndSaysSo) {
+    const TempDir dir;
     LoggerLog4CPP logger("log", (dir / "fallback.log").c_str());
     EXPECT_NE(logger.StatusText(), "OK!");
     EXPECT_NE(logger.StatusText().find("log4cpp.cfg"), std::string::npos);
     EXPECT_EQ(logger.WriteLogData(true, LogLevel::Error, "SDK", "", "to %s", "file"), 0);
     EXPECT_TRUE(logger.GetLogItems().empty());
     EXPECT_NE(TextOf(dir / "fallback.log").find("[ERROR]-to file\n"), std::string::npos);
+    std::ofstream(dir / "malformed.cfg") << "log4cpp.rootCategory=DEBUG, missing\n";
+    EXPECT_NE(LoggerLog4CPP("log", "StringQueueAppender", dir / "malformed.cfg").StatusText(), "OK!");
 }
 
 TEST(Logger, ConfiguredFilesLieBesideTheLibrary) {
+    const TempDir elsewhere;
+    const TempDir directory;
+    const std::string configuration = directory / "log4cpp.cfg";
     const std::string own = "vx3-test-" + std::to_string(::getpid());
-    const LoggerConfiguration configuration("log4cpp.rootCategory=DEBUG, R\n"
-                                            "log4cpp.category.log=INFO, F\n"
-                                            "log4cpp.additivity.log=false\n"
-                                            "log4cpp.appender.F=FileAppender\n"
-                                            "log4cpp.appender.F.fileName=" +
-                                            own +
-                                            ".log\n"
-                                            "log4cpp.appender.F.layout=PatternLayout\n"
-                                            "log4cpp.appender.F.layout.ConversionPattern=%p %m%n\n"
-                                            "log4cpp.appender.R=FileAppender\n"
-                                            "log4cpp.appender.R.fileName=" +
-                                            own +
-                                            "-root.log\n"
-                                            "log4cpp.appender.R.layout=SimpleLayout\n");
-    const Testing::TempDir elsewhere;
+    std::ofstream(configuration) << "log4cpp.rootCategory=DEBUG, R\nlog4cpp.category.log=INFO, F\n"
+                                    "log4cpp.additivity.log=false\nlog4cpp.appender.F=FileAppender\n"
+                                    "log4cpp.appender.F.fileName="
+                                 << own
+                                 << ".log\n"
+                                    "log4cpp.appender.F.layout=PatternLayout\n"
+                                    "log4cpp.appender.F.layout.ConversionPattern=%p %m%n\n"
+                                    "log4cpp.appender.R=FileAppender\nlog4cpp.appender.R.fileName="
+                                 << own
+                                 << "-root.log\n"
+                                    "log4cpp.appender.R.layout=SimpleLayout\n";
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(elsewhere.Path());
-    LoggerLog4CPP named("log", "std::cout", configuration.Path());
+    LoggerLog4CPP named("log", "std::cout", configuration);
     EXPECT_EQ(named.StatusText(), "OK!");
     named.WriteLogData(false, LogLevel::Warning, "SDK", "", "n=%d", 1);
     named.WriteLogData(false, LogLevel::Debug, "SDK", "", "below the threshold");
     EXPECT_EQ(named.GetLogItems().size(), 2U);
-    LoggerLog4CPP unknown("nosuch", "std::cout", configuration.Path());
+    LoggerLog4CPP unknown("nosuch", "std::cout", configuration);
     EXPECT_EQ(unknown.StatusText(), "No category named (nosuch)found! Using root category!");
     unknown.WriteLogData(true, LogLevel::Warning, "SDK", "", "to root");
-    EXPECT_EQ(LoggerLog4CPP("root", "std::cout", configuration.Path()).StatusText(), "OK!");
+    EXPECT_EQ(LoggerLog4CPP("root", "std::cout", configuration).StatusText(), "OK!");
     std::filesystem::current_path(before);
 
     EXPECT_EQ(TextOf(GetLibraryDirectory() + own + ".log"), "WARN n=1\n");
@@ -131,12 +120,6 @@ TEST(Logger, ConfiguredFilesLieBesideTheLibrary) {
     EXPECT_TRUE(std::filesystem::is_empty(elsewhere.Path()));
     std::filesystem::remove(GetLibraryDirectory() + own + ".log");
     std::filesystem::remove(GetLibraryDirectory() + own + "-root.log");
-}
-
-TEST(Logger, MalformedConfigurationFallsBack) {
-    const LoggerConfiguration configuration("log4cpp.rootCategory=DEBUG, missing\n");
-    const LoggerLog4CPP logger("log", "StringQueueAppender", configuration.Path());
-    EXPECT_NE(logger.StatusText(), "OK!");
 }
 
 TEST(Logger, OnlyRelativeAppenderFilesAreRewritten) {
@@ -152,7 +135,7 @@ TEST(Logger, ThreadsLogWhileTheCallbackChanges) {
     constexpr int Threads = 4;
     constexpr int Messages = 2000;
     ::testing::internal::CaptureStdout(); // earlier tests may have left the fallback printing
-    const Testing::TempDir dir;
+    const TempDir dir;
     LoggerLog4CPP logger("log", (dir / "threads.log").c_str());
     std::atomic<int> seen{0};
     std::atomic<bool> done{false};
@@ -161,14 +144,10 @@ TEST(Logger, ThreadsLogWhileTheCallbackChanges) {
             logger.RegisterCallBack([&seen](ILogItem*) { ++seen; });
     });
     logger.RegisterCallBack([&seen](ILogItem*) { ++seen; });
-    std::vector<std::thread> writers;
-    for (int t = 0; t < Threads; ++t)
-        writers.emplace_back([&logger, t] {
-            for (int i = 0; i < Messages; ++i)
-                logger.WriteLogData(false, LogLevel::Info, "SDK", "", "%d.%d", t, i);
-        });
-    for (std::thread& writer : writers)
-        writer.join();
+    OnThreads(Threads, [&](unsigned int writer) {
+        for (int i = 0; i < Messages; ++i)
+            logger.WriteLogData(false, LogLevel::Info, "SDK", "", "%u.%d", writer, i);
+    });
     done = true;
     changer.join();
     ::testing::internal::GetCapturedStdout();
@@ -187,4 +166,4 @@ TEST(Logger, ThreadsLogWhileTheCallbackChanges) {
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

@@ -1,5 +1,6 @@
 #include "core/ObjectAbs.h"
 #include "core/UniqueFd.h"
+#include "support/Threads.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Status.h"
 #include "vx3/core/Utilities.h"
@@ -9,27 +10,23 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
-#include <thread>
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
 using Pieces = std::vector<std::string>;
 
 TEST(Miscs, BitFunctionsAtTheirEdges) {
-    EXPECT_EQ(Miscs::CeilingPower2(0), 0U);
-    EXPECT_EQ(Miscs::CeilingPower2(1), 1U);
-    EXPECT_EQ(Miscs::CeilingPower2(1000), 1024U);
-    EXPECT_EQ(Miscs::CeilingPower2(0x80000000U), 0x80000000U);
-    EXPECT_EQ(Miscs::CeilingPower2(0x80000001U), 0U);
-    EXPECT_EQ(Miscs::LeadingZeros(0), 32U);
-    EXPECT_EQ(Miscs::LeadingZeros(1), 31U);
-    EXPECT_EQ(Miscs::FirstNotZero(0), 32U);
-    EXPECT_EQ(Miscs::FirstNotZero(1024), 10U);
-    EXPECT_EQ(Miscs::FirstNotZero(0xFFFFFFFFU), 31U);
-    EXPECT_EQ(Miscs::LastNotZero(0), 32U);
-    EXPECT_EQ(Miscs::LastNotZero(1), 1U);
-    EXPECT_EQ(Miscs::LastNotZero(0x80000000U), 32U);
+    using Pairs = std::vector<std::pair<unsigned int, unsigned int>>;
+    for (const auto& [value, power] :
+         Pairs{{0, 0}, {1, 1}, {1000, 1024}, {1U << 31, 1U << 31}, {(1U << 31) + 1, 0}})
+        EXPECT_EQ(Miscs::CeilingPower2(value), power) << value;
+    for (const auto& [value, zeros] : Pairs{{0, 32}, {1, 31}})
+        EXPECT_EQ(Miscs::LeadingZeros(value), zeros) << value;
+    for (const auto& [value, place] : Pairs{{0, 32}, {1024, 10}, {0xFFFFFFFF, 31}})
+        EXPECT_EQ(Miscs::FirstNotZero(value), place) << value;
+    for (const auto& [value, place] : Pairs{{0, 32}, {1, 1}, {1U << 31, 32}})
+        EXPECT_EQ(Miscs::LastNotZero(value), place) << value;
 }
 
 TEST(Strings, FormatIsCutAndNeverOverruns) {
@@ -47,11 +44,11 @@ TEST(Strings, SplitKeepsEmptyPiecesButNotAnEmptyTail) {
 }
 
 TEST(Strings, HexadecimalIsAllOrNothing) {
-    EXPECT_EQ(AscH2Integer("1f"), 31U);
-    EXPECT_EQ(AscH2Integer("FFFFFFFFFFFFFFFF"), UINT64_MAX);
-    EXPECT_EQ(AscH2Integer("0x1f"), 0U);
-    EXPECT_EQ(AscH2Integer(" 1f"), 0U);
-    EXPECT_EQ(AscH2Integer(""), 0U);
+    const std::pair<const char*, std::uint64_t> texts[] = {
+        {"1f", 31}, {"aA9", 0xAA9}, {"FFFFFFFFFFFFFFFF", UINT64_MAX}, {"0x1f", 0}, {" 1f", 0},
+        {"1g", 0},  {"", 0}};
+    for (const auto& [text, value] : texts)
+        EXPECT_EQ(AscH2Integer(text), value) << text;
     EXPECT_EQ(Ipv4Text(0xC0A80102U), "192.168.1.2");
 }
 
@@ -67,14 +64,10 @@ TEST(ModulePath, RelativeNamesLieBesideTheModule) {
 TEST(Objects, IdsAreUniqueAcrossThreads) {
     constexpr int PerThread = 2000;
     std::vector<std::vector<std::uint64_t>> ids(4);
-    std::vector<std::thread> threads;
-    for (auto& mine : ids)
-        threads.emplace_back([&mine] {
-            for (int i = 0; i < PerThread; ++i)
-                mine.push_back(ObjectAbs(TypeIds::Image, nullptr).ObjID());
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    OnThreads(4, [&](unsigned int thread) {
+        for (int i = 0; i < PerThread; ++i)
+            ids[thread].push_back(ObjectAbs(TypeIds::Image, nullptr).ObjID());
+    });
     std::set<std::uint64_t> all;
     for (const auto& mine : ids) {
         EXPECT_TRUE(std::is_sorted(mine.begin(), mine.end()));
@@ -95,11 +88,20 @@ TEST(Objects, CategoryIsTheHighByte) {
 TEST(StatusWords, EveryCodeHasItsOwn) {
     EXPECT_EQ(StatusText(Status::Ok), "success");
     EXPECT_EQ(StatusText(Status::TimeOut), "time-out");
-    const std::string denied = StatusText(Status::FromGvcp(0x8006));
-    EXPECT_NE(denied.find("ACCESS_DENIED"), std::string::npos) << denied;
-    EXPECT_NE(denied.find("0x8006"), std::string::npos) << denied;
-    EXPECT_NE(StatusText(Status::FromGvcp(0x8007)).find("BUSY"), std::string::npos);
-    EXPECT_NE(StatusText(Status::FromGvcp(0x800C)).find("PACKET_UNAVAILABLE"), std::string::npos);
+    std::uint16_t code = 0x8000; // what a device answers is told by its standard name and its number
+    for (const std::string& name : SplitString(
+             "NOT_IMPLEMENTED INVALID_PARAMETER INVALID_ADDRESS WRITE_PROTECT BAD_ALIGNMENT ACCESS_DENIED "
+             "BUSY "
+             "LOCAL_PROBLEM MSG_MISMATCH INVALID_PROTOCOL NO_MSG PACKET_UNAVAILABLE DATA_OVERRUN "
+             "INVALID_HEADER "
+             "WRONG_CONFIG PACKET_NOT_YET_AVAILABLE PACKET_AND_PREV_REMOVED_FROM_MEMORY "
+             "PACKET_REMOVED_FROM_MEMORY "
+             "NO_REF_TIME PACKET_TEMPORARILY_UNAVAILABLE OVERFLOW ACTION_LATE LEADER_TRAILER_OVERFLOW",
+             ' ')) {
+        const std::string text = StatusText(Status::FromGvcp(++code));
+        EXPECT_NE(text.find("GEV_STATUS_" + name + ":"), std::string::npos) << text;
+        EXPECT_NE(text.find(StringFormat("0x%x", code)), std::string::npos) << text;
+    }
     EXPECT_NE(StatusText(Status::FromGvcp(0x8ABC)).find("0x8abc"), std::string::npos);
     EXPECT_EQ(StatusText(static_cast<StatusCode>(0x800000EEU)), "error 0x800000ee");
 }
@@ -119,4 +121,4 @@ TEST(UniqueFdTest, ClosesExactlyOnce) {
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

@@ -1,41 +1,30 @@
 #include "device/DeviceStateMachine.h"
 #include "support/FakeDevice.h"
+#include "support/MemoryOwner.h"
+#include "support/Threads.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
 #include <sys/stat.h>
 
-using namespace VX3;
-using namespace VX3::Testing;
-using Calls = std::vector<std::string>;
-
+namespace VX3::Test {
 namespace {
 
-// TLParamsLocked at register 0, AcquisitionStart at 4, AcquisitionStop at 8.
-std::string Description(bool withLock) {
-    const auto reg = [](const char* name, int address) {
-        return std::string("<IntReg Name=\"") + name + "\"><Address>" + std::to_string(address) +
-               "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>"
-               "<Cachable>NoCache</Cachable><Endianess>LittleEndian</Endianess></IntReg>";
-    };
-    const auto command = [](const char* name) {
-        return std::string("<Command Name=\"") + name + "\"><pValue>" + name +
-               "Reg</pValue><CommandValue>1</CommandValue></Command>";
-    };
-    return "<?xml version=\"1.0\"?><RegisterDescription ModelName=\"Fake\" VendorName=\"Test\" "
-           "StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" "
-           "SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" MinorVersion=\"0\" SubMinorVersion=\"0\" "
-           "ProductGuid=\"1\" VersionGuid=\"1\" xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">" +
-           (withLock ? reg("TLParamsLocked", 0) : std::string()) + reg("AcquisitionStartReg", 4) +
-           reg("AcquisitionStopReg", 8) + command("AcquisitionStart") + command("AcquisitionStop") +
-           "<String Name=\"DeviceModelName\"><Value>Model Q</Value></String>"
-           "<Integer Name=\"PayloadSize\"><Value>4711</Value></Integer>"
-           "<Port Name=\"Device\"/></RegisterDescription>";
-}
+using Calls = std::vector<std::string>;
 
-} // namespace
+// TLParamsLocked at register 0, AcquisitionStart at 4, AcquisitionStop at 8.
+std::string Acquiring(bool withLock) {
+    const std::string uncached = LittleEndian + "<Cachable>NoCache</Cachable>";
+    std::string nodes = withLock ? RegisterNode("IntReg", "TLParamsLocked", 0, 4, "RW", uncached) : "";
+    for (const auto& [name, address] :
+         {std::pair<std::string, int>("AcquisitionStart", 4), {"AcquisitionStop", 8}})
+        nodes += RegisterNode("IntReg", name + "Reg", address, 4, "RW", uncached) + "<Command Name=\"" +
+                 name + "\"><pValue>" + name + "Reg</pValue><CommandValue>1</CommandValue></Command>";
+    return DescriptionOf(nodes + "<String Name=\"DeviceModelName\"><Value>Model Q</Value></String>"
+                                 "<Integer Name=\"PayloadSize\"><Value>4711</Value></Integer>");
+}
 
 TEST(DeviceStateMachine, LostStaysUntilDisconnected) {
     using S = DEVICE_STATE;
@@ -61,6 +50,13 @@ TEST(Device, ConnectsOnceAndDisconnectsInOrder) {
     EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Controlled);
     EXPECT_EQ(device->GetStream(0), nullptr) << "not connected";
     EXPECT_EQ(device->StartAcquisition(0), Status::WrongState);
+    for (const StatusCode status :
+         {device->MonitorSubDevices(true, 100, 0, {}), device->SubDeviceLost(nullptr),
+          device->AddSubDevice("1.2.3.4"), device->SetIpAddress(nullptr)})
+        EXPECT_EQ(status, Status::NotSupported);
+    EXPECT_EQ(std::tuple(device->DeviceType(), device->ObjType(), device->VendorName()),
+              std::tuple(0x30001U, 0U, std::string()))
+        << "no configurer";
     EXPECT_EQ(device->DisConnect(), Status::Ok);
 
     device->connectStatus = Status::TimeOut;
@@ -92,20 +88,9 @@ TEST(Device, ConnectsOnceAndDisconnectsInOrder) {
     EXPECT_FALSE(stream->IsOpened());
 }
 
-TEST(Device, RefusesWhatACameraDoesNotDo) {
-    auto device = std::make_shared<FakeDevice>("camera");
-    EXPECT_EQ(device->MonitorSubDevices(true, 100, 0, {}), Status::NotSupported);
-    EXPECT_EQ(device->SubDeviceLost(nullptr), Status::NotSupported);
-    EXPECT_EQ(device->AddSubDevice("1.2.3.4"), Status::NotSupported);
-    EXPECT_EQ(device->SetIpAddress(nullptr), Status::NotSupported);
-    EXPECT_EQ(device->DeviceType(), 0x30001U);
-    EXPECT_EQ(device->ObjType(), 0U);
-    EXPECT_EQ(device->VendorName(), "") << "no configurer";
-}
-
 TEST(Device, AcquisitionGoesThroughTheStandardFeatures) {
     auto device = std::make_shared<FakeDevice>("camera");
-    device->Describe(Description(true));
+    device->Describe(Acquiring(true));
     FakeStream* stream = device->AddStream();
     ASSERT_EQ(device->Connect(), Status::Ok);
     ASSERT_NE(device->GetConfigurer(), nullptr);
@@ -120,23 +105,18 @@ TEST(Device, AcquisitionGoesThroughTheStandardFeatures) {
     EXPECT_EQ(device->calls.Take(), (Calls{"write 0 1", "write 4 1", "acquisition start"}));
     EXPECT_EQ(device->StopAcquisition(0), Status::Ok);
     EXPECT_EQ(device->calls.Take(), (Calls{"write 8 1", "write 0 0", "acquisition stop"}));
+    auto unlocked = std::make_shared<FakeDevice>("camera");
+    unlocked->Describe(Acquiring(false));
+    unlocked->AddStream();
+    ASSERT_EQ(unlocked->Connect(), Status::Ok);
+    EXPECT_EQ(unlocked->StartAcquisition(0), Status::NotFound) << "a failing feature stops the start";
+    EXPECT_EQ(unlocked->StopAcquisition(0), Status::Ok);
+    EXPECT_EQ(unlocked->calls.Take(), (Calls{"connect", "post connect", "write 8 1", "acquisition stop"}));
 
     const auto held = device->ShareConfigurer();
     EXPECT_EQ(device->DisConnect(), Status::Ok);
     EXPECT_EQ(device->GetConfigurer(), nullptr);
     EXPECT_EQ(held->GetNodeValue("PayloadSize").AsInteger(), 4711) << "still usable where it is held";
-}
-
-TEST(Device, AFailingFeatureStopsTheStart) {
-    auto device = std::make_shared<FakeDevice>("camera");
-    device->Describe(Description(false));
-    device->AddStream();
-    ASSERT_EQ(device->Connect(), Status::Ok);
-    device->calls.Take();
-    EXPECT_EQ(device->StartAcquisition(0), Status::NotFound);
-    EXPECT_EQ(device->calls.Take(), Calls{});
-    EXPECT_EQ(device->StopAcquisition(0), Status::Ok);
-    EXPECT_EQ(device->calls.Take(), (Calls{"write 8 1", "acquisition stop"}));
 }
 
 TEST(Device, FindsItsDescriptionWhereTheUrlSays) {
@@ -160,32 +140,26 @@ TEST(Device, FindsItsDescriptionWhereTheUrlSays) {
         EXPECT_EQ(size(url), -1) << url;
     EXPECT_EQ(size(std::string(400, 'a')), -1) << "no end within the URL's room";
 
-    const std::string path = ::testing::TempDir() + "vx3_device_description.xml";
+    const TempDir directory;
+    const std::string path = directory / "description.xml";
     std::ofstream(path) << "<x/>";
     EXPECT_EQ(size("file://" + path), -1) << "two slashes are no prefix";
     EXPECT_EQ(size("File:///" + path), 4);
     EXPECT_EQ(device->GetXmlData()->GetXmlName(), path);
-    std::remove(path.c_str());
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    EXPECT_EQ(size("File:///" + path), -1) << "a pipe would keep the caller waiting";
-    std::remove(path.c_str());
+    ASSERT_EQ(::mkfifo((directory / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(size("File:///" + (directory / "pipe")), -1) << "a pipe would keep the caller waiting";
 }
 
 TEST(Device, ConnectAndDisconnectFromManyThreadsAreSerialised) {
     auto device = std::make_shared<FakeDevice>("camera");
-    device->Describe(Description(true));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&, i] {
-            for (int round = 0; round < 100; ++round) {
-                EXPECT_EQ(i % 2 == 0 ? device->Connect() : device->DisConnect(), Status::Ok);
-                if (const auto configurer = device->ShareConfigurer()) {
-                    EXPECT_EQ(configurer->GetNodeValue("PayloadSize").AsInteger(), 4711);
-                }
-            }
-        });
-    for (auto& thread : threads)
-        thread.join();
+    device->Describe(Acquiring(true));
+    OnThreads(4, [&](unsigned int thread) {
+        for (int round = 0; round < 100; ++round) {
+            EXPECT_EQ(thread % 2 == 0 ? device->Connect() : device->DisConnect(), Status::Ok);
+            const auto configurer = device->ShareConfigurer();
+            EXPECT_EQ(configurer ? configurer->GetNodeValue("PayloadSize").AsInteger() : 4711, 4711);
+        }
+    });
     int depth = 0;
     for (const std::string& call : device->calls.Take()) {
         depth += call == "connect" ? 1 : call == "disconnect" ? -1 : 0;
@@ -212,3 +186,6 @@ TEST(Device, ChildrenOutliveTheirParent) {
     stream.reset();
     EXPECT_TRUE(watched.expired());
 }
+
+} // namespace
+} // namespace VX3::Test

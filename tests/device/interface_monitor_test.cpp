@@ -1,45 +1,14 @@
-#include "device/InterfaceDevAbs.h"
 #include "support/FakeDevice.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-using namespace VX3;
-using namespace VX3::Testing;
-using namespace std::chrono_literals;
-using std::chrono::steady_clock;
-
+namespace VX3::Test {
 namespace {
 
-using DeviceList = std::list<std::shared_ptr<IDevice>>;
-
-class FakeInterface final : public InterfaceDevAbs {
-public:
-    FakeInterface() : InterfaceDevAbs(TypeIds::InterfaceDevice + 1, "interface") {}
-    ~FakeInterface() override { Shutdown(); }
-
-    DeviceList EnumSubDevices(unsigned int timeoutMs) override {
-        EXPECT_EQ(timeoutMs, 5000U);
-        ++rounds;
-        MutexLock lock(mutex_);
-        return reachable_;
-    }
-    void SetReachable(DeviceList devices) {
-        MutexLock lock(mutex_);
-        reachable_ = std::move(devices);
-    }
-
-    std::atomic<int> rounds{0};
-
-protected:
-    StatusCode ConnectP() override { return Status::Ok; }
-    StatusCode DisConnectP() override { return Status::Ok; }
-
-private:
-    Mutex mutex_;
-    DeviceList reachable_ VX3_GUARDED_BY(mutex_);
-};
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
 
 std::shared_ptr<FakeDevice> Camera(const char* name, DEVICE_STATE state = DEVICE_STATE::Available,
                                    IDevice* parent = nullptr) {
@@ -66,8 +35,6 @@ std::string Names(IDevice& device) {
             text += (text.empty() ? "" : " ") + camera->Name();
     return text;
 }
-
-} // namespace
 
 TEST(SubDeviceMatching, ReportsFoundLostAndChangedInOrder) {
     FakeInterface interface;
@@ -120,6 +87,7 @@ TEST(Monitor, RunsAtOnceThenByOffsetAndPeriodAndOnRequest) {
     ASSERT_EQ(interface->MonitorSubDevices(true, 60000, 59700, callback), Status::Ok);
     EXPECT_EQ(interface->MonitorSubDevices(true, 10, 0, callback), Status::Generic);
     ASSERT_TRUE(Eventually([&] { return events == 1; }));
+    EXPECT_EQ(interface->lastTimeout, 5000U);
     EXPECT_LT(steady_clock::now() - start, 250ms) << "the first round does not wait";
     ASSERT_TRUE(Eventually([&] { return interface->rounds == 2; }));
     EXPECT_GE(steady_clock::now() - start, 300ms) << "the second comes after period - offset";
@@ -176,3 +144,6 @@ TEST(Monitor, HeartbeatsReportIntoAnInterfaceThatIsGoingAway) {
         EXPECT_EQ(camera->Parent(), nullptr);
     }
 }
+
+} // namespace
+} // namespace VX3::Test

@@ -3,35 +3,21 @@
 
 #include <gtest/gtest.h>
 
-using namespace VX3;
-using Testing::FakeDevice;
-
+namespace VX3::Test {
 namespace {
 
-class FakeManager : public ManagerAbs {
-public:
-    FakeManager(IntfDevType type, const char* name, std::vector<std::string> interfaces,
-                StatusCode status = 0)
-        : ManagerAbs(type, name), interfaces_(std::move(interfaces)), status_(status) {}
+using Names = std::vector<std::string>;
 
-    StatusCode EnumDevices() override {
-        if (Failed(status_))
-            return status_;
-        std::vector<std::shared_ptr<IDevice>> devices;
-        for (const auto& name : interfaces_)
-            devices.push_back(std::make_shared<FakeDevice>(name.c_str()));
-        return UpdateDevices(devices, IntfDevType::All);
-    }
-    using ManagerAbs::UpdateDevices;
+std::vector<std::shared_ptr<IDevice>> Devices(const Names& names) {
+    std::vector<std::shared_ptr<IDevice>> devices;
+    for (const std::string& name : names)
+        devices.push_back(std::make_shared<FakeDevice>(name.c_str()));
+    return devices;
+}
 
-private:
-    std::vector<std::string> interfaces_;
-    StatusCode status_;
-};
-
-TransportEntry Entry(IntfDevType family, std::vector<std::string> interfaces, StatusCode status = 0) {
+TransportEntry Entry(IntfDevType family, const Names& interfaces, StatusCode status = Status::Ok) {
     return {family, "Fake", [=](const char* name) {
-                return std::make_unique<FakeManager>(family, name, interfaces, status);
+                return std::make_unique<FakeManager>(family, name, Devices(interfaces), status);
             }};
 }
 
@@ -40,14 +26,8 @@ TransportTable Table() {
             Entry(IntfDevType::GenCP, {}, Status::NotAvailable), Entry(IntfDevType::Remote, {"r0", ""})};
 }
 
-constexpr unsigned int Bits(IntfDevType a, IntfDevType b) {
-    return static_cast<unsigned int>(a) | static_cast<unsigned int>(b);
-}
-
-} // namespace
-
 TEST(ManagerAll, BuildsTheRequestedFamiliesInTableOrderAndEnumeratesOnce) {
-    ManagerAll manager(Bits(IntfDevType::Remote, IntfDevType::GigEVision), nullptr, Table());
+    ManagerAll manager(1024 | 2, nullptr, Table());
     EXPECT_EQ(manager.DeviceTypeSupported(),
               (std::vector<IntfDevType>{IntfDevType::GigEVision, IntfDevType::Remote}));
     EXPECT_EQ(manager.TypeId(), 0x060000FFU);
@@ -65,21 +45,23 @@ TEST(ManagerAll, CountsAndSelectsAcrossFamilies) {
     EXPECT_EQ(manager.EnumDevices(), 6) << "the family that fails counts as 0";
     EXPECT_EQ(manager.GetDevices(IntfDevType::GigEVision), 3);
     EXPECT_EQ(manager.GetDevices(IntfDevType::Usb3Vision), 0);
-    EXPECT_EQ(manager.GetDevice(0, IntfDevType::All)->Name(), "v0");
-    EXPECT_EQ(manager.GetDevice(3, IntfDevType::All)->Name(), "g2");
-    EXPECT_EQ(manager.DeviceName(4, IntfDevType::All), "r0");
-    EXPECT_EQ(manager.GetDevice(6, IntfDevType::All), nullptr);
-    EXPECT_EQ(manager.DeviceName(6, IntfDevType::All), "");
-    EXPECT_EQ(manager.GetDevice(2, IntfDevType::GigEVision)->Name(), "g2");
-    EXPECT_EQ(manager.GetDevice(3, IntfDevType::GigEVision), nullptr);
-    EXPECT_EQ(manager.GetDevice(0, IntfDevType::Uvc), nullptr);
+    const std::tuple<unsigned int, IntfDevType, const char*> selections[] = {
+        {0, IntfDevType::All, "v0"},        {3, IntfDevType::All, "g2"},
+        {4, IntfDevType::All, "r0"},        {6, IntfDevType::All, nullptr},
+        {2, IntfDevType::GigEVision, "g2"}, {3, IntfDevType::GigEVision, nullptr},
+        {0, IntfDevType::Uvc, nullptr}};
+    for (const auto& [index, type, name] : selections) {
+        const auto device = manager.GetDevice(index, type);
+        EXPECT_EQ(device ? device->Name() : "none", name != nullptr ? name : "none") << index;
+        EXPECT_EQ(manager.DeviceName(index, type), name != nullptr ? name : "") << index;
+    }
     EXPECT_EQ(manager.GetDevice("r0")->Name(), "r0");
     EXPECT_NE(manager.GetDevice(""), nullptr) << "one device has an empty name";
     EXPECT_EQ(manager.GetDevice("R0"), nullptr);
 }
 
 TEST(ManagerAbs, AnswersForItsOwnFamilyOnly) {
-    FakeManager manager(IntfDevType::Usb3Vision, "usb", {"a", "b"});
+    FakeManager manager(IntfDevType::Usb3Vision, "usb", Devices({"a", "b"}));
     EXPECT_EQ(manager.TypeId(), 0x06000003U);
     EXPECT_EQ(FakeManager(IntfDevType::GenCP, "cl", {}).TypeId(), 0x06000000U);
     EXPECT_EQ(manager.EnumDevices(), 2);
@@ -94,3 +76,6 @@ TEST(ManagerAbs, AnswersForItsOwnFamilyOnly) {
     EXPECT_EQ(manager.UpdateDevices(none, IntfDevType::Usb3Vision), 0);
     EXPECT_EQ(kept->Name(), "b") << "a device that is held outlives the list";
 }
+
+} // namespace
+} // namespace VX3::Test

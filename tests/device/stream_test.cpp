@@ -2,38 +2,34 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
+namespace VX3::Test {
+namespace {
 
-using namespace VX3;
-using namespace VX3::Testing;
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
-namespace {
-
-// A callback that counts and remembers the newest block.
-struct Receiver {
-    ImageCallback Callback() {
-        return [this](std::shared_ptr<IImage> image, IDevice*, unsigned int, unsigned int, void*) {
-            lastBlock = image->GetImageInfo()->blockId;
+// A running stream without a camera, whose client counts, remembers the newest block and may hold.
+struct Received {
+    Received() {
+        stream.Run([this](const ImageInfo& info, IDevice*) {
+            lastBlock = info.blockId;
             ++count;
             while (hold)
                 std::this_thread::sleep_for(1ms);
-        };
+        });
     }
     std::atomic<int> count{0};
     std::atomic<std::uint64_t> lastBlock{0};
     std::atomic<bool> hold{false};
+    FakeStream stream{nullptr, 0};
 };
 
-std::shared_ptr<FakeStream> Streaming(const ImageCallback& callback) {
-    auto stream = std::make_shared<FakeStream>(nullptr, 0);
-    EXPECT_EQ(stream->Open(1, nullptr), Status::Ok);
-    EXPECT_EQ(stream->Start(callback, nullptr, 0, nullptr), Status::Ok);
-    return stream;
-}
-
-} // namespace
+// A connected camera with one stream.
+struct Streaming {
+    Streaming() { device->Connect(); }
+    std::shared_ptr<FakeDevice> device = std::make_shared<FakeDevice>("camera");
+    FakeStream* stream = device->AddStream();
+};
 
 TEST(Stream, RefusesCallsOutOfOrder) {
     FakeStream stream(nullptr, 3);
@@ -65,16 +61,15 @@ TEST(Stream, RefusesCallsOutOfOrder) {
 }
 
 TEST(Stream, DeliversInOrderWithItsArguments) {
-    auto device = std::make_shared<FakeDevice>("camera");
-    FakeStream* stream = device->AddStream();
-    EXPECT_EQ(device->Connect(), Status::Ok);
+    const Streaming camera;
+    FakeStream* stream = camera.stream;
     int token = 0;
     std::atomic<int> count{0};
-    EXPECT_EQ(stream->Open(1, nullptr), Status::Ok);
-    const StatusCode started = stream->Start(
+    stream->Open(1, nullptr);
+    stream->Start(
         [&](std::shared_ptr<IImage> image, IDevice* parent, unsigned int index, unsigned int misc,
             void* user) {
-            EXPECT_EQ(parent, device.get());
+            EXPECT_EQ(parent, camera.device.get());
             EXPECT_EQ(index, 0U);
             EXPECT_EQ(misc, image->MiscValue());
             EXPECT_EQ(user, &token);
@@ -83,7 +78,6 @@ TEST(Stream, DeliversInOrderWithItsArguments) {
                 throw std::runtime_error("a client's fault ends no thread");
         },
         &token, 0, nullptr);
-    EXPECT_EQ(started, Status::Ok);
     for (std::uint64_t block = 1; block <= 50; ++block)
         stream->Insert(block);
     EXPECT_TRUE(Eventually([&] { return count == 50; }));
@@ -92,9 +86,9 @@ TEST(Stream, DeliversInOrderWithItsArguments) {
 }
 
 TEST(Stream, DropsAndCountsWhatASlowClientLeavesIn63Slots) {
-    Receiver receiver;
+    Received receiver;
+    FakeStream* stream = &receiver.stream;
     receiver.hold = true;
-    const auto stream = Streaming(receiver.Callback());
     stream->Insert(0);
     ASSERT_TRUE(Eventually([&] { return receiver.count == 1; })) << "the client holds the first";
     for (std::uint64_t block = 1; block <= 63; ++block)
@@ -110,8 +104,8 @@ TEST(Stream, DropsAndCountsWhatASlowClientLeavesIn63Slots) {
 }
 
 TEST(Stream, SnapTakesTheNextImageAndEndsWithTheStream) {
-    Receiver receiver;
-    const auto stream = Streaming(receiver.Callback());
+    Received receiver;
+    FakeStream* stream = &receiver.stream;
     const auto start = steady_clock::now();
     EXPECT_EQ(stream->Snap(100, SnapMode::Default), nullptr);
     EXPECT_GE(steady_clock::now() - start, 100ms);
@@ -139,72 +133,61 @@ TEST(Stream, SnapTakesTheNextImageAndEndsWithTheStream) {
 }
 
 TEST(Stream, HistoryKeepsTheNewestThatQualify) {
-    std::deque<Receiver> receivers; // a callback may still be returning when the next run begins
     FakeStream stream(nullptr, 0);
-    EXPECT_EQ(stream.Open(1, nullptr), Status::Ok);
-    const auto run = [&](unsigned int keep, FrameType type) {
+    using Blocks = std::vector<std::uint64_t>;
+    const std::tuple<unsigned int, FrameType, Blocks> runs[] = {{5, FrameType::All, {4, 5, 6, 7, 8}},
+                                                                {3, FrameType::Resent, {3, 5, 7}},
+                                                                {9, FrameType::Incomplete, {3, 6}},
+                                                                {9, static_cast<FrameType>(4), {}},
+                                                                {0, FrameType::All, {}}};
+    for (const auto& [keep, type, expected] : runs) {
         EXPECT_EQ(stream.SetHistoryFrames(keep, type), Status::Ok);
-        Receiver& receiver = receivers.emplace_back();
-        EXPECT_EQ(stream.Start(receiver.Callback(), nullptr, 0, nullptr), Status::Ok);
+        std::atomic<int> count{0};
+        stream.Run([&](const ImageInfo&, IDevice*) { ++count; });
         for (std::uint64_t block = 1; block <= 8; ++block)
             stream.Insert(block, block % 2, block % 3 == 0);
-        EXPECT_TRUE(Eventually([&] { return receiver.count == 8; }));
+        EXPECT_TRUE(Eventually([&] { return count == 8; }));
         EXPECT_EQ(stream.GetHistoryFrame(0), nullptr) << "not while streaming";
         stream.Stop();
-        std::vector<std::uint64_t> kept;
+        Blocks kept;
         while (const auto frame = stream.GetHistoryFrame(static_cast<unsigned int>(kept.size())))
             kept.push_back(frame->GetImageInfo()->blockId);
-        return kept;
-    };
-    using Blocks = std::vector<std::uint64_t>;
-    EXPECT_EQ(run(5, FrameType::All), (Blocks{4, 5, 6, 7, 8}));
-    EXPECT_EQ(run(3, FrameType::Resent), (Blocks{3, 5, 7}));
-    EXPECT_EQ(run(9, FrameType::Incomplete), (Blocks{3, 6}));
-    EXPECT_EQ(run(9, static_cast<FrameType>(4)), Blocks{});
-    EXPECT_EQ(run(0, FrameType::All), Blocks{});
+        EXPECT_EQ(kept, expected);
+        stream.Close(); // waits for a callback that may still be returning
+    }
 }
 
 TEST(Stream, TheCallbackMayStopCloseAndReopen) {
-    auto device = std::make_shared<FakeDevice>("camera");
-    FakeStream* stream = device->AddStream();
-    EXPECT_EQ(device->Connect(), Status::Ok);
+    const Streaming camera;
     std::atomic<int> step{0};
-    const auto callback = [&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) {
-        EXPECT_EQ(stream->Stop(), Status::Ok);
-        EXPECT_EQ(stream->Close(), Status::Ok);
-        EXPECT_EQ(stream->Open(1, nullptr), Status::AlreadyOpen) << "this thread is still delivering";
-        EXPECT_EQ(device->DisConnect(), Status::Ok);
-        ++step;
-    };
     for (int round = 1; round <= 20; ++round) {
-        ASSERT_EQ(device->Connect(), Status::Ok);
-        ASSERT_EQ(stream->Open(1, nullptr), Status::Ok) << "waits for the old delivery thread";
-        ASSERT_EQ(stream->Start(callback, nullptr, 0, nullptr), Status::Ok);
-        stream->Insert(1);
-        stream->Insert(2); // waits behind the first, and nobody is called for it
+        ASSERT_EQ(camera.device->Connect(), Status::Ok);
+        camera.stream->Run([&](const ImageInfo&, IDevice*) { // its opening waits for the old delivery thread
+            EXPECT_EQ(camera.stream->Stop(), Status::Ok);
+            EXPECT_EQ(camera.stream->Close(), Status::Ok);
+            EXPECT_EQ(camera.stream->Open(1, nullptr), Status::AlreadyOpen)
+                << "this thread is still delivering";
+            EXPECT_EQ(camera.device->DisConnect(), Status::Ok);
+            ++step;
+        });
+        camera.stream->Insert(1);
+        camera.stream->Insert(2); // waits behind the first, and nobody is called for it
         ASSERT_TRUE(Eventually([&] { return step == round; }));
     }
 }
 
 TEST(Stream, TheCallbackMayDropTheLastReferenceToItsCamera) {
     for (int round = 0; round < 20; ++round) {
-        auto device = std::make_shared<FakeDevice>("camera");
-        std::weak_ptr<FakeDevice> watched = device;
-        FakeStream* stream = device->AddStream();
-        EXPECT_EQ(device->Connect(), Status::Ok);
-        EXPECT_EQ(stream->Open(1, nullptr), Status::Ok);
-        std::atomic<bool> handedOver{false};
-        std::atomic<bool> done{false};
-        const StatusCode started = stream->Start(
-            [&](std::shared_ptr<IImage>, IDevice*, unsigned int, unsigned int, void*) {
-                while (!handedOver)
-                    std::this_thread::yield();
-                device.reset();
-                done = true;
-            },
-            nullptr, 0, nullptr);
-        EXPECT_EQ(started, Status::Ok);
-        stream->Insert(1);
+        Streaming camera;
+        const std::weak_ptr<FakeDevice> watched = camera.device;
+        std::atomic<bool> handedOver{false}, done{false};
+        camera.stream->Run([&](const ImageInfo&, IDevice*) {
+            while (!handedOver)
+                std::this_thread::yield();
+            camera.device.reset();
+            done = true;
+        });
+        camera.stream->Insert(1);
         handedOver = true;
         ASSERT_TRUE(Eventually([&] { return done.load(); }));
         EXPECT_TRUE(watched.expired());
@@ -212,24 +195,22 @@ TEST(Stream, TheCallbackMayDropTheLastReferenceToItsCamera) {
 }
 
 TEST(Stream, DisconnectWaitsForACallbackThatDisconnectsToo) {
-    auto device = std::make_shared<FakeDevice>("camera");
-    FakeStream* stream = device->AddStream();
+    const Streaming camera;
     for (int round = 0; round < 30; ++round) {
-        EXPECT_EQ(device->Connect(), Status::Ok);
-        EXPECT_EQ(stream->Open(1, nullptr), Status::Ok);
+        camera.device->Connect();
         std::atomic<bool> entered{false};
-        const StatusCode started = stream->Start(
-            [&](std::shared_ptr<IImage>, IDevice* parent, unsigned int, unsigned int, void*) {
-                entered = true;
-                std::this_thread::sleep_for(2ms);
-                const StatusCode status = parent->DisConnect();
-                EXPECT_TRUE(status == Status::Ok || status == Status::WrongState);
-            },
-            nullptr, 0, nullptr);
-        EXPECT_EQ(started, Status::Ok);
-        stream->Insert(1);
+        camera.stream->Run([&](const ImageInfo&, IDevice* parent) {
+            entered = true;
+            std::this_thread::sleep_for(2ms);
+            const StatusCode status = parent->DisConnect();
+            EXPECT_TRUE(status == Status::Ok || status == Status::WrongState);
+        });
+        camera.stream->Insert(1);
         ASSERT_TRUE(Eventually([&] { return entered.load(); }));
-        EXPECT_EQ(device->DisConnect(), Status::Ok);
-        stream->Close();
+        EXPECT_EQ(camera.device->DisConnect(), Status::Ok);
+        camera.stream->Close();
     }
 }
+
+} // namespace
+} // namespace VX3::Test

@@ -2,12 +2,15 @@
 #include "device/SyncQueue.h"
 #include "device/ThreadEx.h"
 #include "support/FakeDevice.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
-using namespace VX3;
+namespace VX3::Test {
+namespace {
+
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
@@ -22,9 +25,9 @@ TEST(ThreadEx, CompletionRunsOnlyWhenTheBodyEndedByItself) {
         },
         [&] { ++completions; });
     ASSERT_TRUE(thread.Start(7));
-    ASSERT_TRUE(Testing::Eventually([&] { return completions == 1; }));
+    ASSERT_TRUE(Eventually([&] { return completions == 1; }));
     leave = false;
-    ASSERT_TRUE(Testing::Eventually([&] { return thread.Start(7); })) << "restarts once the body has ended";
+    ASSERT_TRUE(Eventually([&] { return thread.Start(7); })) << "restarts once the body has ended";
     EXPECT_FALSE(thread.Start(7));
     thread.Stop();
     EXPECT_FALSE(thread.IsRunning());
@@ -48,7 +51,7 @@ TEST(ThreadEx, MayBeStoppedAndDestroyedOnItsOwnThread) {
     (*owner)->Start();
     owner.reset();
     handedOver = true;
-    EXPECT_TRUE(Testing::Eventually([&] { return ended.load(); }));
+    EXPECT_TRUE(Eventually([&] { return ended.load(); }));
 }
 
 TEST(ThreadEx, StopIsSafeFromManyThreads) {
@@ -58,9 +61,7 @@ TEST(ThreadEx, StopIsSafeFromManyThreads) {
                 std::this_thread::yield();
         });
         thread.Start();
-        std::thread other([&] { thread.Stop(); });
-        thread.Stop();
-        other.join();
+        OnThreads(2, [&](unsigned int) { thread.Stop(); });
         EXPECT_TRUE(thread.IsFinished());
     }
 }
@@ -68,12 +69,10 @@ TEST(ThreadEx, StopIsSafeFromManyThreads) {
 TEST(SyncQueue, HoldsOneLessThanItsSlotsInOrder) {
     SyncQueue<int, 4> queue;
     for (int lap = 0; lap < 3; ++lap) {
-        EXPECT_TRUE(queue.Push(1));
-        EXPECT_TRUE(queue.Push(2));
-        EXPECT_FALSE(queue.IsFull());
-        EXPECT_TRUE(queue.Push(3));
-        EXPECT_TRUE(queue.IsFull());
-        EXPECT_FALSE(queue.Push(4));
+        for (int item = 1; item <= 4; ++item) {
+            EXPECT_EQ(queue.IsFull(), item == 4);
+            EXPECT_EQ(queue.Push(int(item)), item != 4);
+        }
         int item = 0;
         for (int expected = 1; expected <= 3; ++expected) {
             ASSERT_TRUE(queue.Pop(item, 0ms));
@@ -83,20 +82,20 @@ TEST(SyncQueue, HoldsOneLessThanItsSlotsInOrder) {
     }
 }
 
-TEST(SyncQueue, KeepsNothingAliveThatWasTaken) {
+TEST(SyncQueue, KeepsNothingAliveThatWasTakenOrCleared) {
     SyncQueue<std::shared_ptr<int>, 4> queue;
-    std::weak_ptr<int> watched;
-    {
+    for (const bool take : {true, false}) {
         auto item = std::make_shared<int>(1);
-        watched = item;
+        const std::weak_ptr<int> watched = item;
         queue.Push(std::move(item));
-        std::shared_ptr<int> taken;
-        ASSERT_TRUE(queue.Pop(taken, 0ms));
+        if (take)
+            ASSERT_TRUE(queue.Pop(item, 0ms));
+        else
+            queue.Clear();
+        item.reset();
+        EXPECT_TRUE(watched.expired());
+        EXPECT_EQ(queue.Size(), 0U);
     }
-    EXPECT_TRUE(watched.expired());
-    queue.Push(std::make_shared<int>(2));
-    queue.Clear();
-    EXPECT_EQ(queue.Size(), 0U);
 }
 
 TEST(SyncQueue, WakeEndsAWaitEarly) {
@@ -123,23 +122,17 @@ TEST(SyncQueue, LosesNothingBetweenThreads) {
     constexpr int PerProducer = 20000;
     std::atomic<long> sum{0};
     std::atomic<int> taken{0};
-    auto produce = [&] {
-        for (int i = 1; i <= PerProducer; ++i)
+    OnThreads(4, [&](unsigned int thread) {
+        int item = 0;
+        for (int i = 1; thread < 2 && i <= PerProducer; ++i)
             while (!queue.Push(int(i)))
                 std::this_thread::yield();
-    };
-    auto consume = [&] {
-        int item = 0;
-        while (taken < 2 * PerProducer)
+        while (thread >= 2 && taken < 2 * PerProducer)
             if (queue.Pop(item, 5ms)) {
                 sum += item;
                 ++taken;
             }
-    };
-    std::thread threads[] = {std::thread(produce), std::thread(produce), std::thread(consume),
-                             std::thread(consume)};
-    for (auto& thread : threads)
-        thread.join();
+    });
     EXPECT_EQ(sum, 2L * PerProducer * (PerProducer + 1) / 2);
 }
 
@@ -164,3 +157,6 @@ TEST(FpsCalculator, FollowsTheLastSecond) {
     fps.Update(now);
     EXPECT_EQ(fps.Get(), 0.0) << "two frames in one tick have no rate";
 }
+
+} // namespace
+} // namespace VX3::Test

@@ -1,18 +1,17 @@
 // Values by name, and the configurer that turns every exception into a code.
 #include "core/ObjectAbs.h"
 #include "genicam/GenICamConfigurer.h"
-#include "genicam/MemoryOwner.h"
+#include "support/MemoryOwner.h"
 #include "vx3/genicam/GenICamPointer.h"
 
 #include <chrono>
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-using namespace VX3;
-using namespace VX3::GenICam;
-using namespace VX3::Testing;
-
+namespace VX3::Test {
 namespace {
+
+using namespace GenICam;
 
 struct Configured {
     std::shared_ptr<MemoryOwner> owner = std::make_shared<MemoryOwner>();
@@ -20,40 +19,47 @@ struct Configured {
     GenICamConfigurer configurer{std::make_unique<GenApiRI>(Xml("c.xml", EveryType), owner, nullptr),
                                  &object};
 
-    StatusCode Set(const std::string& name, NodeValue value) { return configurer.SetNodeValue(name, value); }
+    template <typename T>
+    StatusCode Set(const std::string& name, T value) {
+        return configurer.SetNodeValue(name, value);
+    }
+    NodeValue Get(const std::string& name) { return configurer.GetNodeValue(name); }
 };
-
-} // namespace
 
 TEST(Configurer, SetsByTheNodesTypeAndSaysWhatItRefuses) {
     Configured camera;
     auto& memory = camera.owner->memory;
-    EXPECT_EQ(camera.configurer.SetNodeValue("Stepped", 250U), Status::Ok);
+    EXPECT_EQ(camera.Set("Stepped", 250U), Status::Ok);
     EXPECT_EQ(memory[0x10], 100) << "clamped";
-    EXPECT_EQ(camera.configurer.SetNodeValue("Wide", 5000000000ULL), Status::Ok);
+    EXPECT_EQ(camera.Set("Wide", 5000000000ULL), Status::Ok);
     long wide = 0;
     std::memcpy(&wide, &memory[0x18], 8);
     EXPECT_EQ(wide, 5000000000L);
-    EXPECT_EQ(camera.configurer.SetNodeValue("Label", "text"), Status::Ok) << "a literal is no boolean";
+    EXPECT_EQ(camera.Set("Label", "text"), Status::Ok) << "a literal is no boolean";
     EXPECT_STREQ(reinterpret_cast<const char*>(&memory[0x40]), "text");
-    EXPECT_EQ(camera.configurer.SetNodeValue("Flag", true), Status::Ok);
-    EXPECT_EQ(camera.configurer.SetNodeValue("Rate", 9.0), Status::Ok);
-    EXPECT_EQ(camera.configurer.SetNodeValue("Fixed", 1U), Status::NodeFailed) << "read-only";
-    EXPECT_EQ(camera.configurer.SetNodeValue("Mode", 4U), Status::NodeFailed) << "no such entry";
-    EXPECT_EQ(camera.configurer.SetNodeValue("Absent", 1U), Status::NotFound);
-    EXPECT_EQ(camera.configurer.SetNodeValue("Root", 1U), Status::NotFound) << "categories have no value";
+    EXPECT_EQ(camera.Set("Flag", true), Status::Ok);
+    EXPECT_EQ(camera.Set("Rate", 9.0), Status::Ok);
+    const std::pair<const char*, StatusCode> refused[] = {
+        {"Fixed", Status::NodeFailed},
+        {"Mode", Status::NodeFailed},
+        {"Absent", Status::NotFound},
+        {"Root", Status::NotFound}}; // read-only, no such entry, no such node, no value
+    for (const auto& [name, status] : refused)
+        EXPECT_EQ(camera.Set(name, 4U), status) << name;
+    for (const StatusCode status : // from whatever type the client has
+         {camera.Set("Absent", 1U), camera.Set("Absent", 1ULL), camera.Set("Absent", 1.0),
+          camera.Set("Absent", true), camera.Set("Absent", "text"), camera.Set("Absent", std::string("text")),
+          camera.configurer.SetNodeValue("Absent", memory.data(), 4)})
+        EXPECT_EQ(status, Status::NotFound);
     // A value of another type counts as the zero of the node's.
     EXPECT_EQ(camera.Set("Stepped", NodeValue("12")), Status::Ok);
     EXPECT_EQ(memory[0x10], 0);
-}
-
-TEST(Configurer, ExecutesCommandsOnlyWhenToldTo) {
-    Configured camera;
+    // Commands are executed only when told to.
     EXPECT_EQ(camera.Set("Fire", NodeValue(0L)), Status::NotFound);
     EXPECT_EQ(camera.Set("Fire", NodeValue(static_cast<CommandValue>(1))), Status::NotFound);
-    EXPECT_EQ(camera.owner->memory[0x34], 0);
+    EXPECT_EQ(memory[0x34], 0);
     EXPECT_EQ(camera.Set("Fire", NodeValue(CommandValue::Execute)), Status::Ok);
-    EXPECT_EQ(camera.owner->memory[0x34], 7);
+    EXPECT_EQ(memory[0x34], 7);
 }
 
 TEST(Configurer, WritesRegistersNoLongerThanTheyAre) {
@@ -62,7 +68,7 @@ TEST(Configurer, WritesRegistersNoLongerThanTheyAre) {
     EXPECT_EQ(camera.configurer.SetNodeValue("Four", bytes, 8), Status::Ok);
     EXPECT_EQ(camera.owner->lastWriteLength, 4U);
     EXPECT_EQ(camera.owner->memory[0x64], 0);
-    const NodeValue value = camera.configurer.GetNodeValue("Four");
+    const NodeValue value = camera.Get("Four");
     ASSERT_EQ(value.BufferLength(), 4U);
     EXPECT_EQ(std::memcmp(value.Buffer(), bytes, 4), 0);
 }
@@ -71,28 +77,25 @@ TEST(Configurer, ReadsByTheNodesType) {
     Configured camera;
     camera.owner->memory[0x38] = 9;
     camera.owner->memory[0x40] = 'x';
-    const NodeValue mode = camera.configurer.GetNodeValue("Mode");
-    EXPECT_EQ(mode.GetType(), NodeValue::Type::Integer) << "the number, not the symbolic name";
-    EXPECT_EQ(mode.AsInteger(), 9);
-    EXPECT_EQ(camera.configurer.GetNodeValue("Label").AsString(), "x");
-    EXPECT_EQ(camera.configurer.GetNodeValue("Flag").GetType(), NodeValue::Type::Boolean);
-    EXPECT_EQ(camera.configurer.GetNodeValue("Rate").GetType(), NodeValue::Type::Float);
-    EXPECT_EQ(camera.configurer.GetNodeValue("EnumEntry_Mode_Slow").AsInteger(), 3);
-    EXPECT_EQ(camera.configurer.GetNodeValue("Root").GetType(), NodeValue::Type::String);
+    EXPECT_EQ(camera.Get("Mode").AsInteger(), 9) << "the number, not the symbolic name";
+    EXPECT_EQ(camera.Get("Label").AsString(), "x");
+    using Type = NodeValue::Type;
+    for (const auto& [name, type] : {std::pair("Flag", Type::Boolean), std::pair("Rate", Type::Float),
+                                     std::pair("Root", Type::String), std::pair("Mode", Type::Integer)})
+        EXPECT_EQ(camera.Get(name).GetType(), type) << name;
+    EXPECT_EQ(camera.Get("EnumEntry_Mode_Slow").AsInteger(), 3);
     for (const char* name : {"Fire", "Absent", "Device"})
-        EXPECT_TRUE(camera.configurer.GetNodeValue(name).IsEmpty()) << name;
-}
-
-TEST(Configurer, TimeOutsBecomeCodesAndEmptyValues) {
-    Configured reading;
-    reading.owner->result = Status::TimeOut;
-    EXPECT_TRUE(reading.configurer.GetNodeValue("Wide").IsEmpty());
-    Configured writing;
-    writing.owner->result = Status::TimeOut;
-    EXPECT_EQ(writing.configurer.SetNodeValue("Wide", 1U), Status::NodeFailed);
+        EXPECT_TRUE(camera.Get(name).IsEmpty()) << name;
 }
 
 TEST(Configurer, NothingThrownGetsOut) {
+    Configured reading; // time-outs are thrown inside
+    reading.owner->result = Status::TimeOut;
+    EXPECT_TRUE(reading.Get("Wide").IsEmpty());
+    Configured writing;
+    writing.owner->result = Status::TimeOut;
+    EXPECT_EQ(writing.Set("Wide", 1U), Status::NodeFailed);
+
     struct Throwing : IGenApi {
         IXmlData* GetXmlData() override { return nullptr; }
         std::shared_ptr<INodeMap> GetNodeMap() override { return nullptr; }
@@ -150,3 +153,6 @@ TEST(NodeValue, CopiesShareTheirBytes) {
     EXPECT_EQ(empty.GetType(), NodeValue::Type::Buffer);
     EXPECT_EQ(empty.Buffer(), nullptr);
 }
+
+} // namespace
+} // namespace VX3::Test

@@ -1,57 +1,60 @@
 // The typed wrappers: clamping, assignment, look-ups, variants.
-#include "genicam/MemoryOwner.h"
+#include "support/MemoryOwner.h"
 
 #include <gtest/gtest.h>
 
-using namespace VX3;
-using namespace VX3::GenICam;
-using namespace VX3::Testing;
+namespace VX3::Test {
+namespace {
+
+using namespace GenICam;
 
 TEST(IntegerA, ClampsAndSnapsOntoTheGridThatStartsAtTheMinimum) {
     const Camera camera;
     auto& stepped = camera.Get<IInteger>("Stepped"); // 0 .. 100 by 4
-    const std::pair<long, long> cases[] = {{10, 8}, {101, 100}, {-5, 0}, {100, 100},
-                                           {0, 0},  {3, 0},     {99, 96}};
-    for (const auto& [asked, held] : cases) {
-        stepped.SetValue(asked, true);
-        EXPECT_EQ(stepped.GetValue(true, true), held) << asked;
+    auto& odd = camera.Get<IInteger>("Odd");         // -10 .. 10 by 7: the maximum is not on the grid
+    auto& wide = camera.Get<IInteger>("Wide");       // the whole 64-bit range, where max - min overflows
+    const std::tuple<IInteger*, long, long> cases[] = {{&stepped, 10, 8},
+                                                       {&stepped, 101, 100},
+                                                       {&stepped, -5, 0},
+                                                       {&stepped, 100, 100},
+                                                       {&stepped, 0, 0},
+                                                       {&stepped, 3, 0},
+                                                       {&stepped, 99, 96},
+                                                       {&odd, 3, -3},
+                                                       {&odd, 10, 4},
+                                                       {&wide, INT64_MIN, INT64_MIN},
+                                                       {&wide, INT64_MAX, INT64_MAX},
+                                                       {&wide, -1, -1},
+                                                       {&wide, 5000000000, 5000000000}};
+    for (const auto& [node, asked, held] : cases) {
+        node->SetValue(asked, true);
+        EXPECT_EQ(node->GetValue(true, true), held) << asked;
+        EXPECT_EQ(**node, held) << asked;
     }
-    auto& odd = camera.Get<IInteger>("Odd"); // -10 .. 10 by 7
-    odd.SetValue(3, true);
-    EXPECT_EQ(*odd, -3);
-    odd.SetValue(10, true);
-    EXPECT_EQ(*odd, 4) << "the maximum is not on the grid";
-    auto& wide = camera.Get<IInteger>("Wide"); // the whole 64-bit range, where max - min overflows
-    for (const long value : {INT64_MIN, INT64_MAX, -1L, 0L, 5000000000L}) {
-        wide.SetValue(value, true);
-        EXPECT_EQ(wide.GetValue(true, true), value);
-    }
-    EXPECT_EQ(stepped.GetUnit(), "px");
-    EXPECT_EQ(stepped.GetInc(), 4);
-    EXPECT_EQ(stepped.GetIncMode(), EIncMode::FixedIncrement);
-}
-
-TEST(IntegerA, ImposedBoundsClampToo) {
-    const Camera camera;
-    auto& stepped = camera.Get<IInteger>("Stepped");
+    EXPECT_EQ(std::tuple(stepped.GetUnit(), stepped.GetInc(), stepped.GetIncMode()),
+              std::tuple("px", 4, EIncMode::FixedIncrement));
     stepped.ImposeMax(48);
     stepped.SetValue(90, true);
-    EXPECT_EQ(stepped.GetValue(true, true), 48);
-    EXPECT_EQ(stepped.GetMax(), 48);
+    EXPECT_EQ(std::pair(stepped.GetValue(true, true), stepped.GetMax()), std::pair(48L, 48L))
+        << "imposed bounds too";
 }
 
 TEST(FloatA, Clamps) {
     const Camera camera;
     auto& rate = camera.Get<IFloat>("Rate");
-    const std::pair<double, double> cases[] = {{3.0, 2.5}, {1.0, 1.5}, {2.2, 2.2}};
+    const std::pair<double, double> cases[] = {{3.0, 2.5}, {1.0, 1.5}, {2.25, 2.25}};
     for (const auto& [asked, held] : cases) {
         rate.SetValue(asked, true);
         EXPECT_DOUBLE_EQ(rate.GetValue(true, true), held);
     }
-    EXPECT_EQ(rate.GetUnit(), "Hz");
+    rate.ImposeMin(1.75);
+    rate.ImposeMax(2.25);
+    rate.SetValue(1.5, true);
+    EXPECT_EQ(std::tuple(rate.GetMin(), *rate, rate.GetMax(), rate.GetUnit()),
+              std::tuple(1.75, 1.75, 2.25, "Hz"));
 }
 
-TEST(TypedNodes, AssignmentWrites) {
+TEST(TypedNodes, AssignmentAndExecutionWrite) {
     const Camera camera;
     camera.Get<IInteger>("Stepped") = 24L;
     camera.Get<IFloat>("Rate") = 2.0;
@@ -66,6 +69,9 @@ TEST(TypedNodes, AssignmentWrites) {
     EXPECT_EQ(memory[0x30], 1);
     EXPECT_STREQ(reinterpret_cast<const char*>(&memory[0x40]), "left");
     EXPECT_EQ(memory[0x38], 9);
+    camera.Get<ICommand>("Fire").Execute(true);
+    EXPECT_EQ(memory[0x34], 7);
+    EXPECT_TRUE(camera.Get<ICommand>("Fire").IsDone(true)) << "write-only commands are done at once";
     EXPECT_TRUE(camera.Get<IBoolean>("Flag")());
     EXPECT_EQ(*camera.Get<IString>("Label"), "left");
     EXPECT_EQ(*camera.Get<IEnumeration>("Mode"), "Fast");
@@ -88,14 +94,6 @@ TEST(EnumerationA, FindsEntriesThroughTheMap) {
     EXPECT_ANY_THROW(mode.SetIntValue(4, true));
 }
 
-TEST(CommandA, Executes) {
-    const Camera camera;
-    auto& fire = camera.Get<ICommand>("Fire");
-    fire.Execute(true);
-    EXPECT_EQ(camera.owner->memory[0x34], 7);
-    EXPECT_TRUE(fire.IsDone(true)) << "write-only commands are done at once";
-}
-
 TEST(TypedNodes, GiveVariantsOfTheirOwnType) {
     const Camera camera;
     camera.owner->memory[0x60] = 0x12;
@@ -113,3 +111,6 @@ TEST(TypedNodes, GiveVariantsOfTheirOwnType) {
     EXPECT_TRUE(*variant("EnumEntry_Mode_Fast") == Variant<unsigned int>(0));
     EXPECT_TRUE(*variant("Root") == Variant<long>(0));
 }
+
+} // namespace
+} // namespace VX3::Test

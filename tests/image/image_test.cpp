@@ -6,11 +6,12 @@
 #include "vx3/core/Logger.h"
 #include "vx3/core/Status.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <numeric>
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
 constexpr auto Ok = static_cast<unsigned int>(Status::Ok);
@@ -31,10 +32,10 @@ std::vector<unsigned char> Ramp(std::size_t size) {
     return bytes;
 }
 
-std::uint16_t Sample16(const IImage& image, int line, unsigned int x) {
-    std::uint16_t value = 0;
-    std::memcpy(&value, image.GetImageBuff(line) + 2 * x, 2);
-    return value;
+// The bytes of the first lines, with their padding.
+std::vector<unsigned char> Lines(const IImage& image, unsigned int count) {
+    const unsigned char* first = image.GetImageBuff();
+    return {first, first + count * image.GetImageInfo()->Stride()};
 }
 
 TEST(Image, HoldsHeaderPixelsAndExtraInformation) {
@@ -49,13 +50,12 @@ TEST(Image, HoldsHeaderPixelsAndExtraInformation) {
     EXPECT_EQ(image.ObjType(), TypeIds::Image);
     EXPECT_NE(image.BufferID(), 0U);
     EXPECT_EQ(image.BufferSize(), 131072U);
-    EXPECT_EQ(std::memcmp(view.GetImageBuff(), pixels.data(), pixels.size()), 0);
+    EXPECT_EQ(Lines(image, 4), pixels);
     EXPECT_EQ(view.GetImageBuff(3), view.GetImageBuff() + 36);
     EXPECT_EQ(view.GetImageBuff(-1), nullptr);
     EXPECT_EQ(view.GetImageBuff(4), nullptr);
     ASSERT_NE(image.GetExtraInfoBuff(), nullptr);
-    EXPECT_EQ(std::vector<unsigned char>(image.GetExtraInfoBuff(), image.GetExtraInfoBuff() + 16),
-              std::vector<unsigned char>(16, 0));
+    EXPECT_EQ(std::count(image.GetExtraInfoBuff(), image.GetExtraInfoBuff() + 16, 0), 16);
     EXPECT_EQ(image.SetMiscValue(9), Ok);
     EXPECT_EQ(image.MiscValue(), 9U);
     EXPECT_EQ(image.At(1, 1).Value(PixelChannelID::Mono), 0U);
@@ -66,14 +66,13 @@ TEST(Image, WrapsCallerMemory) {
     auto pixels = Ramp(3 * 5);
     AbsImage image(4, 3, Mono8, 1, pixels.data(), false);
     EXPECT_TRUE(image.IsNull());
-    EXPECT_EQ(image.BufferID(), 0U);
-    EXPECT_EQ(image.BufferSize(), 0U);
+    EXPECT_EQ(image.BufferID() + image.BufferSize(), 0U);
     EXPECT_EQ(image.Name(), "Image from buffer");
     EXPECT_EQ(image.GetImageBuff(2), pixels.data() + 10);
     const auto clone = image.Clone(nullptr);
     ASSERT_NE(clone, nullptr);
     EXPECT_EQ(clone->GetImageInfo()->paddingX, 1);
-    EXPECT_EQ(std::memcmp(clone->GetImageBuff(), pixels.data(), pixels.size()), 0);
+    EXPECT_EQ(Lines(*clone, 3), pixels);
     // It knows how far the memory reaches.
     const ImageInfo larger = Header(4, 4, Mono8, 1);
     EXPECT_EQ(image.UpdateImageInfo(&larger), NotFound);
@@ -92,44 +91,34 @@ TEST(Image, HeaderUpdates) {
     EXPECT_EQ(image.GetExtraInfoBuff()[4999], 0);
     EXPECT_EQ(image.UpdateImageInfoA(7, 1, 2), Ok);
     EXPECT_EQ(image.UpdateImageInfoB(3, 4, 5), Ok);
-    EXPECT_EQ(image.GetImageInfo()->blockId, 7U);
-    EXPECT_EQ(image.GetImageInfo()->timestampHigh, 1U);
-    EXPECT_EQ(image.GetImageInfo()->timestampLow, 2U);
-    EXPECT_EQ(image.GetImageInfo()->statusA, 3U);
-    EXPECT_EQ(image.GetImageInfo()->lostPackets, 4U);
-    EXPECT_EQ(image.GetImageInfo()->statusC, 5U);
+    const ImageInfo& now = *image.GetImageInfo();
+    EXPECT_EQ(std::tuple(now.blockId, now.timestampHigh, now.timestampLow, now.statusA, now.lostPackets,
+                         now.statusC),
+              std::tuple(7U, 1U, 2U, 3U, 4U, 5U));
     ImageInfo stale = next;
     stale.headerVersion = 2;
     EXPECT_EQ(image.UpdateImageInfo(&stale), NotFound);
+    EXPECT_EQ(image.UpdateImageInfo(nullptr), static_cast<unsigned int>(Status::NotAvailable));
     const ImageInfo tooLarge = Header(1000, 1000, Mono8);
     EXPECT_EQ(image.UpdateImageInfo(&tooLarge), NotFound);
-    EXPECT_EQ(image.GetImageInfo()->width, 4U);
-    EXPECT_EQ(image.UpdateImageInfo(nullptr), static_cast<unsigned int>(Status::NotAvailable));
     // Its own header, through a change of info buffer.
     EXPECT_EQ(image.UpdateImageInfo(image.GetImageInfo()), Ok);
     EXPECT_EQ(image.GetImageInfo()->width, 4U);
 }
 
-TEST(Image, DataUpdatesAreCutToTheImage) {
+TEST(Image, DataIsCutToTheImageAndGeometryThatDoesNotFitLeavesItUnusable) {
     const ImageInfo info = Header(8, 8, Mono8);
     AbsImage image(&info, nullptr, 0);
-    const auto bytes = Ramp(1000);
+    const auto bytes = Ramp(1000000);
     EXPECT_EQ(image.UpdateImageData(nullptr, 10), 0U);
-    EXPECT_EQ(image.UpdateImageData(bytes.data(), 0), 64U);
-    EXPECT_EQ(image.UpdateImageData(bytes.data(), 1000), 64U);
-    EXPECT_EQ(image.UpdateImageData(bytes.data(), 10), 10U);
-}
-
-TEST(Image, GeometryThatDoesNotFitLeavesAnUnusableImage) {
-    const ImageInfo info = Header(8, 8, Mono8);
-    AbsImage image(&info, nullptr, 0);
+    for (const auto& [length, taken] : {std::pair(0U, 64U), std::pair(1000U, 64U), std::pair(10U, 10U)})
+        EXPECT_EQ(image.UpdateImageData(bytes.data(), length), taken) << length;
     EXPECT_EQ(image.UpdateImageInfoC(100, 100, RGB8), Ok); // inside the slack's power of two
     EXPECT_EQ(image.GetImageInfo()->pixelFormat, RGB8);
     const std::size_t before = VxLoggerGetLogItems().size();
     EXPECT_EQ(image.UpdateImageInfoC(1000000, 2, Mono8), NotFound);
-    EXPECT_EQ(image.GetImageInfo()->height, 1U);
-    EXPECT_EQ(image.GetImageInfo()->statusA, 1U);
-    EXPECT_EQ(image.GetImageInfo()->pixelFormat, 0U);
+    const ImageInfo& now = *image.GetImageInfo();
+    EXPECT_EQ(std::tuple(now.height, now.statusA, now.pixelFormat), std::tuple(1U, 1U, 0U));
     ASSERT_EQ(VxLoggerGetLogItems().size(), before + 1);
     EXPECT_EQ(VxLoggerGetLogItems().back()->Info(),
               "UpdateimageInfoC with invalid data, width: 1000000 height: 2 format: 1080001");
@@ -141,7 +130,6 @@ TEST(Image, GeometryThatDoesNotFitLeavesAnUnusableImage) {
     EXPECT_EQ(image.Shift(1, nullptr), nullptr);
     EXPECT_EQ(image.Unpack(nullptr), nullptr);
     EXPECT_TRUE(image.CreateHistogram(nullptr, 0).empty());
-    const auto bytes = Ramp(1000000);
     EXPECT_EQ(image.UpdateImageData(bytes.data(), 0), image.BufferSize());
     EXPECT_EQ(image.UpdateImageInfoC(0x80000000U, 2, Mono8), NotFound); // the product wraps
 }
@@ -166,44 +154,41 @@ TEST(Crop, IsCutToTheImage) {
     const ImageInfo info = Header(10, 6, RGB8, 2);
     const auto pixels = Ramp(info.ImageDataSize());
     const AbsImage image(&info, pixels.data(), 0);
-    const ROIRect corner{8, 5, 100, 100};
-    const auto crop = image.Copy(&corner, nullptr);
-    ASSERT_NE(crop, nullptr);
-    EXPECT_EQ(crop->GetImageInfo()->width, 2U);
-    EXPECT_EQ(crop->GetImageInfo()->height, 1U);
-    EXPECT_EQ(crop->GetImageInfo()->paddingX, 0);
-    EXPECT_EQ(std::memcmp(crop->GetImageBuff(0), image.GetImageBuff(5) + 24, 6), 0);
+    const auto size = [&](const ROIRect& roi) {
+        const ImageInfo& part = *image.Copy(&roi, nullptr)->GetImageInfo();
+        return std::tuple(part.width, part.height, unsigned(part.paddingX));
+    };
+    EXPECT_EQ(size({8, 5, 100, 100}), std::tuple(2U, 1U, 0U));
+    EXPECT_EQ(size({10, 0, 1, 1}), std::tuple(10U, 6U, 0U)) << "outside: the whole image";
+    EXPECT_EQ(size({0, 6, 1, 1}), std::tuple(10U, 6U, 0U));
+    EXPECT_EQ(size({9, 5, UINT32_MAX, UINT32_MAX}), std::tuple(1U, 1U, 0U));
+    EXPECT_EQ(image.Copy(nullptr, nullptr)->GetImageInfo()->height, 6U);
     const ROIRect inner{1, 2, 3, 2};
     const auto middle = image.Copy(&inner, nullptr);
-    EXPECT_EQ(std::memcmp(middle->GetImageBuff(1), image.GetImageBuff(3) + 3, 9), 0);
-    const ROIRect outside{10, 0, 1, 1};
-    EXPECT_EQ(image.Copy(&outside, nullptr)->GetImageInfo()->width, 10U);
-    const ROIRect huge{9, 5, UINT32_MAX, UINT32_MAX};
-    EXPECT_EQ(image.Copy(&huge, nullptr)->GetImageInfo()->width, 1U);
+    for (const int line : {0, 1})
+        EXPECT_EQ(std::memcmp(middle->GetImageBuff(line), image.GetImageBuff(2 + line) + 3, 9), 0);
     const ImageInfo packed = Header(8, 8, Mono10p);
     EXPECT_EQ(AbsImage(&packed, nullptr, 0).Copy(&inner, nullptr), nullptr);
 }
 
 TEST(ShiftTest, WidensWithoutSaturating) {
+    using Bytes = std::vector<unsigned char>;
     ImageInfo info = Header(3, 2, Mono8, 1);
-    const std::vector<unsigned char> bytes{255, 1, 2, 99, 3, 4, 5, 99};
+    const Bytes bytes{255, 1, 2, 99, 3, 4, 5, 99};
     const AbsImage image(&info, bytes.data(), 0);
     const auto shifted = image.Shift(8, nullptr);
     ASSERT_NE(shifted, nullptr);
     EXPECT_EQ(shifted->GetImageInfo()->pixelFormat, Mono16);
-    EXPECT_EQ(shifted->GetImageInfo()->paddingX, 0);
-    EXPECT_EQ(Sample16(*shifted, 0, 0), 65280);
-    EXPECT_EQ(Sample16(*shifted, 1, 2), 5 << 8);
+    EXPECT_EQ(Lines(*shifted, 2), (Bytes{0, 255, 0, 1, 0, 2, 0, 3, 0, 4, 0, 5})); // little-endian, no padding
     EXPECT_EQ(image.Shift(0, nullptr), nullptr);
     EXPECT_EQ(image.Shift(9, nullptr), nullptr);
     info = Header(1, 2, Mono16, 1); // the second line starts at an odd address
-    const std::vector<unsigned char> samples{0x34, 0x12, 0, 0x78, 0x56, 0};
-    const auto wide = AbsImage(&info, samples.data(), 0).Shift(4, nullptr);
-    EXPECT_EQ(Sample16(*wide, 0, 0), 0x2340);
-    EXPECT_EQ(Sample16(*wide, 1, 0), 0x6780);
+    const Bytes samples{0x34, 0x12, 0, 0x78, 0x56, 0};
+    EXPECT_EQ(Lines(*AbsImage(&info, samples.data(), 0).Shift(4, nullptr), 2),
+              (Bytes{0x40, 0x23, 0x80, 0x67}));
     info = Header(4, 4, BayerRG10);
     EXPECT_EQ(AbsImage(&info, nullptr, 0).Shift(4, nullptr), nullptr);
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

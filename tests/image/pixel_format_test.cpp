@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
 constexpr PixelFormatValue AllFormats[] = {
@@ -48,26 +48,29 @@ TEST(PixelFormatTable, CodesOutsideTheTable) {
     EXPECT_EQ(yuv.ToString(), "UNKNOWN");
     EXPECT_EQ(yuv.BuffNeeded(7, 3), 21U);
     EXPECT_FALSE(PixelFormat(InvalidFormat).IsValid());
-    EXPECT_EQ(PixelFormat(RawBlock).BuffNeeded(1234, 5000), 5000U);
-    EXPECT_EQ(PixelFormat(RawBlock).ToString(), "UNKNOWN");
-}
-
-TEST(PixelFormatTable, SizesRoundDownAndWrapWhere32BitsEnd) {
-    EXPECT_EQ(PixelFormat(Mono10p).BuffNeeded(7, 1), 8U);
-    EXPECT_EQ(PixelFormat(Mono10p).BuffNeeded(4, 1), 5U);
-    EXPECT_EQ(PixelFormat(Mono12Packed).BuffNeeded(3, 1), 4U);
-    EXPECT_EQ(PixelFormat(RGBa16).BuffNeeded(0x10000U, 0x10000U), 0U);
+    const std::tuple<PixelFormatValue, unsigned int, unsigned int, unsigned int> sizes[] = {
+        // rounded down
+        {RawBlock, 1234, 5000, 5000},
+        {Mono10p, 7, 1, 8},
+        {Mono10p, 4, 1, 5},
+        {Mono12Packed, 3, 1, 4},
+        {RGBa16, 0x10000, 0x10000, 0}}; // wrapped where 32 bits end
+    for (const auto& [format, width, height, bytes] : sizes)
+        EXPECT_EQ(PixelFormat(format).BuffNeeded(width, height), bytes) << std::hex << format;
     EXPECT_EQ(PixelFormat(RGBa16).BuffNeeded64(0x10000U, 0x10000U), 0x800000000ULL);
     EXPECT_EQ(PixelFormat(RGBa16).BuffNeeded64(UINT32_MAX, UINT32_MAX), UINT64_MAX);
+    EXPECT_EQ(PixelFormat(RawBlock).ToString(), "UNKNOWN");
 }
 
 TEST(PixelValueTest, ComponentsByChannel) {
     const PixelValue colour(1, 2, 3, 4, PixelFormat(RGBa8));
-    EXPECT_EQ(colour.Value(PixelChannelID::Red), 1U);
-    EXPECT_EQ(colour.Value(PixelChannelID::Green), 2U);
-    EXPECT_EQ(colour.Value(PixelChannelID::Blue), 3U);
-    EXPECT_EQ(colour.Value(PixelChannelID::Alpha), 4U);
-    EXPECT_EQ(colour.Value(PixelChannelID::Invalid), 4U);
+    const std::pair<PixelChannelID, unsigned int> components[] = {{PixelChannelID::Red, 1},
+                                                                  {PixelChannelID::Green, 2},
+                                                                  {PixelChannelID::Blue, 3},
+                                                                  {PixelChannelID::Alpha, 4},
+                                                                  {PixelChannelID::Invalid, 4}};
+    for (const auto& [channel, value] : components)
+        EXPECT_EQ(colour.Value(channel), value);
     EXPECT_EQ(PixelValue(0x1FFFFU, 0, 0, 0, PixelFormat(RGB16)).Value(PixelChannelID::Red), 0xFFFFU);
     const PixelValue grey(200U, PixelFormat(Mono8));
     EXPECT_TRUE(grey.IsMonoChrome());
@@ -89,37 +92,31 @@ TEST(ImageInfoSizes, FollowStrideAndSlack) {
     EXPECT_EQ(last, 627U);
     EXPECT_EQ(info.PayloadPacketsNeeded(0, &last), 0U);
     EXPECT_EQ(last, info.DataBuffNeeded());
-    EXPECT_TRUE(info.SizesFit());
-
-    ImageInfo raw;
-    raw.pixelFormat = RawBlock;
-    raw.height = 5000;
-    EXPECT_EQ(raw.DataBuffNeeded(), 5000U + 65536U);
-    EXPECT_EQ(raw.ImageDataSize(), 5000U);
+    info = ImageInfo();
+    info.pixelFormat = RawBlock;
+    info.height = 5000;
+    EXPECT_EQ(std::pair(info.DataBuffNeeded(), info.ImageDataSize()), std::pair(5000U + 65536U, 5000U));
 }
 
 TEST(ImageInfoSizes, WrappingOnesAreTold) {
-    ImageInfo info;
-    info.pixelFormat = Mono8;
-    info.width = 65536;
-    info.height = 65535;
-    EXPECT_FALSE(info.SizesFit()); // the slack wraps
-    info.height = 65534;
-    EXPECT_TRUE(info.SizesFit());
-    info.width = UINT32_MAX;
-    info.height = 1;
-    EXPECT_FALSE(info.SizesFit());
-    info.height = 0;
-    info.pixelFormat = RGBa16;
-    EXPECT_FALSE(info.SizesFit()); // the stride wraps
-    info.width = 1;
-    info.extraInfoSize = UINT32_MAX - 10;
-    EXPECT_FALSE(info.SizesFit());
-    ImageInfo raw;
-    raw.pixelFormat = RawBlock;
-    raw.height = 1000000;
-    raw.paddingX = 100;
-    EXPECT_FALSE(raw.SizesFit());
+    const struct {
+        PixelFormatValue format;
+        unsigned int width, height, padding, extra;
+        bool fits;
+    } sizes[] = {
+        {Mono8, 65536, 65534, 0, 0, true},         {Mono8, 65536, 65535, 0, 0, false},   // the slack wraps
+        {Mono8, UINT32_MAX, 1, 0, 0, false},       {RGBa16, UINT32_MAX, 0, 0, 0, false}, // the stride wraps
+        {RGBa16, 1, 0, 0, UINT32_MAX - 10, false}, {RawBlock, 0, 1000000, 100, 0, false},
+        {RawBlock, 0, 1000000, 0, 0, true}};
+    for (const auto& size : sizes) {
+        ImageInfo info;
+        info.pixelFormat = size.format;
+        info.width = size.width;
+        info.height = size.height;
+        info.paddingX = static_cast<std::uint16_t>(size.padding);
+        info.extraInfoSize = size.extra;
+        EXPECT_EQ(info.SizesFit(), size.fits) << size.width << " x " << size.height;
+    }
 }
 
 TEST(ImageInfoCopies, AlwaysHaveVersionOne) {
@@ -136,12 +133,9 @@ TEST(ImageInfoCopies, AlwaysHaveVersionOne) {
 
 TEST(Descriptions, ParsedFromText) {
     const ImageBaseInfo full = ImageInfoCreator::CreateBaseInfo("640_480_BAYER RG8_P16_T123_EB_x_Q7_b5_p32");
-    EXPECT_EQ(full.width, 640U);
-    EXPECT_EQ(full.height, 480U);
-    EXPECT_EQ(full.format, BayerRG8);
-    EXPECT_EQ(full.paddingX, 32U); // the later one
-    EXPECT_EQ(full.timestamp, 123U);
-    EXPECT_EQ(full.bigEndian, 1);
+    EXPECT_EQ(std::tuple(full.width, full.height, PixelFormatValue(full.format), full.paddingX,
+                         full.timestamp, full.bigEndian),
+              std::tuple(640U, 480U, BayerRG8, 32U, 123U, 1)); // of two paddings the later one
     for (const char* text : {"", "640_480", "0_480_MONO8", "640_0_MONO8", "640_480_FOO", "640_480_mono8"})
         EXPECT_FALSE(ImageInfoCreator::CreateBaseInfo(text).format.IsValid()) << text;
     EXPECT_EQ(ImageInfoCreator::CreateBaseInfo("640_480_FOO").width, 0U);
@@ -158,15 +152,12 @@ TEST(Descriptions, BecomeHeaders) {
     base.timestamp = 0x0000000500000006ULL;
     base.blockId = 77;
     const ImageInfo info = ImageInfoCreator::CreateImageInfo(base);
-    EXPECT_EQ(info.imageType, ImageTypeImage);
-    EXPECT_EQ(info.statusA, 20U);
-    EXPECT_EQ(info.paddingX, 3U);
-    EXPECT_EQ(info.timestampHigh, 5U);
-    EXPECT_EQ(info.timestampLow, 6U);
-    EXPECT_EQ(info.blockId, 77U);
+    EXPECT_EQ(std::tuple(info.imageType, info.statusA, info.paddingX, info.timestampHigh, info.timestampLow,
+                         info.blockId),
+              std::tuple(ImageTypeImage, 20U, 3U, 5U, 6U, 77U));
     base.timestamp = 0;
     EXPECT_NE(ImageInfoCreator::CreateImageInfo(base).timestampHigh, 0U); // now
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

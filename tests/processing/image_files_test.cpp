@@ -71,7 +71,7 @@ void ExpectSamePixels(const IImage& a, const IImage& b) {
 
 class ImageFiles : public ::testing::Test {
 protected:
-    Testing::TempDir dir_;
+    Test::TempDir dir_;
 };
 
 TEST_F(ImageFiles, LosslessPicturesKeepEveryPixel) {

@@ -1,45 +1,18 @@
 // Two threads open, start, stop, close, connect, disconnect, snap and set features of one camera in random
 // orders while frames flow. Nothing may deadlock, leak or touch freed memory, whatever the codes say.
 #include "simulated/VirtualInterfaceDev.h"
+#include "support/Threads.h"
 
-#include "support/FakeDevice.h"
-
+#include <atomic>
+#include <functional>
 #include <gtest/gtest.h>
-
-#include <cstdio>
-#include <cstdlib>
 #include <random>
 
-using namespace VX3;
-using namespace VX3::Testing;
-using namespace std::chrono_literals;
-
+namespace VX3::Test {
 namespace {
 
-constexpr int Orders = 1000;
-constexpr int StepsPerOrder = 6;
-constexpr auto Bound = 240s; // far above what a loaded machine under a sanitizer needs
-
-// Ends the program with a message when the test has not ended within the bound.
-class Watchdog {
-public:
-    Watchdog()
-        : thread_([](const std::atomic<bool>& running) {
-              const auto deadline = std::chrono::steady_clock::now() + Bound;
-              while (running) {
-                  if (std::chrono::steady_clock::now() > deadline) {
-                      std::fprintf(stderr, "deadlock: the orders did not end\n");
-                      std::abort();
-                  }
-                  std::this_thread::sleep_for(20ms);
-              }
-          }) {
-        thread_.Start();
-    }
-
-private:
-    ThreadEx<> thread_;
-};
+constexpr int Batches = 20;
+constexpr int StepsPerBatch = 300;
 
 struct Counters {
     std::atomic<long> frames{0};
@@ -47,108 +20,65 @@ struct Counters {
     std::atomic<long> fromCallback{0};
 };
 
-class Client {
-public:
-    Client(IDevice& camera, unsigned int seed, Counters& counters)
-        : camera_(camera), random_(seed), counters_(counters) {}
+// Now and then the callback itself stops, closes or disconnects.
+ImageCallback Callback(unsigned long random, Counters& counters) {
+    return [random, &counters](std::shared_ptr<IImage> image, IDevice* device, unsigned int, unsigned int,
+                               void*) {
+        ++counters.frames;
+        const auto choice = (random + image->GetImageInfo()->blockId) % 40;
+        if (device == nullptr || choice > 2)
+            return;
+        ++counters.fromCallback;
+        IStream* stream = device->GetStream(0);
+        if (choice == 2)
+            device->DisConnect();
+        else if (stream != nullptr)
+            choice == 0 ? stream->Stop() : stream->Close();
+    };
+}
 
-    void RunOrder() {
-        for (int step = 0; step < StepsPerOrder; ++step) {
-            Step(static_cast<int>(random_() % 12));
-            std::this_thread::sleep_for(std::chrono::microseconds(random_() % 800)); // frames flow meanwhile
-        }
-    }
-
-private:
-    void Step(int action) {
-        IStream* stream = camera_.GetStream(0); // the plain pointer, on purpose
-        switch (action) {
-        case 0:
-        case 1:
-            (void)camera_.Connect(); // any order: refusals belong to it
-            break;
-        case 2:
-            camera_.DisConnect();
-            break;
-        case 3:
-            SetFeature();
-            break;
-        default:
-            if (stream != nullptr)
-                StreamStep(*stream, action);
-        }
-    }
-    void StreamStep(IStream& stream, int action) {
-        switch (action) {
-        case 4:
-        case 5:
-            (void)stream.Open(2, nullptr);
-            break;
-        case 6:
-        case 7:
-        case 8:
-            if (!Failed(stream.Start(Callback(), nullptr, 2, nullptr)))
-                ++counters_.started;
-            break;
-        case 9:
-            stream.Stop();
-            break;
-        case 10:
-            stream.Close();
-            break;
-        default:
-            (void)stream.Snap(5, SnapMode::Default);
-        }
-    }
-    void SetFeature() {
-        if (const auto configurer = camera_.ShareConfigurer()) {
-            (void)configurer->SetNodeValue("FrameTime", static_cast<unsigned int>(random_() % 2));
-            (void)configurer->SetNodeValue("Width", static_cast<unsigned int>(16 + random_() % 400));
-        }
-    }
-    // Now and then the callback itself stops, closes or disconnects.
-    ImageCallback Callback() {
-        return [&counters = counters_, random = random_()](std::shared_ptr<IImage> image, IDevice* device,
-                                                           unsigned int, unsigned int, void*) {
-            ++counters.frames;
-            const auto choice = (random + image->GetImageInfo()->blockId) % 40;
-            if (device == nullptr || choice > 2)
-                return;
-            ++counters.fromCallback;
-            if (choice == 2) {
-                device->DisConnect();
-                return;
+void TakeSteps(IDevice& camera, unsigned int seed, Counters& counters) {
+    std::mt19937 random(seed);
+    using Action = std::function<void(IStream&)>;
+    const Action open = [](IStream& stream) { stream.Open(2, nullptr); };
+    const Action start = [&](IStream& stream) {
+        counters.started += !Failed(stream.Start(Callback(random(), counters), nullptr, 2, nullptr));
+    };
+    const Action actions[] = {open,
+                              open,
+                              start,
+                              start,
+                              start,
+                              [](IStream& stream) { stream.Stop(); },
+                              [](IStream& stream) { stream.Close(); },
+                              [](IStream& stream) { stream.Snap(5, SnapMode::Default); }};
+    for (int step = 0; step < StepsPerBatch; ++step) {
+        IStream* stream = camera.GetStream(0); // the plain pointer, on purpose
+        const auto action = random() % 12;
+        if (action < 2)
+            camera.Connect();
+        else if (action == 2)
+            camera.DisConnect();
+        else if (action == 3) {
+            if (const auto configurer = camera.ShareConfigurer()) {
+                configurer->SetNodeValue("FrameTime", static_cast<unsigned int>(random() % 2));
+                configurer->SetNodeValue("Width", static_cast<unsigned int>(16 + random() % 400));
             }
-            if (IStream* stream = device->GetStream(0))
-                choice == 0 ? stream->Stop() : stream->Close();
-        };
+        } else if (stream != nullptr)
+            actions[action - 4](*stream);
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 800)); // frames flow meanwhile
     }
-
-    IDevice& camera_;
-    std::mt19937 random_;
-    Counters& counters_;
-};
-
-} // namespace
+}
 
 TEST(RandomOrder, TwoThreadsThousandOrdersWhileFramesFlow) {
-    const Watchdog watchdog;
     Counters counters;
-    for (int batch = 0; batch < 20; ++batch) {
+    for (unsigned int batch = 0; batch < Batches; ++batch) {
         auto interface = std::make_shared<VirtualInterfaceDev>("virtual");
         const auto camera = interface->EnumSubDevices(0).front();
-        ASSERT_EQ(camera->Connect(), Status::Ok);
+        camera->Connect();
         ASSERT_NE(camera->ShareConfigurer(), nullptr);
-        EXPECT_EQ(camera->ShareConfigurer()->SetNodeValue("FrameTime", 0U), Status::Ok);
-        std::vector<std::thread> threads;
-        for (unsigned int side = 0; side < 2; ++side)
-            threads.emplace_back([&, side] {
-                Client client(*camera, 1000U * static_cast<unsigned int>(batch) + side, counters);
-                for (int order = 0; order < Orders / 20; ++order)
-                    client.RunOrder();
-            });
-        for (auto& thread : threads)
-            thread.join();
+        camera->ShareConfigurer()->SetNodeValue("FrameTime", 0U);
+        OnThreads(2, [&](unsigned int side) { TakeSteps(*camera, 1000 * batch + side, counters); });
         interface.reset(); // the camera may be in any state, and outlives its interface
     }
     std::printf("%ld streams started, %ld frames, %ld calls from callbacks\n", counters.started.load(),
@@ -156,3 +86,6 @@ TEST(RandomOrder, TwoThreadsThousandOrdersWhileFramesFlow) {
     EXPECT_GT(counters.started, 50);
     EXPECT_GT(counters.frames, 100);
 }
+
+} // namespace
+} // namespace VX3::Test

@@ -1,43 +1,37 @@
 #include "simulated/SoftDevice.h"
 #include "simulated/VirtualDevice.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
-using namespace VX3;
-
+namespace VX3::Test {
 namespace {
+
+constexpr unsigned int UrlAt = 0x80000000;
+constexpr unsigned int SizeAt = 0x01000000; // width, height, frame time
 
 std::string Url(SoftDevice& device) {
     unsigned char text[SoftDevice::UrlSize];
-    EXPECT_EQ(device.ReadPort(0x80000000, text, sizeof(text)), 512);
+    EXPECT_EQ(device.ReadPort(UrlAt, text, sizeof(text)), 512);
     EXPECT_EQ(text[511], 0);
     return reinterpret_cast<const char*>(text);
 }
 
 std::uint32_t Read(IGenIObj& device, unsigned long long address) {
-    unsigned char bytes[4]{};
-    EXPECT_EQ(device.ReadPort(address, bytes, 4), 4);
     std::uint32_t value = 0;
-    std::memcpy(&value, bytes, 4);
+    EXPECT_EQ(device.ReadPort(address, reinterpret_cast<unsigned char*>(&value), 4), 4);
     return value;
 }
 
 StatusCode Write(IGenIObj& device, unsigned long long address, std::uint32_t value) {
-    unsigned char bytes[4];
-    std::memcpy(bytes, &value, 4);
-    return device.WritePort(address, bytes, 4);
+    return device.WritePort(address, reinterpret_cast<const unsigned char*>(&value), 4);
 }
 
-} // namespace
-
 TEST(SoftDevice, PublishesWhereItsDescriptionIs) {
-    EXPECT_EQ(Url(*std::make_shared<SoftDevice>("d", "/a/b/cam.xml", nullptr)), "File:cam.xml");
-    EXPECT_EQ(Url(*std::make_shared<SoftDevice>("d", "C:\\dir\\cam.xml", nullptr)), "File:cam.xml");
-    EXPECT_EQ(Url(*std::make_shared<SoftDevice>("d", "cam.xml", nullptr)), "File:cam.xml");
+    for (const char* path : {"/a/b/cam.xml", "C:\\dir\\cam.xml", "cam.xml"})
+        EXPECT_EQ(Url(*std::make_shared<SoftDevice>("d", path, nullptr)), "File:cam.xml");
     EXPECT_EQ(Url(*std::make_shared<SoftDevice>("d", std::string(600, 'x').c_str(), nullptr)).size(), 511U);
 
     std::unique_ptr<unsigned char[]> xml(new unsigned char[1000]);
@@ -47,8 +41,8 @@ TEST(SoftDevice, PublishesWhereItsDescriptionIs) {
     EXPECT_EQ(device->GetXmlUrlAddr(), 0x80000000LL);
     const auto description = device->GetXmlData();
     ASSERT_NE(description, nullptr);
-    EXPECT_EQ(description->GetXmlDataSize(), 1000U);
-    EXPECT_EQ(description->GetXmlData()[999], 'q');
+    EXPECT_EQ(std::pair(description->GetXmlDataSize(), description->GetXmlData()[999]),
+              std::pair(1000U, static_cast<unsigned char>('q')));
     unsigned char bytes[8];
     EXPECT_EQ(device->ReadPort(0x81000000 + 996, bytes, 4), 4);
     EXPECT_EQ(device->ReadPort(0x81000000 + 996, bytes, 5), Status::NotFound);
@@ -61,26 +55,33 @@ TEST(SoftDevice, ServesWholeRangesOfItsRegionsOnly) {
     unsigned char second[16] = {9, 9, 9, 9};
     std::vector<unsigned int> written;
     std::vector<StructRegDesc> regions{{first, 16, 0x100}, {second, 16, 0x108}, {second, 4, 0x80000200}};
-    EXPECT_EQ(device->SetRegRwParams(regions,
-                                     [&](unsigned int address, unsigned int value) {
-                                         written.push_back(address);
-                                         EXPECT_EQ(value, 0U);
-                                         EXPECT_EQ(Read(*device, address), 0x04030201U)
-                                             << "a callback may read";
-                                     }),
-              Status::Ok);
+    const auto onWrite = [&](unsigned int address, unsigned int value) {
+        written.push_back(address);
+        EXPECT_EQ(value, 0U);
+        EXPECT_EQ(Read(*device, address), 0x04030201U) << "a callback may read";
+    };
+    EXPECT_EQ(device->SetRegRwParams(regions, onWrite), Status::Ok);
     unsigned char bytes[32]{};
-    EXPECT_EQ(device->ReadPort(0x108, bytes, 8), 8);
-    EXPECT_EQ(bytes[0], 0) << "the first region that holds the range";
-    EXPECT_EQ(device->ReadPort(0x10C, bytes, 8), 8);
-    EXPECT_EQ(bytes[0], 0);
-    EXPECT_EQ(device->ReadPort(0x108, bytes, 16), 16);
-    EXPECT_EQ(bytes[0], 9);
-    for (const unsigned long long address :
-         {0xFFULL, 0x110ULL + 8, 0x0ULL, 0x800001FEULL, 0xFFFFFFFFFFFFFFFFULL})
-        EXPECT_EQ(device->ReadPort(address, bytes, 4), Status::NotFound) << std::hex << address;
-    EXPECT_EQ(device->ReadPort(0x100, bytes, 0xFFFFFFFFU), Status::NotFound);
-    EXPECT_EQ(device->WritePort(0x80000000, bytes, 4), Status::NotFound);
+    const struct {
+        unsigned long long address;
+        unsigned int length;
+        StatusCode status;
+        int byte;
+    } reads[] = {{0x108, 8, 8, 0},
+                 {0x10C, 8, 8, 0},
+                 {0x108, 16, 16, 9}, // the first region that holds the range
+                 {0xFF, 4, Status::NotFound, 9},
+                 {0x118, 4, Status::NotFound, 9},
+                 {0, 4, Status::NotFound, 9},
+                 {0x800001FE, 4, Status::NotFound, 9},
+                 {0xFFFFFFFFFFFFFFFF, 4, Status::NotFound, 9},
+                 {0x100, 0xFFFFFFFF, Status::NotFound, 9}};
+    for (const auto& read : reads) {
+        EXPECT_EQ(device->ReadPort(read.address, bytes, read.length), read.status)
+            << std::hex << read.address;
+        EXPECT_EQ(bytes[0], read.byte) << std::hex << read.address;
+    }
+    EXPECT_EQ(device->WritePort(UrlAt, bytes, 4), Status::NotFound);
     EXPECT_TRUE(written.empty());
     EXPECT_EQ(Write(*device, 0x104, 0x04030201U), 4);
     EXPECT_EQ(written, std::vector<unsigned int>{0x104});
@@ -92,28 +93,24 @@ TEST(VirtualDevice, HasItsRegisterMapAndFollowsIt) {
     EXPECT_EQ(device->TypeId(), 0x30001U);
     char texts[128];
     ASSERT_EQ(device->ReadPort(0x40, reinterpret_cast<unsigned char*>(texts), 128), 128);
-    EXPECT_STREQ(texts, "Vendor unknown");
-    EXPECT_STREQ(texts + 32, "Test Device");
-    EXPECT_STREQ(texts + 64, "Version 1.00");
-    EXPECT_STREQ(texts + 96, "123456789013456");
-    EXPECT_EQ(Read(*device, 0x01000000), 400U);
-    EXPECT_EQ(Read(*device, 0x01000004), 400U);
-    EXPECT_EQ(Read(*device, 0x01000008), 200U);
-
+    EXPECT_EQ(std::string(texts) + "|" + (texts + 32) + "|" + (texts + 64) + "|" + (texts + 96),
+              "Vendor unknown|Test Device|Version 1.00|123456789013456");
+    EXPECT_EQ(Read(*device, SizeAt + 8), 200U);
     ASSERT_EQ(device->Connect(), Status::Ok);
     ASSERT_EQ(device->StreamCnt(), 1U);
     IStream* stream = device->GetStream(0);
     EXPECT_EQ(stream->Name(), "SoftStream #1");
-    EXPECT_EQ(stream->PayloadSize(), 160000U);
-    Write(*device, 0x01000000, 640);
+    EXPECT_EQ(stream->PayloadSize(), 400U * 400);
+    Write(*device, SizeAt, 640);
     EXPECT_EQ(stream->PayloadSize(), 640U * 400);
-    Write(*device, 0x01000004, 480);
+    Write(*device, SizeAt + 4, 480);
     EXPECT_EQ(stream->PayloadSize(), 640U * 480);
     const std::uint32_t all[] = {100, 100, 5};
-    unsigned char bytes[12];
-    std::memcpy(bytes, all, 12);
-    EXPECT_EQ(device->WritePort(0x01000000, bytes, 12), 12);
+    EXPECT_EQ(device->WritePort(SizeAt, reinterpret_cast<const unsigned char*>(all), 12), 12);
     EXPECT_EQ(stream->PayloadSize(), 100U * 480) << "only the start address counts";
-    EXPECT_EQ(Read(*device, 0x01000004), 100U) << "but every byte is stored";
-    EXPECT_EQ(Write(*device, 0x0100000C, 1), Status::NotFound);
+    EXPECT_EQ(Read(*device, SizeAt + 4), 100U) << "but every byte is stored";
+    EXPECT_EQ(Write(*device, SizeAt + 12, 1), Status::NotFound);
 }
+
+} // namespace
+} // namespace VX3::Test

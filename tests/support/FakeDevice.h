@@ -1,34 +1,24 @@
 // A camera and a stream without transport: tests script their answers, insert images and see what was called.
 #pragma once
 
-#include "device/GenIDevice.h"
+#include "device/InterfaceDevAbs.h"
+#include "device/ManagerAbs.h"
 #include "device/StreamAbs.h"
+#include "support/Threads.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Mutex.h"
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
-namespace VX3::Testing {
-
-// True as soon as `condition` holds, at the latest after `timeout`.
-template <typename Condition>
-bool Eventually(Condition condition, std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
+namespace VX3::Test {
 
 // Calls in the order they came, from any thread.
 class CallLog {
@@ -47,18 +37,6 @@ private:
     std::vector<std::string> calls_ VX3_GUARDED_BY(mutex_);
 };
 
-inline std::unique_ptr<IImage> MakeImage(std::uint64_t blockId, std::uint32_t resent = 0,
-                                         std::uint32_t lost = 0) {
-    ImageInfo info;
-    info.width = 8;
-    info.height = 8;
-    info.pixelFormat = Mono8;
-    info.blockId = blockId;
-    info.statusC = resent;
-    info.lostPackets = lost;
-    return ImageCreator::Create(&info, nullptr, nullptr);
-}
-
 class FakeStream final : public StreamAbs {
 public:
     FakeStream(IDevice* parent, unsigned int index, CallLog* log = nullptr)
@@ -66,14 +44,31 @@ public:
     ~FakeStream() override { Shutdown(); }
 
     void Insert(std::uint64_t blockId, std::uint32_t resent = 0, std::uint32_t lost = 0) {
-        InsertImage(MakeImage(blockId, resent, lost), 0);
+        ImageInfo info;
+        info.width = 8;
+        info.height = 8;
+        info.pixelFormat = Mono8;
+        info.blockId = blockId;
+        info.statusC = resent;
+        info.lostPackets = lost;
+        InsertImage(ImageCreator::Create(&info, nullptr, nullptr), 0);
+    }
+    // Opens and starts; `body` is called for every image that is delivered.
+    void Run(std::function<void(const ImageInfo&, IDevice*)> body) {
+        EXPECT_EQ(Open(1, nullptr), Status::Ok);
+        EXPECT_EQ(Start([body](std::shared_ptr<IImage> image, IDevice* device, unsigned int, unsigned int,
+                               void*) { body(*image->GetImageInfo(), device); },
+                        nullptr, 0, nullptr),
+                  Status::Ok);
     }
     using StreamAbs::GetStatistics;
     LiveStatistics* GetStatistics() override { return &statistics_; }
+    IConfigurer* GetConfigurer() override { return configurer.get(); }
 
     std::atomic<StatusCode> openStatus{Status::Ok};
     std::atomic<StatusCode> startStatus{Status::Ok};
     std::atomic<unsigned int> payloadSize{0};
+    std::unique_ptr<IConfigurer> configurer;
 
 protected:
     bool IsStreamingP() const override { return streaming_; }
@@ -137,7 +132,6 @@ public:
     }
     std::int64_t GetXmlUrlAddr() override { return url.empty() ? -1 : UrlAddress; }
     bool IsManifestSupported() override { return false; }
-    std::string UniqueName() const override { return uniqueName.empty() ? Name() : uniqueName; }
 
     FakeStream* AddStream() {
         std::vector<std::shared_ptr<IStream>> streams = Streams();
@@ -146,13 +140,9 @@ public:
         UpdateStreams(streams);
         return stream.get();
     }
-    void DropStreams() {
-        std::vector<std::shared_ptr<IStream>> none;
-        UpdateStreams(none);
-    }
-    // A description in the device's own memory, behind the first 64 bytes.
+    // A description in the device's own memory, behind 256 bytes of registers.
     void Describe(const std::string& xml) {
-        memory.resize(64);
+        memory.resize(256);
         memory.insert(memory.end(), xml.begin(), xml.end());
         memory.resize(memory.size() + 64);
         url = StringForLocalUrl(xml.size());
@@ -162,7 +152,6 @@ public:
 
     std::vector<unsigned char> memory;
     std::string url;
-    std::string uniqueName;
     CallLog calls;
     std::atomic<StatusCode> connectStatus{Status::Ok};
     std::atomic<StatusCode> disconnectStatus{Status::Ok};
@@ -195,9 +184,58 @@ protected:
 private:
     static std::string StringForLocalUrl(std::size_t size) {
         char text[64];
-        std::snprintf(text, sizeof(text), "Local:fake.xml;40;%zX", size);
+        std::snprintf(text, sizeof(text), "Local:fake.xml;100;%zX", size);
         return text;
     }
 };
 
-} // namespace VX3::Testing
+// An interface device whose cameras are those that a test says it can reach.
+class FakeInterface final : public InterfaceDevAbs {
+public:
+    explicit FakeInterface(const char* name = "interface")
+        : InterfaceDevAbs(TypeIds::InterfaceDevice + 1, name) {}
+    ~FakeInterface() override { Shutdown(); }
+
+    std::list<std::shared_ptr<IDevice>> EnumSubDevices(unsigned int timeoutMs) override {
+        ++rounds;
+        lastTimeout = timeoutMs;
+        MutexLock lock(mutex_);
+        return reachable_;
+    }
+    void SetReachable(std::list<std::shared_ptr<IDevice>> devices) {
+        MutexLock lock(mutex_);
+        reachable_ = std::move(devices);
+    }
+
+    std::atomic<int> rounds{0};
+    std::atomic<unsigned int> lastTimeout{0};
+
+protected:
+    StatusCode ConnectP() override { return Status::Ok; }
+    StatusCode DisConnectP() override { return Status::Ok; }
+
+private:
+    Mutex mutex_;
+    std::list<std::shared_ptr<IDevice>> reachable_ VX3_GUARDED_BY(mutex_);
+};
+
+// A manager of the given interface devices.
+class FakeManager final : public ManagerAbs {
+public:
+    FakeManager(IntfDevType type, const char* name, std::vector<std::shared_ptr<IDevice>> devices,
+                StatusCode status = Status::Ok)
+        : ManagerAbs(type, name), devices_(std::move(devices)), status_(status) {
+        if (!Failed(status))
+            (void)UpdateDevices(devices_, IntfDevType::All);
+    }
+    StatusCode EnumDevices() override {
+        return Failed(status_) ? status_ : UpdateDevices(devices_, IntfDevType::All);
+    }
+    using ManagerAbs::UpdateDevices;
+
+private:
+    std::vector<std::shared_ptr<IDevice>> devices_;
+    StatusCode status_;
+};
+
+} // namespace VX3::Test

@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-namespace VX3::Testing {
+namespace VX3::Test {
 
 class TempDir {
 public:
@@ -31,4 +31,4 @@ private:
     std::string path_;
 };
 
-} // namespace VX3::Testing
+} // namespace VX3::Test

@@ -3,11 +3,9 @@
 
 #include "vx3/vx3.h"
 
-#include <chrono>
-#include <thread>
 #include <utility>
 
-namespace support {
+namespace VX3::Test {
 
 // The feature that sets the virtual camera's frame time in milliseconds.
 constexpr const char* FrameTimeFeature = "FrameTime";
@@ -37,16 +35,4 @@ private:
     SubDevice* camera_;
 };
 
-// Waits until `condition` holds; false after ten seconds.
-template <typename Condition>
-bool WaitFor(Condition&& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
-
-} // namespace support
+} // namespace VX3::Test

@@ -5,7 +5,7 @@
 #include "features/FeatureSaver.h"
 #include "features/FeatureText.h"
 #include "features/ValueParser.h"
-#include "genicam/MemoryOwner.h"
+#include "support/MemoryOwner.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
