@@ -20,7 +20,7 @@
 #include <vector>
 
 using namespace GenApi_3_2;
-using namespace TestSupport;
+using namespace VX3::Test;
 
 namespace {
 

@@ -17,7 +17,7 @@ namespace {
 // "File:" URLs lead into a directory of our own, where there also are a pipe that nobody writes and a
 // directory.
 std::string Confined(std::string url, const std::string& content) {
-    static const Testing::TempDir directory;
+    static const Test::TempDir directory;
     static const bool once = ::mkfifo((directory / "pipe").c_str(), 0600) == 0 &&
                              ::mkdir((directory / "folder.xml").c_str(), 0700) == 0;
     Require(once);
@@ -33,7 +33,7 @@ std::string Confined(std::string url, const std::string& content) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Silence silence;
     FuzzInput in(data, size);
-    const auto device = std::make_shared<Testing::FakeDevice>("fuzz");
+    const auto device = std::make_shared<Test::FakeDevice>("fuzz");
     const std::string url = in.Line();
     const std::string memory = in.Rest();
     device->memory.assign(memory.begin(), memory.end());

@@ -84,7 +84,7 @@ void Work(const ImageInfo& info, FuzzInput& in, const std::shared_ptr<IImagePool
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Testing::TempDir directory;
+    static const Test::TempDir directory;
     const Silence silence;
     FuzzInput in(data, size);
     FuzzInput choices = in; // the same bytes once more

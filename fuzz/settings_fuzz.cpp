@@ -5,7 +5,7 @@
 #include "base/ToolError.h"
 #include "features/FeatureLoader.h"
 #include "features/FeatureSaver.h"
-#include "genicam/MemoryOwner.h"
+#include "support/MemoryOwner.h"
 
 #include <sstream>
 
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     CheckRoundTrip(lines);
-    const Testing::Camera camera;
+    const Test::Camera camera;
     const FeatureLoader::Result result = FeatureLoader(*camera.nodes).Load(lines);
     Require(result.set + result.failures.size() == lines.size());
     for (const FeatureLoader::Failure& failure : result.failures)

@@ -1,6 +1,6 @@
 // Handles, codes and life cycles of the C interface over the virtual cameras.
-#include "support/Threads.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 #include "support/VirtualCamera.h"
 #include "vx3/core/Status.h"
 

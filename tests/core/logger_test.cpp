@@ -2,8 +2,8 @@
 #include "core/LoggerLog4CPP.h"
 #include "core/LoggerProperties.h"
 #include "core/SingletonLogger.h"
-#include "support/Threads.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 #include "vx3/core/Utilities.h"
 
 #include <algorithm>

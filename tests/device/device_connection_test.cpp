@@ -1,8 +1,8 @@
 #include "device/DeviceStateMachine.h"
 #include "support/FakeDevice.h"
 #include "support/MemoryOwner.h"
-#include "support/Threads.h"
 #include "support/TempDir.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 

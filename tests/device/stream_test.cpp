@@ -26,7 +26,7 @@ struct Received {
 
 // A connected camera with one stream.
 struct Streaming {
-    Streaming() { device->Connect(); }
+    Streaming() { EXPECT_EQ(device->Connect(), Status::Ok); }
     std::shared_ptr<FakeDevice> device = std::make_shared<FakeDevice>("camera");
     FakeStream* stream = device->AddStream();
 };
@@ -197,7 +197,7 @@ TEST(Stream, TheCallbackMayDropTheLastReferenceToItsCamera) {
 TEST(Stream, DisconnectWaitsForACallbackThatDisconnectsToo) {
     const Streaming camera;
     for (int round = 0; round < 30; ++round) {
-        camera.device->Connect();
+        EXPECT_EQ(camera.device->Connect(), Status::Ok);
         std::atomic<bool> entered{false};
         camera.stream->Run([&](const ImageInfo&, IDevice* parent) {
             entered = true;

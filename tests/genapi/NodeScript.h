@@ -266,7 +266,7 @@ public:
         ForEachPart(steps, [this](const std::string& step) { Step(step); });
     }
 
-    TestSupport::TestNodeMap nodes;
+    VX3::Test::TestNodeMap nodes;
 
 private:
     void Step(const std::string& step) {

@@ -181,17 +181,17 @@ TEST(Nodes, EndlessChainsAndSumsEndAndGoodOnesOfSaneLengthWork) {
 }
 
 TEST(Nodes, EveryNodeOfALargeDescriptionCanBeUsed) {
-    const std::string xml = TestSupport::GeneratedDescription(3000 / TestSupport::NodesPerGeneratedGroup);
+    const std::string xml = VX3::Test::GeneratedDescription(3000 / VX3::Test::NodesPerGeneratedGroup);
     CNodeMapFactory factory(ContentType_Xml, xml.data(), xml.size());
     INodeMap* map = factory.CreateNodeMap();
-    TestSupport::MemoryPort port(1 << 20);
+    VX3::Test::MemoryPort port(1 << 20);
     ASSERT_TRUE(map->Connect(&port));
     EXPECT_TRUE(vx3::GetProblems(*map).empty());
     NodeList_t list;
     map->GetNodes(list);
     int usable = 0;
     for (INode* node : list)
-        TestSupport::FailureOf([&] {
+        VX3::Test::FailureOf([&] {
             const gcstring text = dynamic_cast<IValue&>(*node).ToString(true);
             ++usable;
             dynamic_cast<IValue&>(*node).FromString(text);

@@ -71,7 +71,7 @@ void ExpectSamePixels(const IImage& a, const IImage& b) {
 
 class ImageFiles : public ::testing::Test {
 protected:
-    Test::TempDir dir_;
+    VX3::Test::TempDir dir_;
 };
 
 TEST_F(ImageFiles, LosslessPicturesKeepEveryPixel) {

@@ -12,8 +12,8 @@
 #include <atomic>
 #include <cstring>
 #include <functional>
-#include <gtest/gtest.h>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,11 +55,10 @@ public:
     }
     // Opens and starts; `body` is called for every image that is delivered.
     void Run(std::function<void(const ImageInfo&, IDevice*)> body) {
-        EXPECT_EQ(Open(1, nullptr), Status::Ok);
-        EXPECT_EQ(Start([body](std::shared_ptr<IImage> image, IDevice* device, unsigned int, unsigned int,
-                               void*) { body(*image->GetImageInfo(), device); },
-                        nullptr, 0, nullptr),
-                  Status::Ok);
+        const auto callback = [body](std::shared_ptr<IImage> image, IDevice* device, unsigned int,
+                                     unsigned int, void*) { body(*image->GetImageInfo(), device); };
+        if (Failed(Open(1, nullptr)) || Failed(Start(callback, nullptr, 0, nullptr)))
+            throw std::runtime_error("the stream does not run");
     }
     using StreamAbs::GetStatistics;
     LiveStatistics* GetStatistics() override { return &statistics_; }

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-namespace TestSupport {
+namespace VX3::Test {
 
 // The nodes of one group, entries and the formula inside a register included.
 constexpr std::size_t NodesPerGeneratedGroup = 14;
@@ -153,4 +153,4 @@ inline std::string GeneratedDescription(std::size_t groups) {
     return xml + "  <Port Name=\"Device\" NameSpace=\"Standard\"/>\n</RegisterDescription>\n";
 }
 
-} // namespace TestSupport
+} // namespace VX3::Test

@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
-namespace TestSupport {
+namespace VX3::Test {
 
 class MemoryPort : public GenApi_3_2::IPort {
 public:
@@ -59,4 +59,4 @@ private:
     }
 };
 
-} // namespace TestSupport
+} // namespace VX3::Test

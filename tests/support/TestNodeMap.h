@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace TestSupport {
+namespace VX3::Test {
 
 // "<IntReg Name=NAME>" of 4 big-endian bytes, with further elements.
 inline std::string WordRegister(const std::string& name, unsigned address, const std::string& more = "") {
@@ -77,4 +77,4 @@ std::string FailureOf(Function&& function) {
     return "";
 }
 
-} // namespace TestSupport
+} // namespace VX3::Test

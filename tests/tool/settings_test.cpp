@@ -13,7 +13,7 @@
 
 using namespace VX3;
 using namespace VX3::Tool;
-using namespace VX3::Testing;
+using namespace VX3::Test;
 
 namespace {
 
