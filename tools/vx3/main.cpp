@@ -13,9 +13,9 @@ using namespace VX3::Tool;
 constexpr int Failure = 1;
 constexpr int WrongUsage = 2;
 
-int RunChosen(const CLI::App& app, const std::vector<std::unique_ptr<Command>>& commands) {
+int RunChosen(const std::vector<std::unique_ptr<Command>>& commands) {
     for (const std::unique_ptr<Command>& command : commands)
-        if (app.got_subcommand(command->App()))
+        if (command->Chosen())
             return command->Run();
     return WrongUsage;
 }
@@ -25,14 +25,15 @@ int RunChosen(const CLI::App& app, const std::vector<std::unique_ptr<Command>>& 
 int main(int argc, char** argv) {
     CLI::App app("Finds machine-vision cameras, reads and writes their features, grabs pictures.", "vx3");
     GlobalOptions options;
-    app.add_flag("--json", options.json, "Print results as JSON");
-    app.add_flag("-v,--verbose", options.verbose, "Show the library's log on standard error");
-    app.add_option("--interface", options.interfaceName, "Look only behind this interface (eth0, ...)");
-    app.add_option("--transport", options.transport, "Look only on this transport")
-        ->check(CLI::IsMember({"virtual", "gige", "gencp", "grabber", "gentl", "remote"}));
+    Arguments arguments(&app);
+    arguments.Flag("--json", options.json, "Print results as JSON");
+    arguments.Flag("-v,--verbose", options.verbose, "Show the library's log on standard error");
+    arguments.Add("--interface", options.interfaceName, "Look only behind this interface (eth0, ...)");
+    arguments.Add("--transport", options.transport, "Look only on this transport")
+        .OneOf({"virtual", "gige", "gencp", "grabber", "gentl", "remote"});
     app.require_subcommand(1);
     app.fallthrough();
-    const auto commands = CreateCommands(app, options);
+    const auto commands = CreateCommands(arguments, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -41,7 +42,7 @@ int main(int argc, char** argv) {
     Console& console = Console::Instance();
     console.SetVerbose(options.verbose);
     try {
-        return RunChosen(app, commands);
+        return RunChosen(commands);
     } catch (const std::exception& error) {
         console.EndProgress();
         console.Say(PrintableLines(error.what()));

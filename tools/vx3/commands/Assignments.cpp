@@ -3,8 +3,6 @@
 #include "base/Console.h"
 #include "base/ToolError.h"
 
-#include <CLI/CLI.hpp>
-
 namespace VX3::Tool {
 
 std::vector<Assignment> ParseAssignments(const std::vector<std::string>& texts) {
@@ -12,7 +10,7 @@ std::vector<Assignment> ParseAssignments(const std::vector<std::string>& texts) 
     for (const std::string& text : texts) {
         const std::size_t equals = text.find('=');
         if (equals == std::string::npos || equals == 0)
-            throw CLI::ValidationError("\"" + text + "\" is not FEATURE=VALUE");
+            throw ToolError("\"" + text + "\" is not FEATURE=VALUE");
         assignments.emplace_back(text.substr(0, equals), text.substr(equals + 1));
     }
     return assignments;

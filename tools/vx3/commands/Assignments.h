@@ -12,7 +12,7 @@ namespace VX3::Tool {
 
 using Assignment = std::pair<std::string, std::string>;
 
-// Throws CLI's usage error for a text without '='.
+// Throws ToolError for a text without '='.
 std::vector<Assignment> ParseAssignments(const std::vector<std::string>& texts);
 // Writes them in order. A value that the camera adjusts is said on standard error; one that it does not take
 // throws ToolError.

@@ -1,9 +1,9 @@
 // One verb of the program: its arguments and what it does.
 #pragma once
 
+#include "base/Arguments.h"
 #include "base/GlobalOptions.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,30 +12,32 @@ namespace VX3::Tool {
 
 class Command {
 public:
-    Command(CLI::App& parent, const GlobalOptions& options, const std::string& name, const std::string& help)
-        : app_(parent.add_subcommand(name, help)), options_(options) {}
+    Command(Arguments& program, const GlobalOptions& options, const std::string& name,
+            const std::string& help)
+        : arguments_(program.Verb(name, help)), options_(options) {}
     virtual ~Command() = default;
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
 
     // The program's exit status; failures are thrown.
     virtual int Run() = 0;
-    CLI::App* App() const { return app_; }
+    // True when the command line names this verb.
+    bool Chosen() const { return arguments_.Chosen(); }
 
 protected:
     // The positional argument that most verbs begin with.
     void AddCameraArgument(std::string& camera) {
-        app_->add_option("CAMERA", camera, "Name, serial number, user name, unique name or address")
-            ->required();
+        arguments_.Add("CAMERA", camera, "Name, serial number, user name, unique name or address").Required();
     }
+    Arguments& Args() { return arguments_; }
     const GlobalOptions& Options() const { return options_; }
 
 private:
-    CLI::App* app_;
+    Arguments arguments_;
     const GlobalOptions& options_;
 };
 
 // Every verb in the order of the help text.
-std::vector<std::unique_ptr<Command>> CreateCommands(CLI::App& app, const GlobalOptions& options);
+std::vector<std::unique_ptr<Command>> CreateCommands(Arguments& arguments, const GlobalOptions& options);
 
 } // namespace VX3::Tool

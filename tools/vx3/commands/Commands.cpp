@@ -2,22 +2,22 @@
 
 namespace VX3::Tool {
 
-std::vector<std::unique_ptr<Command>> CreateCommands(CLI::App& app, const GlobalOptions& options) {
+std::vector<std::unique_ptr<Command>> CreateCommands(Arguments& arguments, const GlobalOptions& options) {
     std::vector<std::unique_ptr<Command>> commands;
-    commands.push_back(CreateListCommand(app, options));
-    commands.push_back(CreateInfoCommand(app, options));
-    commands.push_back(CreateFeaturesCommand(app, options));
-    commands.push_back(CreateGetCommand(app, options));
-    commands.push_back(CreateSetCommand(app, options));
-    commands.push_back(CreateRunCommand(app, options));
-    commands.push_back(CreateGrabCommand(app, options));
-    commands.push_back(CreateMonitorCommand(app, options));
-    commands.push_back(CreateXmlCommand(app, options));
-    commands.push_back(CreateDescriptionCommand(app, options));
-    commands.push_back(CreateSaveCommand(app, options));
-    commands.push_back(CreateLoadCommand(app, options));
-    commands.push_back(CreateForceIpCommand(app, options));
-    commands.push_back(CreateVersionCommand(app, options));
+    commands.push_back(CreateListCommand(arguments, options));
+    commands.push_back(CreateInfoCommand(arguments, options));
+    commands.push_back(CreateFeaturesCommand(arguments, options));
+    commands.push_back(CreateGetCommand(arguments, options));
+    commands.push_back(CreateSetCommand(arguments, options));
+    commands.push_back(CreateRunCommand(arguments, options));
+    commands.push_back(CreateGrabCommand(arguments, options));
+    commands.push_back(CreateMonitorCommand(arguments, options));
+    commands.push_back(CreateXmlCommand(arguments, options));
+    commands.push_back(CreateDescriptionCommand(arguments, options));
+    commands.push_back(CreateSaveCommand(arguments, options));
+    commands.push_back(CreateLoadCommand(arguments, options));
+    commands.push_back(CreateForceIpCommand(arguments, options));
+    commands.push_back(CreateVersionCommand(arguments, options));
     return commands;
 }
 

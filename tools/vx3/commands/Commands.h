@@ -5,19 +5,19 @@
 
 namespace VX3::Tool {
 
-std::unique_ptr<Command> CreateListCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateInfoCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateFeaturesCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateGetCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateSetCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateRunCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateGrabCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateMonitorCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateXmlCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateDescriptionCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateSaveCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateLoadCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateForceIpCommand(CLI::App& app, const GlobalOptions& options);
-std::unique_ptr<Command> CreateVersionCommand(CLI::App& app, const GlobalOptions& options);
+std::unique_ptr<Command> CreateListCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateInfoCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateFeaturesCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateGetCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateSetCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateRunCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateGrabCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateMonitorCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateXmlCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateDescriptionCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateSaveCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateLoadCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateForceIpCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateVersionCommand(Arguments& arguments, const GlobalOptions& options);
 
 } // namespace VX3::Tool

@@ -12,14 +12,13 @@ namespace {
 
 class DescriptionCommand : public Command {
 public:
-    DescriptionCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "description", "Check a description file without a camera") {
-        App()->add_option("FILE", file_, "GenApi description, .xml or .zip")->required();
-        App()
-            ->add_option("--visibility", visibility_,
-                         "Show features up to this visibility (default invisible)")
-            ->transform(CLI::IsMember({"beginner", "expert", "guru", "invisible"}, CLI::ignore_case));
-        App()->add_flag("--problems", onlyProblems_, "Leave the tree out");
+    DescriptionCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "description", "Check a description file without a camera") {
+        Args().Add("FILE", file_, "GenApi description, .xml or .zip").Required();
+        Args()
+            .Add("--visibility", visibility_, "Show features up to this visibility (default invisible)")
+            .OneOfAnyCase({"beginner", "expert", "guru", "invisible"});
+        Args().Flag("--problems", onlyProblems_, "Leave the tree out");
     }
 
     // Over registers that read as zeros; a file that works but has problems is a success.
@@ -77,8 +76,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateDescriptionCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<DescriptionCommand>(app, options);
+std::unique_ptr<Command> CreateDescriptionCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<DescriptionCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

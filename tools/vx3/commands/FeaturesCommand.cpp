@@ -10,12 +10,12 @@ namespace {
 
 class FeaturesCommand : public Command {
 public:
-    FeaturesCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "features", "Show a camera's features by category") {
+    FeaturesCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "features", "Show a camera's features by category") {
         AddCameraArgument(camera_);
-        App()
-            ->add_option("--visibility", visibility_, "Show features up to this visibility (default guru)")
-            ->transform(CLI::IsMember({"beginner", "expert", "guru", "invisible"}, CLI::ignore_case));
+        Args()
+            .Add("--visibility", visibility_, "Show features up to this visibility (default guru)")
+            .OneOfAnyCase({"beginner", "expert", "guru", "invisible"});
     }
 
     int Run() override {
@@ -36,8 +36,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateFeaturesCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<FeaturesCommand>(app, options);
+std::unique_ptr<Command> CreateFeaturesCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<FeaturesCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

@@ -24,12 +24,12 @@ std::uint32_t ParseAddress(const std::string& text) {
 
 class ForceIpCommand : public Command {
 public:
-    ForceIpCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "force-ip", "Give a GigE Vision camera an address until it restarts") {
+    ForceIpCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "force-ip", "Give a GigE Vision camera an address until it restarts") {
         AddCameraArgument(camera_);
-        App()->add_option("ADDRESS", address_, "The camera's new address")->required()->check(IsAddress);
-        App()->add_option("MASK", mask_, "Its subnet mask (default: the host interface's)")->check(IsAddress);
-        App()->add_option("GATEWAY", gateway_, "Its gateway (default 0.0.0.0)")->check(IsAddress);
+        Args().Add("ADDRESS", address_, "The camera's new address").Required().Check(IsAddress);
+        Args().Add("MASK", mask_, "Its subnet mask (default: the host interface's)").Check(IsAddress);
+        Args().Add("GATEWAY", gateway_, "Its gateway (default 0.0.0.0)").Check(IsAddress);
     }
 
     int Run() override {
@@ -80,8 +80,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateForceIpCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<ForceIpCommand>(app, options);
+std::unique_ptr<Command> CreateForceIpCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<ForceIpCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

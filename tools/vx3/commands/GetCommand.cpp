@@ -12,9 +12,10 @@ namespace {
 
 class GetCommand : public Command {
 public:
-    GetCommand(CLI::App& app, const GlobalOptions& options) : Command(app, options, "get", "Read features") {
+    GetCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "get", "Read features") {
         AddCameraArgument(camera_);
-        App()->add_option("FEATURE", features_, "Names of features")->required();
+        Args().Add("FEATURE", features_, "Names of features").Required();
     }
 
     // Reads what can be read before it complains about the rest.
@@ -59,8 +60,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateGetCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<GetCommand>(app, options);
+std::unique_ptr<Command> CreateGetCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<GetCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

@@ -59,42 +59,39 @@ void SetPacketSize(const Connection& connection, unsigned int size) {
 
 class GrabCommand : public Command {
 public:
-    GrabCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "grab", "Stream frames and save them as pictures") {
+    GrabCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "grab", "Stream frames and save them as pictures") {
         AddCameraArgument(camera_);
-        App()
-            ->add_option("-n,--frames", limits_.frames, "Frames to grab; 0 until Ctrl-C (default 1)")
-            ->check([](const std::string& text) { // a negative number would wrap
+        Args()
+            .Add("-n,--frames", limits_.frames, "Frames to grab; 0 until Ctrl-C (default 1)")
+            .Check([](const std::string& text) { // a negative number would wrap
                 const bool digits =
                     !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
                 return digits ? std::string() : "\"" + text + "\" is not a number of frames";
             });
-        App()->add_option("-o,--output", writer_.directory, "Directory of the pictures (default .)");
-        App()
-            ->add_option("--format", writer_.picture.format, "Picture format (default png)")
-            ->check(CLI::IsMember({"png", "tiff", "bmp", "raw"}));
-        App()
-            ->add_option("--set", assignments_, "FEATURE=VALUE to write before streaming; repeatable")
-            ->allow_extra_args(false)
-            ->check([](const std::string& text) {
+        Args().Add("-o,--output", writer_.directory, "Directory of the pictures (default .)");
+        Args()
+            .Add("--format", writer_.picture.format, "Picture format (default png)")
+            .OneOf({"png", "tiff", "bmp", "raw"});
+        Args()
+            .Add("--set", assignments_, "FEATURE=VALUE to write before streaming; repeatable")
+            .OneAtATime()
+            .Check([](const std::string& text) {
                 return text.find('=') == std::string::npos ? "\"" + text + "\" is not FEATURE=VALUE" : "";
             });
-        App()
-            ->add_option("--packet-size", packetSize_, "Bytes of a GigE Vision packet, headers included")
-            ->check(CLI::Range(46, 65535));
-        App()
-            ->add_option("--timeout", limits_.timeout, "Seconds without a frame that end the run (default 5)")
-            ->check(CLI::Range(0.01, 1e6));
-        App()->add_flag("--no-save", noSave_, "Only count the frames");
-        App()
-            ->add_option("--convert", conversion_, "Save as rgb8 or mono8")
-            ->check(CLI::IsMember({"rgb8", "mono8"}));
-        App()->add_option("--map", map_, "False colour of mono frames: NAME[:LOW:RANGE]");
-        App()->add_flag("--histogram", writer_.histogram, "Plot the histogram of all frames");
-        App()
-            ->add_option("--queue", queueMegabytes_,
-                         "Megabytes of frames that may wait to be saved (default 512)")
-            ->check(CLI::Range(1, 1 << 20));
+        Args()
+            .Add("--packet-size", packetSize_, "Bytes of a GigE Vision packet, headers included")
+            .Between(46, 65535);
+        Args()
+            .Add("--timeout", limits_.timeout, "Seconds without a frame that end the run (default 5)")
+            .Between(0.01, 1e6);
+        Args().Flag("--no-save", noSave_, "Only count the frames");
+        Args().Add("--convert", conversion_, "Save as rgb8 or mono8").OneOf({"rgb8", "mono8"});
+        Args().Add("--map", map_, "False colour of mono frames: NAME[:LOW:RANGE]");
+        Args().Flag("--histogram", writer_.histogram, "Plot the histogram of all frames");
+        Args()
+            .Add("--queue", queueMegabytes_, "Megabytes of frames that may wait to be saved (default 512)")
+            .Between(1, 1 << 20);
     }
 
     int Run() override {
@@ -197,8 +194,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateGrabCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<GrabCommand>(app, options);
+std::unique_ptr<Command> CreateGrabCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<GrabCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

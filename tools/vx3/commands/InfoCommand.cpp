@@ -50,10 +50,10 @@ void AddFeatureValue(Json& json, const char* key, IConfigurer& configurer, const
 
 class InfoCommand : public Command {
 public:
-    InfoCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "info", "Show what is known of a camera") {
+    InfoCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "info", "Show what is known of a camera") {
         AddCameraArgument(camera_);
-        App()->add_flag("--no-connect", noConnect_, "Show only what discovery told");
+        Args().Flag("--no-connect", noConnect_, "Show only what discovery told");
     }
 
     int Run() override {
@@ -114,8 +114,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateInfoCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<InfoCommand>(app, options);
+std::unique_ptr<Command> CreateInfoCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<InfoCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

@@ -43,8 +43,8 @@ Json CameraJson(const FoundCamera& found) {
 
 class ListCommand : public Command {
 public:
-    ListCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "list", "List the cameras that answer") {}
+    ListCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "list", "List the cameras that answer") {}
 
     int Run() override {
         CameraSearch search(Options());
@@ -75,8 +75,8 @@ public:
 
 } // namespace
 
-std::unique_ptr<Command> CreateListCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<ListCommand>(app, options);
+std::unique_ptr<Command> CreateListCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<ListCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

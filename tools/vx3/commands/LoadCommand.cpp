@@ -13,10 +13,10 @@ namespace {
 
 class LoadCommand : public Command {
 public:
-    LoadCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "load", "Set a camera from a file that 'save' wrote") {
+    LoadCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "load", "Set a camera from a file that 'save' wrote") {
         AddCameraArgument(camera_);
-        App()->add_option("FILE", file_, "Text file, one feature a line")->required();
+        Args().Add("FILE", file_, "Text file, one feature a line").Required();
     }
 
     int Run() override {
@@ -55,8 +55,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateLoadCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<LoadCommand>(app, options);
+std::unique_ptr<Command> CreateLoadCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<LoadCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

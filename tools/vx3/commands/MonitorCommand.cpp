@@ -37,14 +37,12 @@ std::string TimeText() {
 
 class MonitorCommand : public Command {
 public:
-    MonitorCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "monitor", "Report cameras as they come, go and change, until Ctrl-C") {
-        App()
-            ->add_option("--period", period_, "Seconds between two looks (default 2)")
-            ->check(CLI::Range(0.1, 3600.0));
-        App()
-            ->add_option("--duration", duration_, "Seconds after which to end; 0 never (default)")
-            ->check(CLI::Range(0.0, 1e9));
+    MonitorCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "monitor", "Report cameras as they come, go and change, until Ctrl-C") {
+        Args().Add("--period", period_, "Seconds between two looks (default 2)").Between(0.1, 3600.0);
+        Args()
+            .Add("--duration", duration_, "Seconds after which to end; 0 never (default)")
+            .Between(0.0, 1e9);
     }
 
     int Run() override {
@@ -99,8 +97,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateMonitorCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<MonitorCommand>(app, options);
+std::unique_ptr<Command> CreateMonitorCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<MonitorCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

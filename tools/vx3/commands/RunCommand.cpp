@@ -10,13 +10,13 @@ namespace {
 
 class RunCommand : public Command {
 public:
-    RunCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "run", "Execute a command") {
+    RunCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "run", "Execute a command") {
         AddCameraArgument(camera_);
-        App()->add_option("COMMAND", command_, "Name of the command")->required();
-        App()
-            ->add_option("--timeout", timeout_, "Seconds to wait until it is done (default 5)")
-            ->check(CLI::Range(0.0, 86400.0));
+        Args().Add("COMMAND", command_, "Name of the command").Required();
+        Args()
+            .Add("--timeout", timeout_, "Seconds to wait until it is done (default 5)")
+            .Between(0.0, 86400.0);
     }
 
     int Run() override {
@@ -35,8 +35,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateRunCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<RunCommand>(app, options);
+std::unique_ptr<Command> CreateRunCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<RunCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

@@ -13,11 +13,11 @@ namespace {
 
 class SaveCommand : public Command {
 public:
-    SaveCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "save", "Save a camera's settings to a text file") {
+    SaveCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "save", "Save a camera's settings to a text file") {
         AddCameraArgument(camera_);
-        App()->add_option("FILE", file_, "Text file, one feature a line")->required();
-        App()->add_flag("--all", everything_, "Also features that the camera does not mark as streamable");
+        Args().Add("FILE", file_, "Text file, one feature a line").Required();
+        Args().Flag("--all", everything_, "Also features that the camera does not mark as streamable");
     }
 
     int Run() override {
@@ -49,8 +49,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateSaveCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<SaveCommand>(app, options);
+std::unique_ptr<Command> CreateSaveCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<SaveCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

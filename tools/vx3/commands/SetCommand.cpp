@@ -9,10 +9,10 @@ namespace {
 
 class SetCommand : public Command {
 public:
-    SetCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "set", "Write features; enumerations by symbolic name or number") {
+    SetCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "set", "Write features; enumerations by symbolic name or number") {
         AddCameraArgument(camera_);
-        App()->add_option("FEATURE=VALUE", texts_, "What to write")->required()->check(IsAssignment);
+        Args().Add("FEATURE=VALUE", texts_, "What to write").Required().Check(IsAssignment);
     }
 
     int Run() override {
@@ -43,8 +43,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateSetCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<SetCommand>(app, options);
+std::unique_ptr<Command> CreateSetCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<SetCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

@@ -9,8 +9,8 @@ namespace {
 
 class VersionCommand : public Command {
 public:
-    VersionCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "version", "Show the library's version") {}
+    VersionCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "version", "Show the library's version") {}
 
     int Run() override {
         Console& console = Console::Instance();
@@ -27,8 +27,8 @@ public:
 
 } // namespace
 
-std::unique_ptr<Command> CreateVersionCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<VersionCommand>(app, options);
+std::unique_ptr<Command> CreateVersionCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<VersionCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool

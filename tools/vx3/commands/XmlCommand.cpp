@@ -13,11 +13,11 @@ namespace {
 
 class XmlCommand : public Command {
 public:
-    XmlCommand(CLI::App& app, const GlobalOptions& options)
-        : Command(app, options, "xml", "Print a camera's description, unpacked") {
+    XmlCommand(Arguments& arguments, const GlobalOptions& options)
+        : Command(arguments, options, "xml", "Print a camera's description, unpacked") {
         AddCameraArgument(camera_);
-        App()->add_option("-o,--output", file_, "Write to this file instead");
-        App()->add_flag("--original", original_, "The bytes as the camera gave them, perhaps zipped");
+        Args().Add("-o,--output", file_, "Write to this file instead");
+        Args().Flag("--original", original_, "The bytes as the camera gave them, perhaps zipped");
     }
 
     int Run() override {
@@ -53,8 +53,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> CreateXmlCommand(CLI::App& app, const GlobalOptions& options) {
-    return std::make_unique<XmlCommand>(app, options);
+std::unique_ptr<Command> CreateXmlCommand(Arguments& arguments, const GlobalOptions& options) {
+    return std::make_unique<XmlCommand>(arguments, options);
 }
 
 } // namespace VX3::Tool
