@@ -12,8 +12,10 @@ add_library(vx3_opencv INTERFACE)
 target_include_directories(vx3_opencv SYSTEM INTERFACE ${OpenCV_INCLUDE_DIRS})
 target_link_libraries(vx3_opencv INTERFACE opencv_core opencv_imgproc opencv_imgcodecs)
 
+# Without this latitude ccache refuses every file that has a precompiled header.
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  set(launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
+  set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()

@@ -6,6 +6,8 @@ cd "$(dirname "$0")/.."
 ./scripts/setup.sh
 build=${BUILD:-build/test}
 jobs=${JOBS:-$(nproc)}
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVX3_WERROR=ON >/dev/null
+# Line numbers are enough to read a failure by; full debug information costs a quarter of the build.
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG" \
+    -DVX3_WERROR=ON >/dev/null
 cmake --build "$build" -j "$jobs"
 ctest --test-dir "$build" --output-on-failure -j "$jobs"
