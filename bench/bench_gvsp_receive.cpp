@@ -70,12 +70,11 @@ Result RunFloor(const CameraProcess& camera, SendOrder order) {
     const double before = CpuSeconds();
     std::thread thread([&] {
         std::vector<std::uint8_t> buffer(16384);
-        while (true) {
+        while (true)
             if (::recvfrom(socket.Descriptor(), buffer.data(), buffer.size(), 0, nullptr, nullptr) >= 0)
                 ++packets;
             else if (done)
                 return;
-        }
     });
     camera.Order(order);
     const SendReport sent = camera.Report();

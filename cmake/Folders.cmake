@@ -43,8 +43,9 @@ endfunction()
 function(vx3_test_options target)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(${target} PRIVATE VX3_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  # Tests are compiled more often than they run.
-  target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1>)
+  # Tests are compiled more often than they run. An expectation under an if stands unbraced; GoogleTest's macros keep
+  # their own else to themselves.
+  target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1> $<$<COMPILE_LANGUAGE:CXX>:-Wno-dangling-else>)
   target_link_libraries(${target} PRIVATE GTest::gtest GTest::gtest_main)
 endfunction()
 
@@ -57,6 +58,9 @@ function(vx3_precompiled_gtest target)
   if(NOT TARGET vx3_gtest_header)
     file(WRITE ${CMAKE_BINARY_DIR}/gtest_header.cpp "")
     add_library(vx3_gtest_header OBJECT ${CMAKE_BINARY_DIR}/gtest_header.cpp)
+    # As programs are compiled, not as libraries: the compiler refuses a header made otherwise.
+    set_target_properties(vx3_gtest_header PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    target_compile_options(vx3_gtest_header PRIVATE -fPIE)
     target_link_libraries(vx3_gtest_header PRIVATE vx3_options)
     vx3_test_options(vx3_gtest_header)
     target_precompile_headers(vx3_gtest_header PRIVATE <gtest/gtest.h>)

@@ -58,9 +58,8 @@ std::string ReadText(INode& node) {
         return std::to_string(integer->GetValue(false, false));
     if (auto* boolean = dynamic_cast<IBoolean*>(&node))
         return boolean->GetValue(false, false) ? "true" : "false";
-    if (auto* real = dynamic_cast<IFloat*>(&node)) {
+    if (auto* real = dynamic_cast<IFloat*>(&node))
         return std::to_string(real->GetValue(false, false)); // fixed notation, six decimals
-    }
     if (auto* text = dynamic_cast<IString*>(&node))
         return text->GetValue(false, false);
     if (auto* enumeration = dynamic_cast<IEnumeration*>(&node))

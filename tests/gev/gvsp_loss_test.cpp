@@ -123,9 +123,8 @@ TEST(GvspLoss, FivePercentDeliversOrCountsEveryFrame) {
         const LabImage& image = run.lab.Images()[i];
         EXPECT_EQ(image.intact, image.lost == 0) << image.blockId;
         lost += image.lost;
-        if (i > 0) {
+        if (i > 0)
             EXPECT_GT(image.blockId, run.lab.Images()[i - 1].blockId);
-        }
     }
     EXPECT_EQ(lost, counts.missingPackets);
     for (const auto& [packet, times] : run.asked)

@@ -62,9 +62,8 @@ public:
     StatusCode Listen() {
         const StatusCode port = receiver.StartListen(
             param, pool, [this](std::unique_ptr<IImage>&& image, unsigned int) { Check(*image); }, 0);
-        if (!Failed(port)) {
+        if (!Failed(port))
             EXPECT_TRUE(receiver.WaitUntilReady(seconds(5)));
-        }
         return port;
     }
     void Run(const StreamScript& script) {

@@ -248,9 +248,8 @@ TEST(BlockPackets, EveryPayloadTypeIsLaidOutAsTheStandardSays) {
                 sizes.push_back(packet.data.size);
                 data.insert(data.end(), packet.data.data, packet.data.data + packet.data.size);
             }
-            if (!c.payloadSizes.empty()) {
+            if (!c.payloadSizes.empty())
                 EXPECT_EQ(sizes, c.payloadSizes);
-            }
             ExpectFields(prepared.Packet(1, stamp).head, c.first);
             ExpectFields(prepared.Packet(layout.PayloadPackets(), stamp).head, c.last);
             std::vector<std::uint8_t> expected;
@@ -270,9 +269,8 @@ TEST(BlockPackets, ResendsSayThatTheyAre) {
         ASSERT_TRUE(Gvsp::DecodeHeader(room.data(), room.size(), header));
         EXPECT_EQ(header.status, 0x0100);
         EXPECT_EQ(header.blockId, id);
-        if (extended) {
+        if (extended)
             EXPECT_EQ(room[3], 1) << "the flag beside the status";
-        }
         EXPECT_EQ(maker.MakeHead(0, {}, 0, {room.data(), 30}), 0U) << "no room for a leader";
     }
 }

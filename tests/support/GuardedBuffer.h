@@ -20,13 +20,11 @@ public:
         const std::size_t body = (size + page) / page * page;
         mapped_ = body + 2 * page;
         void* memory = mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (memory == MAP_FAILED) {
+        if (memory == MAP_FAILED)
             throw std::runtime_error("mmap");
-        }
         base_ = static_cast<std::uint8_t*>(memory);
-        if (mprotect(base_, page, PROT_NONE) != 0 || mprotect(base_ + page + body, page, PROT_NONE) != 0) {
+        if (mprotect(base_, page, PROT_NONE) != 0 || mprotect(base_ + page + body, page, PROT_NONE) != 0)
             throw std::runtime_error("mprotect");
-        }
         data_ = guard == Guard::Behind ? base_ + page + body - size : base_ + page;
     }
     ~GuardedBuffer() { munmap(base_, mapped_); }

@@ -121,12 +121,11 @@ template <typename Pick>
 void GvspMissingRanges::RemoveIf(Pick pick) {
     for (Items* items : {&requests_, &waiting_}) {
         std::size_t kept = 0;
-        for (std::size_t i = 0; i < items->size(); ++i) {
+        for (std::size_t i = 0; i < items->size(); ++i)
             if (pick((*items)[i]))
                 GiveUp((*items)[i]);
             else
                 (*items)[kept++] = (*items)[i];
-        }
         items->resize(kept);
     }
 }

@@ -50,12 +50,11 @@ bool Matches(const IDevice& camera, const std::string& selector) {
 std::vector<FoundCamera> Matching(const std::vector<FoundCamera>& cameras, const std::string& selector) {
     std::vector<FoundCamera> named;
     std::vector<FoundCamera> models;
-    for (const FoundCamera& found : cameras) {
+    for (const FoundCamera& found : cameras)
         if (Matches(*found.camera, selector))
             named.push_back(found);
         else if (found.camera->ModelName() == selector)
             models.push_back(found);
-    }
     return named.empty() ? models : named;
 }
 
