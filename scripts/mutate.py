@@ -181,7 +181,7 @@ class Tree:
         self.build.mkdir(exist_ok=True)
         command = ["cmake", "-S", str(self.copy), "-B", str(self.build), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
                    "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1", "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1", "-DVX3_BUILD_BENCH=OFF",
-                   "-DVX3_BUILD_EXAMPLES=OFF", "-DVX3_BUILD_TOOLS=" + ("ON" if needs_tools else "OFF")]
+                   "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", "-DVX3_BUILD_EXAMPLES=OFF", "-DVX3_BUILD_TOOLS=" + ("ON" if needs_tools else "OFF")]
         return self.run(command, 300, self.build / "configure.log") == 0
 
     def compile(self, programs):
@@ -219,9 +219,9 @@ class Tree:
         original = path.read_text(encoding="utf-8")
         try:
             path.write_text(original[: mutant.start] + mutant.new + original[mutant.end :], encoding="utf-8")
-            if not self.compile(programs):
-                return "unbuildable", ""
             for program in programs:
+                if not self.compile([program]):
+                    return "unbuildable", ""
                 failed = self.test(program, self.limits[program])
                 if failed:
                     return "killed", failed
