@@ -154,7 +154,7 @@ void ResetCamera(SubDevice* camera) {
     auto* ports = dynamic_cast<IGenIObj*>(pinned.get());
     Require(ports != nullptr);
     for (unsigned int i = 0; i < 3; ++i)
-        ports->WritePort(0x01000000 + 4 * i, reinterpret_cast<const unsigned char*>(&tiny[i]), 4);
+        (void)ports->WritePort(0x01000000 + 4 * i, reinterpret_cast<const unsigned char*>(&tiny[i]), 4);
 }
 
 template <typename Record>

@@ -92,15 +92,15 @@ std::string Zip(const std::map<std::string, std::string>& files) {
     return bytes;
 }
 
+const auto Parse = [](const std::string& xml) { return Description::FromXml(xml, "test.xml"); };
 const std::string Good = Root("\n<Port Name='Device'/>\n") + "\n";
 
 TEST(Description, HeaderTellsTheFile) {
-    const auto description = Description::FromXml("\xEF\xBB\xBF"
-                                                  R"(<?xml version='1.0' encoding='utf-8'?>
+    const auto description = Parse("\xEF\xBB\xBF"
+                                   R"(<?xml version='1.0' encoding='utf-8'?>
 <g:RegisterDescription xmlns:g='urn:x' ModelName=' M ' VendorName='V' ToolTip='T' StandardNameSpace='GEV'
 SchemaMajorVersion='1' SchemaSubMinorVersion=' 0 ' MajorVersion='2' MinorVersion='99999999999'
-SubMinorVersion='x' ProductGuid='P' VersionGuid='G'><g:Port Name='Device'/></g:RegisterDescription>)",
-                                                  "test.xml");
+SubMinorVersion='x' ProductGuid='P' VersionGuid='G'><g:Port Name='Device'/></g:RegisterDescription>)");
     const DescriptionHeader& h = description->Header();
     EXPECT_EQ((std::vector<std::string_view>{"M", "GEV", "G"}),
               (std::vector<std::string_view>{h.modelName, h.standardNameSpace, h.versionGuid}));
@@ -110,7 +110,7 @@ SubMinorVersion='x' ProductGuid='P' VersionGuid='G'><g:Port Name='Device'/></g:R
 }
 
 TEST(Description, ElementsReferencesStructuresAndEntries) {
-    const auto description = Description::FromXml(R"(<RegisterDescription>
+    const auto description = Parse(R"(<RegisterDescription>
 <Integer Name=' W ' NameSpace='Standard' MergePriority='-1'><Min>
    	0x10 </Min><!-- between --><Max>1<!-- in -->2</Max><ToolTip><![CDATA[ a < b ]]></ToolTip>
 <Description>a &amp; <![CDATA[b]]> c</Description><Unit/><pIndex>S</pIndex><ValueIndexed Index='0x1'>7</ValueIndexed></Integer>
@@ -122,8 +122,7 @@ TEST(Description, ElementsReferencesStructuresAndEntries) {
 <StructEntry Name='High' NameSpace='Custom'><pIsLocked>W</pIsLocked></StructEntry></StructReg>
 <Enumeration Name='Mode'><EnumEntry Name='On'><Value>1</Value></EnumEntry>
 <EnumEntry Name='Off'><Value>0</Value><Symbolic>Dark</Symbolic></EnumEntry><Value>1</Value></Enumeration>
-</RegisterDescription>)",
-                                                  "test.xml");
+</RegisterDescription>)");
     EXPECT_EQ(ProblemsOf(*description), "");
     EXPECT_EQ(
         Dump(*description),
@@ -142,7 +141,7 @@ TEST(Description, ElementsReferencesStructuresAndEntries) {
 }
 
 TEST(Description, BadNodesDoNotCostTheGoodOnes) {
-    const auto description = Description::FromXml(R"(<RegisterDescription>
+    const auto description = Parse(R"(<RegisterDescription>
 <Integer Name='A'><Value>1</Value><Sparkle>2</Sparkle><Min/></Integer>
 <Gadget Name='G'><Value>1</Value></Gadget>
 <Integer Name='A'><Value>2</Value></Integer>
@@ -153,8 +152,7 @@ TEST(Description, BadNodesDoNotCostTheGoodOnes) {
 <StructReg><pPort>Nowhere</pPort><StructEntry Name='S1'><Bit>1</Bit></StructEntry>
 <StructEntry Name='S2'><Bit>2</Bit></StructEntry></StructReg><Integer Name='I'><EnumEntry Name='Z'/><StructEntry/></Integer>
 <SwissKnife Name='K'><pVariable>A</pVariable><IntSwissKnife/><ValueIndexed>1</ValueIndexed></SwissKnife>
-<StringReg Name='T'><Address/></StringReg><String Name='U'><Value/></String></RegisterDescription>)",
-                                                  "test.xml");
+<StringReg Name='T'><Address/></StringReg><String Name='U'><Value/></String></RegisterDescription>)");
     EXPECT_EQ(ProblemsOf(*description), R"(2 A: unknown element 'Sparkle' is skipped
 2 A: Min without a value is skipped
 3 G: unknown node type 'Gadget' is skipped
@@ -190,7 +188,7 @@ TEST(Description, DamagedTextsAreRefused) {
     EXPECT_EQ(RefusalOf(Good + std::string(100, '\0')), ""); // padding of the camera's memory
     for (std::size_t length = 0; length < Good.size() - 1; ++length)
         EXPECT_NE(RefusalOf(Good.substr(0, length)), "") << length;
-    EXPECT_EQ(Dump(*Description::FromXml(Root("<String Name='S'><Value>&undefined;</Value></String>"), "x")),
+    EXPECT_EQ(Dump(*Parse(Root("<String Name='S'><Value>&undefined;</Value></String>"))),
               "1 String S Value=&undefined;\n");
 }
 
@@ -219,8 +217,7 @@ TEST(Description, NestingAndSizesAreBounded) {
     ExpectRefused(Root("<StructReg>" + Repeated("<Address>1</Address>", 1000) + entries + "</StructReg>"),
                   "too many elements");
     ExpectRefused(Root(nodes), "more than 32768 nodes");
-    const auto noisy =
-        Description::FromXml(Root(Repeated("<Gadget Name='G'/>", 5000) + "<Port Name='P'/>"), "x");
+    const auto noisy = Parse(Root(Repeated("<Gadget Name='G'/>", 5000) + "<Port Name='P'/>"));
     EXPECT_EQ(noisy->Problems().size(), Description::MaxProblems);
     EXPECT_EQ(noisy->SuppressedProblems(), 5000 - Description::MaxProblems);
     EXPECT_EQ(noisy->Nodes().size(), 1u);

@@ -129,11 +129,13 @@ EAccessMode RegisterCore::Access() const {
 }
 
 void RegisterCore::Read(const NodeBase& owner, std::uint8_t* to, std::size_t length) const {
-    port_->Read(owner, Address(), to, length);
+    if (length != 0) // ports may be given no empty rooms
+        port_->Read(owner, Address(), to, length);
 }
 
 void RegisterCore::Write(const NodeBase& owner, const std::uint8_t* from, std::size_t length) const {
-    port_->Write(owner, Address(), from, length);
+    if (length != 0)
+        port_->Write(owner, Address(), from, length);
 }
 
 std::uint64_t RegisterCore::PlaceHash() const {
