@@ -155,7 +155,8 @@ TEST(Crop, IsCutToTheImage) {
     const auto pixels = Ramp(info.ImageDataSize());
     const AbsImage image(&info, pixels.data(), 0);
     const auto size = [&](const ROIRect& roi) {
-        const ImageInfo& part = *image.Copy(&roi, nullptr)->GetImageInfo();
+        const auto copy = image.Copy(&roi, nullptr);
+        const ImageInfo& part = *copy->GetImageInfo();
         return std::tuple(part.width, part.height, unsigned(part.paddingX));
     };
     EXPECT_EQ(size({8, 5, 100, 100}), std::tuple(2U, 1U, 0U));

@@ -55,8 +55,10 @@ protected:
             got.status[address] = header.status;
             got.largest = std::max(got.largest, static_cast<std::size_t>(size));
             if (header.Is(Gvsp::Format::Payload))
-                got.payload[address].assign(buffer.begin() + static_cast<std::ptrdiff_t>(header.Size()),
-                                            buffer.begin() + size);
+                got.payload[address].assign(
+                    buffer.begin() + static_cast<std::ptrdiff_t>(header.Size()),
+                    buffer.begin() +
+                        std::min<std::ptrdiff_t>(size, static_cast<std::ptrdiff_t>(buffer.size())));
         }
     }
     Got Run(const StreamScript& script) {
