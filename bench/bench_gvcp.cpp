@@ -23,12 +23,12 @@ using namespace VX3;
 
 namespace {
 
-constexpr std::uint32_t localhost = 0x7F000001;
+constexpr std::uint32_t Localhost = 0x7F000001;
 
 sockaddr_in Loopback(std::uint16_t port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(localhost);
+    address.sin_addr.s_addr = htonl(Localhost);
     address.sin_port = htons(port);
     return address;
 }
@@ -122,7 +122,7 @@ int main(int argc, char** argv) {
     Responder responder;
     BareClient bare(responder.Port());
     std::atomic<std::uint16_t> counter{1};
-    GevCmdHelper helper({localhost, 0xFF000000, 0}, {localhost, 0xFF000000, 0}, 1000, counter,
+    GevCmdHelper helper({Localhost, 0xFF000000, 0}, {Localhost, 0xFF000000, 0}, 1000, counter,
                         responder.Port());
     std::vector<double> ours;
     std::vector<double> floors;

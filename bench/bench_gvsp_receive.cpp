@@ -29,7 +29,7 @@ struct Method {
 // Results go here; the library's own log lines about lost packets would drown them.
 std::FILE* g_out = stdout;
 
-constexpr Method methods[] = {{"bare recvfrom", true, ReceiveMethod::RecvFrom},
+constexpr Method Methods[] = {{"bare recvfrom", true, ReceiveMethod::RecvFrom},
                               {"recvfrom", false, ReceiveMethod::RecvFrom},
                               {"recvmmsg", false, ReceiveMethod::RecvMmsg},
                               {"gro", false, ReceiveMethod::Gro}};
@@ -175,13 +175,13 @@ bool Compare(unsigned mtu, bool smoke) {
     for (unsigned round = 0; round < rounds; ++round)
         for (std::size_t i = 0; i < 4; ++i)
             rates[i] = std::max(
-                rates[i], HighestLossless(camera, order, methods[i], mtu >= 9000 ? 40 : 24, smoke ? 3 : 6));
+                rates[i], HighestLossless(camera, order, Methods[i], mtu >= 9000 ? 40 : 24, smoke ? 3 : 6));
     order.gigabits = std::max(0.5, 0.6 * rates[0]);
     for (std::size_t i = 0; i < 4; ++i) {
         double sum[5];
         const unsigned pairs = smoke ? 1 : 5;
         for (unsigned n = 0; n < pairs; ++n)
-            sum[n] = Run(camera, order, methods[i]).cpuPerGigabyte;
+            sum[n] = Run(camera, order, Methods[i]).cpuPerGigabyte;
         std::sort(sum, sum + pairs);
         cpu[i] = sum[pairs / 2];
     }
@@ -189,7 +189,7 @@ bool Compare(unsigned mtu, bool smoke) {
         std::fprintf(g_out,
                      "  %-14s lossless to %5.2f Gbit/s (%.2f of the floor), %.3f CPU s/GB at %.1f Gbit/s "
                      "(%.2f of the floor)\n",
-                     methods[i].name, rates[i], rates[0] > 0 ? rates[i] / rates[0] : 0, cpu[i],
+                     Methods[i].name, rates[i], rates[0] > 0 ? rates[i] / rates[0] : 0, cpu[i],
                      order.gigabits, cpu[0] > 0 ? cpu[i] / cpu[0] : 0);
     return MemorySteady(camera, smoke ? 100 : 10000, std::max(0.5, 0.5 * rates[0]));
 }

@@ -25,6 +25,11 @@ inline void Require(bool holds, const char* file = __builtin_FILE(), int line = 
     std::abort();
 }
 
+// Reads a byte, so that a place outside its memory is seen.
+inline void Touch(const std::uint8_t* at) {
+    static_cast<void>(*static_cast<const volatile std::uint8_t*>(at));
+}
+
 // Bytes in order; behind the end come zeros.
 class FuzzInput {
 public:
@@ -52,9 +57,9 @@ public:
         Skip(size);
         return bytes;
     }
-    std::string Line() {
+    std::string Line(char last = '\n') {
         const auto* end =
-            static_cast<const std::uint8_t*>(left_ == 0 ? nullptr : std::memchr(at_, '\n', left_));
+            static_cast<const std::uint8_t*>(left_ == 0 ? nullptr : std::memchr(at_, last, left_));
         const std::size_t size = end == nullptr ? left_ : static_cast<std::size_t>(end - at_);
         const std::string line(reinterpret_cast<const char*>(at_), size);
         Skip(std::min(left_, size + 1));

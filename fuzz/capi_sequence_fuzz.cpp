@@ -47,7 +47,7 @@ T Draw(FuzzInput& in) {
         return [](Image* image, SubDevice* camera, unsigned int stream, unsigned int, void*) {
             const ImageDescription description = Image_GetImageInfo(image);
             if (const unsigned char* pixels = Image_GetImageBuff(image); description.dataSize != 0)
-                Require(pixels[description.dataSize - 1] <= 255);
+                Touch(pixels + description.dataSize - 1);
             const unsigned does = g_callbackDoes % 8;
             if (does < 2)
                 does == 0 ? SubDevice_StopStreamByIndex(camera, stream)
@@ -122,6 +122,19 @@ int Nodes(SubDevice* camera, bool room, unsigned int* count) {
     return result;
 }
 
+SubDevice* Find(Manager* manager, const char* text) {
+    return Manager_FindSubDevice(manager, text, 3);
+}
+int Wait(Device* device, bool more) {
+    return Device_WaitForRound(device, more ? 2 : 1, 3);
+}
+int Convert(Image* image, unsigned int room, size_t* length) {
+    constexpr std::array<uint32_t, 4> Formats{0x01080001, 0x02180014, 0x02180015, 0x01100003};
+    const int result = Image_ConvertToBuffer(image, Formats[room % 4], Buffer<unsigned char>(), room, length);
+    Require(result != 0 || length == nullptr || *length <= room);
+    return result;
+}
+
 #define GETTERS(prefix) prefix##_Int, prefix##_Double, prefix##_Bool, prefix##_Chars, prefix##_Buffer
 #define SETTERS(prefix) GETTERS(prefix), prefix##_Command
 #define LIMITS(type) GetNodeMaxValue_##type, GetNodeMinValue_##type, GetNodeIncValue_##type
@@ -143,7 +156,10 @@ void CallAny(FuzzInput& in) {
               SubDevice_GetXmlName, SubDevice_GetXmlDataSize, SubDevice_GetXmlData, Stream_GetXmlName,
               Stream_GetXmlDataSize, Stream_GetXmlData, GETTERS(Stream_GetNodeValue),
               SETTERS(Stream_SetNodeValue), SETTERS(Stream_AutoSetNodeValue),
-              SETTERS(Stream_SetNodeValueAllDev), SetParamSyncEnabled, Stream_SetParamSyncEnabled>(in);
+              SETTERS(Stream_SetNodeValueAllDev), SDKStatusText, SDKLastFailure, Find, Wait, Convert,
+              Device_FinishedRounds, Image_GetFrameInformation, GetNodeEntryCount, GetNodeEntry,
+              GetNodeValue_Entry, SetNodeValue_Entry, SubDevice_ConnectMonitor, SetParamSyncEnabled,
+              Stream_SetParamSyncEnabled>(in);
 }
 
 // Tiny frames as fast as they can be made.

@@ -1,24 +1,12 @@
 // Formulas of foreign descriptions: any text must compile or be refused, and then compute or be refused. The
 // first line is the formula, the second and third are the expressions X and Y that it may mention.
+#include "FuzzInput.h"
 #include "platform/genapi/formula/Formula.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <string_view>
-#include <vector>
-
 using namespace GenApi_3_2::Engine;
+using namespace VX3::Fuzz;
 
 namespace {
-
-std::string_view TakeLine(std::string_view& text) {
-    const std::size_t end = text.find('\n');
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    return line;
-}
 
 template <typename T>
 void Run(std::string_view text, const FormulaScope& scope) {
@@ -29,8 +17,7 @@ void Run(std::string_view text, const FormulaScope& scope) {
             try {
                 const T result = formula.Evaluate(values.data());
                 const T again = formula.Evaluate(values.data());
-                if (std::memcmp(&result, &again, sizeof(T)) != 0)
-                    std::abort();
+                Require(std::memcmp(&result, &again, sizeof(T)) == 0);
             } catch (const FormulaError&) {
             }
         }
@@ -41,13 +28,12 @@ void Run(std::string_view text, const FormulaScope& scope) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string_view text(reinterpret_cast<const char*>(data), size);
-    const std::string_view formula = TakeLine(text);
+    FuzzInput in(data, size);
+    const std::string formula = in.Line(), x = in.Line(), y = in.Line();
     FormulaScope scope;
     scope.variables = {"A", "B", "FROM", "TO", "A.Max"};
     scope.constants = {{"C", "0x10"}, {"D", "2.5"}};
-    scope.expressions.emplace_back("X", TakeLine(text));
-    scope.expressions.emplace_back("Y", TakeLine(text));
+    scope.expressions = {{"X", x}, {"Y", y}};
     Run<std::int64_t>(formula, scope);
     Run<double>(formula, scope);
     return 0;

@@ -1,16 +1,14 @@
 // File names and the descriptions in them: whatever they claim, what comes out is a description whose sizes
 // can be checked, and writing it into a name and reading it back changes nothing.
+#include "FuzzInput.h"
 #include "processing/ImageFileName.h"
 
-#include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
-#include <string>
 
 using namespace VX3;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
+    const std::string text = Fuzz::FuzzInput(data, size).Rest();
     try {
         static_cast<void>(ImageInfoCreator::CreateBaseInfo(text));
     } catch (const std::logic_error&) {
@@ -24,8 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!info.SizesFit() || base.paddingX > UINT16_MAX)
         return 0;
     const ImageBaseInfo again = ImageFileName(ImageFileName("x.raw").WithDescription(info)).Describe(nullptr);
-    if (again.width != base.width || again.height != base.height || again.format != base.format ||
-        again.paddingX != base.paddingX)
-        std::abort();
+    Fuzz::Require(again.width == base.width && again.height == base.height);
+    Fuzz::Require(again.format == base.format && again.paddingX == base.paddingX);
     return 0;
 }

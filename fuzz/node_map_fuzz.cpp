@@ -2,17 +2,15 @@
 // comes from the input, up to a NUL; the rest is what the device answers: values that change between reads,
 // answers that fail, are refused or throw what no port should. Every node is read and set through its typed
 // interface and by text; all may be refused, nothing may crash, hang or leak.
+#include "FuzzInput.h"
+
 #include <GenApi/GenApi.h>
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
-#include <string>
 
 using namespace GenApi_3_2;
+using VX3::Fuzz::FuzzInput;
 
 namespace {
 
@@ -50,65 +48,27 @@ const char* const Nodes[] = {
 };
 constexpr std::size_t NodesCount = sizeof(Nodes) / sizeof(Nodes[0]);
 
-// The input as it is used up; zeros after its end.
-class Input {
-public:
-    Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
-    bool IsEmpty() const { return size_ == 0; }
-    std::uint8_t Byte() {
-        std::uint8_t byte = 0;
-        Bytes(&byte, 1);
-        return byte;
-    }
-    void Bytes(void* to, std::size_t length) {
-        const std::size_t count = std::min(length, size_);
-        std::memset(to, 0, length);
-        if (count != 0)
-            std::memcpy(to, data_, count);
-        data_ += count;
-        size_ -= count;
-    }
-    template <class T>
-    T Value() {
-        T value;
-        Bytes(&value, sizeof value);
-        return value;
-    }
-    std::string Line() {
-        const auto* end = std::find(data_, data_ + size_, std::uint8_t(0));
-        const std::string line(data_, end);
-        const std::size_t used = line.size() + (end != data_ + size_ ? 1 : 0);
-        data_ += used;
-        size_ -= used;
-        return line;
-    }
-
-private:
-    const std::uint8_t* data_;
-    std::size_t size_;
-};
-
 class HostilePort final : public IPort {
 public:
-    explicit HostilePort(Input& input) : input_(input) {}
+    explicit HostilePort(FuzzInput& input) : input_(input) {}
     EAccessMode GetAccessMode() const override { return mode_; }
     void Read(void* to, std::int64_t, std::int64_t length) override {
         MayFail();
         // A short answer leaves the rest of the room as the caller gave it.
-        const auto count = static_cast<std::size_t>(length);
-        input_.Bytes(to, isShort_ ? count / 2 : count);
+        const auto count = static_cast<std::size_t>(length) / (isShort_ ? 2 : 1);
+        const std::vector<std::uint8_t> answer = input_.Bytes(count);
+        std::memset(to, 0, count);
+        std::copy(answer.begin(), answer.end(), static_cast<std::uint8_t*>(to));
     }
     void Write(const void* from, std::int64_t, std::int64_t length) override {
-        volatile std::uint8_t last = 0;
         if (length > 0)
-            last = static_cast<const std::uint8_t*>(from)[length - 1];
-        (void)last;
+            VX3::Fuzz::Touch(static_cast<const std::uint8_t*>(from) + length - 1);
         MayFail();
     }
 
 private:
     void MayFail() {
-        const std::uint8_t how = input_.IsEmpty() ? 0 : input_.Byte();
+        const std::uint8_t how = input_.Empty() ? 0 : input_.Take();
         mode_ = static_cast<EAccessMode>(how >> 5 > 4 ? RW : how >> 5);
         isShort_ = (how & 31) == 8;
         switch (how & 31) {
@@ -125,7 +85,7 @@ private:
         }
     }
 
-    Input& input_;
+    FuzzInput& input_;
     EAccessMode mode_ = RW;
     bool isShort_ = false;
 };
@@ -191,13 +151,13 @@ void UseLinks(INode& node) {
     node.GetVisibility();
 }
 
-void Use(INode& node, Input& input) {
-    const bool verify = (input.Byte() & 1) != 0;
+void Use(INode& node, FuzzInput& input) {
+    const bool verify = (input.Take() & 1) != 0;
     node.GetAccessMode();
     if (auto* number = dynamic_cast<IInteger*>(&node))
-        UseNumber(*number, input.Value<std::int64_t>(), verify);
+        UseNumber(*number, input.Take<std::int64_t>(), verify);
     if (auto* number = dynamic_cast<IFloat*>(&node))
-        UseNumber(*number, input.Value<double>(), verify);
+        UseNumber(*number, input.Take<double>(), verify);
     if (auto* boolean = dynamic_cast<IBoolean*>(&node)) {
         Try([&] { boolean->GetValue(verify); });
         Try([&] { boolean->SetValue(verify, verify); });
@@ -207,7 +167,7 @@ void Use(INode& node, Input& input) {
         Try([&] { command->IsDone(verify); });
     }
     if (auto* choice = dynamic_cast<IEnumeration*>(&node))
-        UseChoice(*choice, input.Byte(), verify);
+        UseChoice(*choice, input.Take(), verify);
     if (auto* text = dynamic_cast<IString*>(&node)) {
         Try([&] { text->GetMaxLength(); });
         Try([&] { text->SetValue(text->GetValue(verify), verify); });
@@ -216,12 +176,12 @@ void Use(INode& node, Input& input) {
         UseRegister(*reg, verify);
     auto& value = dynamic_cast<IValue&>(node);
     Try([&] { value.FromString(value.ToString(verify), verify); });
-    const char text[] = {static_cast<char>(input.Byte()), static_cast<char>(input.Byte()), '\0'};
+    const char text[] = {static_cast<char>(input.Take()), static_cast<char>(input.Take()), '\0'};
     Try([&] { value.FromString(text, verify); });
     UseLinks(node);
 }
 
-void UseAll(INodeMap& map, Input& input) {
+void UseAll(INodeMap& map, FuzzInput& input) {
     NodeList_t nodes;
     map.GetNodes(nodes);
     std::size_t calls = 0;
@@ -230,10 +190,10 @@ void UseAll(INodeMap& map, Input& input) {
             nodes[i], [&calls](INode*) { ++calls; }, i % 2 == 0 ? cbPostInsideLock : cbPostOutsideLock);
     constexpr std::size_t MostNodes = 100; // so that large descriptions cost no more than small ones
     nodes.resize(std::min(nodes.size(), MostNodes));
-    for (int round = 0; round < 2 && (round == 0 || !input.IsEmpty()); ++round) {
+    for (int round = 0; round < 2 && (round == 0 || !input.Empty()); ++round) {
         for (INode* node : nodes)
             Use(*node, input);
-        map.Poll(input.Byte());
+        map.Poll(input.Take());
         map.InvalidateNodes();
     }
 }
@@ -251,11 +211,11 @@ const CNodeMapFactory& Known(std::size_t index) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Input input(data, size);
-    const std::size_t choice = input.Byte() % (NodesCount + 1);
+    FuzzInput input(data, size);
+    const std::size_t choice = input.Take() % (NodesCount + 1);
     Try([&] {
         const CNodeMapFactory factory =
-            choice < NodesCount ? Known(choice) : CNodeMapFactory(gcstring(input.Line().c_str()));
+            choice < NodesCount ? Known(choice) : CNodeMapFactory(gcstring(input.Line('\0').c_str()));
         HostilePort port(input);
         const std::unique_ptr<INodeMap, Destroyer> map(factory.CreateNodeMap("Device", false));
         map->Connect(&port);

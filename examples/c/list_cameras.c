@@ -1,14 +1,7 @@
 /* Lists every camera the library can find, with the interface it is behind. */
-#define _POSIX_C_SOURCE 200809L
 #include <stdio.h>
 #include <stdlib.h>
-#include <time.h>
 #include <vx3/vx3.h>
-
-static void sleep_ms(long ms) {
-    struct timespec time = {ms / 1000, (ms % 1000) * 1000000L};
-    nanosleep(&time, NULL);
-}
 
 int main(int argc, char** argv) {
     const unsigned int families = argc > 1 ? (unsigned int)strtoul(argv[1], NULL, 0) : VX3_FAMILY_ALL;
@@ -24,9 +17,7 @@ int main(int argc, char** argv) {
         Device* device = Manager_GetDeviceByIndex(manager, (unsigned int)i, VX3_FAMILY_ALL);
         if (device == NULL || Device_GetDeviceName(device, name, sizeof name) != 0)
             continue;
-        /* The first look at a network card takes as long as its slowest answer. */
-        for (int wait = 0; wait < 15 && Device_GetSubDeviceCount(device) == 0; ++wait)
-            sleep_ms(100);
+        Device_WaitForRound(device, 1, 5000);
         const int cameras = Device_GetSubDeviceCount(device);
         printf("%s: %d camera(s)\n", name, cameras);
         for (int c = 0; c < cameras; ++c) {

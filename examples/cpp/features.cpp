@@ -1,10 +1,10 @@
 // Reads and writes features of the first virtual camera, by name and through the node map.
-#include "FirstCamera.h"
-
 #include <cstdio>
 #include <exception>
 #include <vx3/genicam/GenICamPointer.h>
 #include <vx3/genicam/IConfigurer.h>
+#include <vx3/library/CameraSearch.h>
+#include <vx3/library/System.h>
 
 using IntegerPointer = VX3::GenICam::GenICamPointer<VX3::GenICam::IInteger, VX3::GenICam::INode>;
 
@@ -16,8 +16,8 @@ static void ShowInteger(const VX3::GenICam::INodeMap& map, const char* name) {
 }
 
 int main() {
-    const auto manager = VX3::System::CreateManager(static_cast<unsigned int>(VX3::IntfDevType::Virtual));
-    const auto camera = FirstCamera(*manager);
+    const auto manager = VX3::System::CreateManager(VX3::IntfDevType::Virtual);
+    const auto camera = VX3::FindCamera(*manager, "", std::chrono::seconds(5));
     if (!camera || VX3::Failed(camera->Connect()) || camera->GetConfigurer() == nullptr) {
         std::fprintf(stderr, "no camera\n");
         return 1;

@@ -1,19 +1,19 @@
 // Streams frames from the first virtual camera and saves them as PNG pictures: grab_to_png [FOLDER [COUNT]]
-#include "FirstCamera.h"
-
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <string>
 #include <vx3/core/Status.h>
+#include <vx3/library/CameraSearch.h>
+#include <vx3/library/System.h>
 #include <vx3/processing/SaveLoadImage.h>
 
 int main(int argc, char** argv) {
     const std::string folder = argc > 1 ? argv[1] : ".";
     const int wanted = argc > 2 ? std::atoi(argv[2]) : 5;
-    const auto manager = VX3::System::CreateManager(static_cast<unsigned int>(VX3::IntfDevType::Virtual));
-    const auto camera = FirstCamera(*manager);
+    const auto manager = VX3::System::CreateManager(VX3::IntfDevType::Virtual);
+    const auto camera = VX3::FindCamera(*manager, "", std::chrono::seconds(5));
     if (!camera || VX3::Failed(camera->Connect())) {
         std::fprintf(stderr, "no camera\n");
         return 1;

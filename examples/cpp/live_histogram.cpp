@@ -1,10 +1,10 @@
 // Prints a live histogram of a virtual camera's frames as text: live_histogram [FRAMES]
-#include "FirstCamera.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vx3/library/CameraSearch.h>
+#include <vx3/library/System.h>
 
 static constexpr unsigned int Columns = 32;
 
@@ -24,8 +24,8 @@ static void Print(const VX3::HistogramData& histogram) {
 
 int main(int argc, char** argv) {
     const int frames = argc > 1 ? std::atoi(argv[1]) : 5;
-    const auto manager = VX3::System::CreateManager(static_cast<unsigned int>(VX3::IntfDevType::Virtual));
-    const auto camera = FirstCamera(*manager);
+    const auto manager = VX3::System::CreateManager(VX3::IntfDevType::Virtual);
+    const auto camera = VX3::FindCamera(*manager, "", std::chrono::seconds(5));
     if (!camera || VX3::Failed(camera->Connect()))
         return 1;
     VX3::IStream* stream = camera->GetStream(0);

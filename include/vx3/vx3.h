@@ -4,16 +4,18 @@
  *
  * Handles. Manager, Device (interface device: a network card, the virtual interface), SubDevice (camera) and
  * Image are opaque records that the library allocates; each is freed only by its own *_Destory or
- * Image_Recycle call. A null handle, and a handle that is not alive, is answered with -1 (or null, or zeros).
+ * Image_Recycle call. A null handle, and a handle that is not alive, is answered with -1 (or null, or zeros);
+ * handles are never given out twice, so that one which was freed is never taken for another.
  * Free them in this order: images, streams stopped and closed, sub-devices, devices, manager.
  *
  * Results. 0 or a count is success. -1: bad handle, camera no longer there, or a null output. -2: a text does
  * not fit, there is no stream at that index, or a feature has no value. -3: a text or description does not
- * fit (feature functions). Other failures are the library's status codes, negative with the bit pattern
- * 0x800000xx: 0x80000004 not found or out of range, 0x80000006 not supported, 0x8000000B already streaming,
- * 0x8000000D already open, 0x8000000E not open, 0x8000000F still streaming, 0x8000001B time-out, 0x80000021
- * the feature refused, 0x80000022 not available, 0x80000024 wrong state, 0x80010000 + status: the camera
- * answered with that GigE Vision status.
+ * fit (feature functions). Other failures are the library's status codes, VX3_STATUS_*, negative with the bit
+ * pattern 0x800000xx, or VX3_STATUS_GVCP + status: the camera answered with that GigE Vision status.
+ * SDKStatusText turns every result into words; SDKLastFailure says what failed on this thread, and why.
+ *
+ * End. Stop and close streams, disconnect, destroy: then nothing of yours is called any more. A program that
+ * ends without that is not called any more either, from the first moment of its exit() on.
  *
  * Threads. Every function may be called from any thread. Connecting, opening, starting, stopping and closing
  * one camera should come from one thread at a time, since their order matters. Image callbacks run on the
@@ -23,6 +25,8 @@
  */
 #ifndef VX3_VX3_H
 #define VX3_VX3_H
+
+#include <vx3/vx3_types.h>
 
 #include <stdbool.h>
 #include <stddef.h>
@@ -35,85 +39,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-typedef struct Manager Manager;
-typedef struct Device Device;
-typedef struct SubDevice SubDevice;
-typedef struct Image Image;
-
-/* Transport families for Manager_Create, one bit each; VX3_FAMILY_ALL also means "any family". */
-enum {
-    VX3_FAMILY_VIRTUAL = 1,
-    VX3_FAMILY_GIGE_VISION = 2,
-    VX3_FAMILY_GENCP = 8,
-    VX3_FAMILY_GRABBER = 32,
-    VX3_FAMILY_MISC = 128,
-    VX3_FAMILY_REMOTE = 1024,
-    VX3_FAMILY_ALL = 65535
-};
-
-/* What Image_GetImageInfo tells; all zero when there is no image. */
-typedef struct ImageDescription {
-    uint32_t imageType;   /* GigE Vision payload type; 1 = image */
-    uint32_t pixelFormat; /* PFNC code */
-    uint32_t width;       /* pixels */
-    uint32_t height;      /* lines */
-    uint32_t dataSize;    /* bytes of pixel data, line padding included */
-    uint32_t reserved;
-    uint64_t blockId; /* frame number */
-} ImageDescription;
-
-/* What SubDevice_GetStreamStatisticsByIndex tells; all zero when there is no stream. */
-typedef struct StreamStatistics {
-    uint64_t blocks;           /* frames handed on, complete or not */
-    uint64_t lostBlocks;       /* frames of which nothing arrived */
-    uint64_t resentPackets;    /* packets asked for again */
-    uint64_t missingPackets;   /* packets that never came */
-    uint64_t incompleteBlocks; /* frames handed on with packets missing */
-    uint64_t reserved;
-} StreamStatistics;
-
-/* One feature as GetNodes writes it; both texts are allocated by the library, FreeNodes frees them. */
-typedef struct NodeRecord {
-    char* name;
-    uint32_t nameSize; /* bytes, NUL included */
-    char* value;
-    uint32_t valueSize; /* bytes, NUL included */
-} NodeRecord;
-
-/* What setting one feature on one of several cameras came to. */
-typedef struct DeviceParamSetResult {
-    char name[256]; /* the camera's name, cut to 255 characters */
-    int32_t status; /* -1 when the camera has no features */
-} DeviceParamSetResult;
-
-/* What GetNodeType stores. */
-enum {
-    VX3_NODE_INTEGER = 0,
-    VX3_NODE_FLOAT = 1,
-    VX3_NODE_BOOLEAN = 2,
-    VX3_NODE_COMMAND = 3,
-    VX3_NODE_ENUMERATION = 4,
-    VX3_NODE_STRING = 5,
-    VX3_NODE_REGISTER = 6,
-    VX3_NODE_OTHER = 7
-};
-
-/* What GetNodeAccessMode stores. */
-enum {
-    VX3_ACCESS_NOT_AVAILABLE = 1,
-    VX3_ACCESS_WRITE_ONLY = 2,
-    VX3_ACCESS_READ_ONLY = 3,
-    VX3_ACCESS_READ_WRITE = 4
-};
-
-/*
- * Called for every frame, on the stream's delivery thread. `image` is a new handle that the callee owns and
- * gives back with Image_Recycle, from any thread; until then its memory is not reused. A callback that blocks
- * lets frames queue up (63) and then be dropped and counted. `camera` stays valid for the whole call.
- */
-typedef void (*StreamImageCallback)(Image* image, SubDevice* camera, unsigned int streamIndex,
-                                    unsigned int miscValue, void* userData);
 
 /* ---- Versions ------------------------------------------------------------------------------------------ */
 
@@ -208,8 +133,13 @@ VX3_C_API int GetNodeValue_Chars(SubDevice* camera, const char* name, char* buf,
 VX3_C_API int GetNodeValue_Buffer(SubDevice* camera, const char* name, uint8_t* buf, unsigned int size,
                                   unsigned int* length);
 
-/* Setters. Integers and floats are clamped to the feature's range (and increment). 0x80000021: the feature
- * refused; 0x80000004: no such feature. Enumerations are set by integer value. */
+/*
+ * Setters. Integers and floats are clamped to the feature's range (and increment), with 0: SDKLastFailure
+ * says then what was set instead. A value of another kind than the feature's is converted where nothing of it
+ * is lost: 3000.0 and "3000" into an integer, the name of an entry (or its number) into an enumeration, true
+ * and false into 1 and 0. 0x80000021: the feature refused; 0x80000004: no such feature, or a value that it
+ * cannot take.
+ */
 VX3_C_API int SetNodeValue_Int(SubDevice* camera, const char* name, int64_t value);
 VX3_C_API int SetNodeValue_Double(SubDevice* camera, const char* name, double value);
 VX3_C_API int SetNodeValue_Bool(SubDevice* camera, const char* name, bool value);
@@ -359,6 +289,74 @@ VX3_C_API int Stream_AutoSetNodeValue_Buffer(SubDevice* camera, unsigned int str
 /* ======================================================================================================== */
 /* What clients of the library have always had ends here; the functions below were added to it.             */
 /* ======================================================================================================== */
+
+/* ---- Failures and the log ------------------------------------------------------------------------------ */
+
+/* Copies a result of any function in words. 0; -1 null buffer; -2 too small (512 bytes always do, here and
+ * below). */
+VX3_C_API int SDKStatusText(int status, char* buf, size_t size);
+/*
+ * Copies why the last function of this thread that failed did so, and stores its result in *status (may be
+ * null). A result of 0 with a text tells of a value that was set otherwise than asked. An empty text: nothing
+ * failed so far.
+ */
+VX3_C_API int SDKLastFailure(int* status, char* buf, size_t size);
+/* What is printed on standard error: VX3_LOG_WARNING and graver at first. VX3_STATUS_NOT_AVAILABLE: a log
+ * configuration stands beside the library, which decides then; VX3_STATUS_NOT_FOUND: no VX3_LOG_* level. */
+VX3_C_API int SDKSetLogLevel(int level);
+/* Calls `callback` for every line that is as grave as `level` or graver, whatever is printed; null ends that.
+ */
+VX3_C_API int SDKSetLogCallback(LogCallback callback, int level, void* userData);
+
+/* ---- Finding cameras ----------------------------------------------------------------------------------- */
+
+/*
+ * A handle on the camera with that name, user-given name, serial number or address, behind any interface
+ * device of the manager; where there is none, on the first of that model. With a null or empty text on the
+ * first camera that is no virtual one, and only where there is none on a virtual one. Has every interface
+ * device look for its cameras and waits until it is clear which one it is, at most `timeout` ms. Null: there
+ * is none; SDKLastFailure names those that there are. The manager must outlive the use of the camera.
+ */
+VX3_C_API SubDevice* Manager_FindSubDevice(Manager* manager, const char* text, unsigned int timeout);
+/* How many looks for its cameras an interface device has finished. */
+VX3_C_API int Device_FinishedRounds(Device* device);
+/* Has an interface device look for its cameras at once; it does so every 10 s otherwise. */
+VX3_C_API int Device_UpdateSubDevices(Device* device);
+/* Waits until an interface device has finished `rounds` looks (1: the first) since it was made, at most
+ * `timeout` ms. The number of cameras; 0x8000001B when the time ran out. */
+VX3_C_API int Device_WaitForRound(Device* device, unsigned int rounds, unsigned int timeout);
+
+/*
+ * Connects a camera to be read, whoever controls it: its features are there and may not be set (0x80000021),
+ * streams do not start (0x80000022). 0x80000024: connected by SubDevice_Connect; 0x80018006: somebody
+ * controls it exclusively and does not let it be read either. SubDevice_DisConnect ends it.
+ */
+VX3_C_API int SubDevice_ConnectMonitor(SubDevice* camera);
+
+/* ---- Frames -------------------------------------------------------------------------------------------- */
+
+/* What a callback needs to know of a frame beside its pixels. 0; -1. */
+VX3_C_API int Image_GetFrameInformation(Image* image, FrameInformation* information);
+/*
+ * Writes the pixels into the caller's buffer as Mono8, RGB8 or BGR8 (see Image_ConvertTo) or in the format
+ * that the image has, lines without padding one behind the other. Stores the bytes needed in *length (may be
+ * null), also with -2: the buffer is too small. 0x80000006: the image cannot be had in that format.
+ */
+VX3_C_API int Image_ConvertToBuffer(Image* image, uint32_t pixelFormat, unsigned char* buf, size_t size,
+                                    size_t* length);
+
+/* ---- Enumerations by the names of their entries -------------------------------------------------------- */
+
+/* How many entries can be chosen at present; -1 when the feature is absent or no enumeration, here and below.
+ */
+VX3_C_API int GetNodeEntryCount(SubDevice* camera, const char* name, unsigned int* count);
+/* Copies the name of one of them and stores its number (`value` may be null). -1 past the last; -3 too small.
+ */
+VX3_C_API int GetNodeEntry(SubDevice* camera, const char* name, unsigned int index, char* buf, size_t size,
+                           int64_t* value);
+/* The name of the entry that is set. -3 too small. */
+VX3_C_API int GetNodeValue_Entry(SubDevice* camera, const char* name, char* buf, size_t size);
+VX3_C_API int SetNodeValue_Entry(SubDevice* camera, const char* name, const char* entry);
 
 /* ---- Colours of images --------------------------------------------------------------------------------- */
 

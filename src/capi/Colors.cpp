@@ -4,6 +4,8 @@
 #include "vx3/processing/ColorConversion.h"
 #include "vx3/processing/ColorMaps.h"
 
+#include <cstring>
+
 using namespace VX3;
 using namespace VX3::CApi;
 
@@ -16,10 +18,10 @@ int MakeImage(Image* image, Image** result, Make&& make) {
         return BadHandle;
     *result = nullptr;
     return Guarded([&] {
-        const auto record = GetTables().images.Pin(image);
-        if (!record || !record->image)
+        const auto pinned = PinImage(image);
+        if (!pinned)
             return BadHandle;
-        std::shared_ptr<IImage> made = make(*record->image);
+        std::shared_ptr<IImage> made = make(*pinned);
         if (!made)
             return static_cast<int>(Status::NotSupported);
         *result = NewImageHandle(std::move(made));
@@ -27,11 +29,49 @@ int MakeImage(Image* image, Image** result, Make&& make) {
     });
 }
 
+// Whether ConvertTo makes that format of such an image, or it has it already and has lines.
+bool CanBe(const ImageInfo& info, PixelFormatValue wanted) {
+    if (info.pixelFormat == wanted)
+        return PixelFormat(wanted).IsValid() && wanted != RawBlock && info.SizesFit();
+    return wanted == Mono8 || wanted == RGB8 || wanted == BGR8;
+}
+
 } // namespace
 
 int Image_ConvertTo(Image* image, uint32_t pixelFormat, Image** result) {
     return MakeImage(image, result, [&](const IImage& source) {
         return ConvertTo(source, static_cast<PixelFormatValue>(pixelFormat), nullptr);
+    });
+}
+
+int Image_ConvertToBuffer(Image* image, uint32_t pixelFormat, unsigned char* buf, size_t size,
+                          size_t* length) {
+    return Guarded([&] {
+        const auto pinned = PinImage(image);
+        const ImageInfo* info = pinned ? pinned->GetImageInfo() : nullptr;
+        if (info == nullptr)
+            return BadHandle;
+        const PixelFormat format(pixelFormat);
+        if (!CanBe(*info, format.GetFormat()))
+            return SetLastFailure(Status::NotSupported,
+                                  PixelFormat(info->pixelFormat).ToString() +
+                                      " is not converted into the format that is wanted");
+        const std::uint64_t line = format.BuffNeeded64(info->width, 1);
+        const std::uint64_t needed = line * info->height;
+        if (length != nullptr)
+            *length = needed;
+        if (needed > size)
+            return TooSmall;
+        if (buf == nullptr)
+            return BadHandle;
+        std::shared_ptr<const IImage> source = pinned;
+        if (info->pixelFormat != pixelFormat)
+            source = ConvertTo(*pinned, format.GetFormat(), nullptr);
+        if (!source || source->GetImageBuff() == nullptr)
+            return static_cast<int>(Status::NotSupported);
+        for (std::uint32_t y = 0; y < info->height; ++y)
+            std::memcpy(buf + y * line, source->GetImageBuff(static_cast<int>(y)), line);
+        return 0;
     });
 }
 

@@ -1,11 +1,19 @@
 // The Device_* family and the SubDevice_* functions that do not stream.
 #include "capi/Handles.h"
 #include "capi/Results.h"
+#include "vx3/core/Utilities.h"
+#include "vx3/device/IEnumerationRounds.h"
+
+#include <chrono>
+#include <climits>
+#include <thread>
 
 using namespace VX3;
 using namespace VX3::CApi;
 
 namespace {
+
+constexpr std::chrono::milliseconds RoundPoll{5};
 
 template <typename Body>
 int WithDevice(const std::shared_ptr<IDevice>& device, Body&& body) {
@@ -40,22 +48,55 @@ int Device_GetSubDeviceCount(Device* device) {
     });
 }
 
+int Device_FinishedRounds(Device* device) {
+    return Guarded([&] {
+        return WithDevice(PinDevice(device), [](IDevice& d) {
+            const auto* rounds = dynamic_cast<const IEnumerationRounds*>(&d);
+            return rounds != nullptr ? static_cast<int>(rounds->FinishedRounds() & INT_MAX)
+                                     : static_cast<int>(Status::NotSupported);
+        });
+    });
+}
+
+int Device_UpdateSubDevices(Device* device) {
+    return Guarded(
+        [&] { return WithDevice(PinDevice(device), [](IDevice& d) { return d.UpdateSubDevices(true); }); });
+}
+
+int Device_WaitForRound(Device* device, unsigned int rounds, unsigned int timeout) {
+    return Guarded([&] {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout);
+        const auto pinned = PinDevice(device);
+        if (!pinned)
+            return BadHandle;
+        const auto* counter = dynamic_cast<const IEnumerationRounds*>(pinned.get());
+        if (counter == nullptr)
+            return static_cast<int>(Status::NotSupported);
+        while (counter->FinishedRounds() < rounds) {
+            if (std::chrono::steady_clock::now() >= deadline)
+                return SetLastFailure(
+                    Status::TimeOut,
+                    StringFormat("%s has finished %u looks for its cameras, %u were waited for",
+                                 pinned->Name().c_str(), counter->FinishedRounds(), rounds));
+            std::this_thread::sleep_for(RoundPoll);
+        }
+        return static_cast<int>(pinned->SubDevices().size());
+    });
+}
+
 SubDevice* Device_GetSubDeviceByIndex(Device* device, unsigned int index) {
     return Guarded<SubDevice*>(nullptr, [&]() -> SubDevice* {
         const auto interfaceDevice = PinDevice(device);
         if (!interfaceDevice)
             return nullptr;
         const auto cameras = interfaceDevice->SubDevices();
-        if (index >= cameras.size())
+        if (index >= cameras.size()) {
+            SetLastFailure(Status::NotFound,
+                           StringFormat("%s: there is no camera %u, %zu were found so far",
+                                        interfaceDevice->Name().c_str(), index, cameras.size()));
             return nullptr;
-        const auto camera = cameras[index].lock();
-        auto record = std::make_shared<SubDevice>();
-        record->camera = camera;
-        record->key = camera.get();
-        SubDevice* handle = GetTables().subDevices.Add(std::move(record));
-        if (camera)
-            GetTables().subDeviceMap.Set(camera.get(), handle);
-        return handle;
+        }
+        return NewCameraHandle(cameras[index].lock());
     });
 }
 
@@ -78,6 +119,12 @@ void SubDevice_Destory(SubDevice* camera) {
 
 int SubDevice_Connect(SubDevice* camera) {
     return Guarded([&] { return WithDevice(PinCamera(camera), [](IDevice& c) { return c.Connect(); }); });
+}
+
+int SubDevice_ConnectMonitor(SubDevice* camera) {
+    return Guarded([&] {
+        return WithDevice(PinCamera(camera), [](IDevice& c) { return c.Connect(DeviceAccess::Monitor); });
+    });
 }
 
 int SubDevice_DisConnect(SubDevice* camera) {

@@ -1,6 +1,7 @@
 #include "capi/Features.h"
 
 #include "capi/Results.h"
+#include "vx3/core/LastFailure.h"
 
 #include <algorithm>
 
@@ -14,6 +15,10 @@ Target Target::Camera(const SubDevice* handle) {
 
 Target Target::Camera(std::shared_ptr<IDevice> camera) {
     auto configurer = camera ? camera->ShareConfigurer() : nullptr;
+    if (camera && !configurer)
+        SetLastFailure(BadHandle, camera->Name() + (camera->IsConnected()
+                                                        ? " has no features: " + camera->FeaturesFailure()
+                                                        : ": its features are there when it is connected"));
     return Target(std::move(camera), std::move(configurer));
 }
 

@@ -1,8 +1,9 @@
 // The records behind the C interface's opaque handles, and the table of those that are alive.
 //
-// A handle is the address of its record. The tables own the records; every C function pins the record it
-// works on for the length of the call, so that a handle destroyed meanwhile on another thread stays valid
-// until the call (or the image callback) that uses it has ended, and a stale handle is answered with -1.
+// A handle is a number in a pointer's clothes, given out once and never again: a stale one is known as stale
+// for ever, and none is the address of anything. The tables own the records; every C function pins the record
+// it works on for the length of the call, so that a handle destroyed meanwhile on another thread stays valid
+// until the call (or the image callback) that uses it has ended.
 #pragma once
 
 #include "vx3/core/Mutex.h"
@@ -11,8 +12,10 @@
 #include "vx3/image/IImage.h"
 #include "vx3/vx3.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -29,6 +32,7 @@ struct Device {
 struct SubDevice {
     std::weak_ptr<VX3::IDevice> camera;
     const VX3::IDevice* key = nullptr; // the camera's entry in the table of cameras
+    SubDevice* handle = nullptr;       // its own
     VX3::Mutex mutex;
     StreamImageCallback callback VX3_GUARDED_BY(mutex) = nullptr;
 };
@@ -39,12 +43,18 @@ struct Image {
 
 namespace VX3::CApi {
 
+// The next number that is no handle yet, of all kinds together, so that no handle is taken for one of another
+// kind. Not an address on either machine that this runs on: whoever looks behind it faults.
+std::uintptr_t NextHandle();
+
 // The live records of one kind.
 template <typename Record>
 class HandleTable {
 public:
     Record* Add(std::shared_ptr<Record> record) {
-        Record* handle = record.get();
+        auto* handle = reinterpret_cast<Record*>(NextHandle());
+        if constexpr (std::is_same_v<Record, SubDevice>)
+            record->handle = handle;
         MutexLock lock(mutex_);
         records_.emplace(handle, std::move(record));
         return handle;
@@ -123,7 +133,11 @@ Tables& GetTables();
 std::shared_ptr<IDevice> PinDevice(const Device* handle);
 std::shared_ptr<IDevice> PinCamera(const SubDevice* handle);
 
-// A new image handle for the client.
+// The image behind a live handle; null otherwise.
+std::shared_ptr<IImage> PinImage(const Image* handle);
+
+// New handles for the client. Null without a camera.
 Image* NewImageHandle(std::shared_ptr<IImage> image);
+SubDevice* NewCameraHandle(const std::shared_ptr<IDevice>& camera);
 
 } // namespace VX3::CApi

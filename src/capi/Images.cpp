@@ -8,8 +8,8 @@ using namespace VX3::CApi;
 
 ImageDescription Image_GetImageInfo(Image* image) {
     return Guarded<ImageDescription>({}, [&]() -> ImageDescription {
-        const auto record = GetTables().images.Pin(image);
-        const ImageInfo* info = record && record->image ? record->image->GetImageInfo() : nullptr;
+        const auto pinned = PinImage(image);
+        const ImageInfo* info = pinned ? pinned->GetImageInfo() : nullptr;
         if (info == nullptr)
             return {};
         return {info->imageType, info->pixelFormat, info->width, info->height, info->ImageDataSize(), 0,
@@ -17,19 +17,41 @@ ImageDescription Image_GetImageInfo(Image* image) {
     });
 }
 
+int Image_GetFrameInformation(Image* image, FrameInformation* information) {
+    return Guarded([&] {
+        const auto pinned = PinImage(image);
+        const ImageInfo* info = pinned ? pinned->GetImageInfo() : nullptr;
+        if (info == nullptr || information == nullptr)
+            return BadHandle;
+        *information = {};
+        information->blockId = info->blockId;
+        information->timestamp = static_cast<uint64_t>(info->timestampHigh) << 32 | info->timestampLow;
+        information->isComplete = info->lostPackets == 0;
+        information->lostPackets = info->lostPackets;
+        information->resentPackets = info->statusC;
+        information->lines = info->statusA != 0 ? info->statusA : info->height; // not every source says it
+        information->stride = info->Stride();
+        information->paddingX = info->paddingX;
+        information->paddingY = info->paddingY;
+        information->offsetX = info->offsetX;
+        information->offsetY = info->offsetY;
+        return 0;
+    });
+}
+
 unsigned char* Image_GetImageBuff(Image* image) {
     return Guarded<unsigned char*>(nullptr, [&]() -> unsigned char* {
-        const auto record = GetTables().images.Pin(image);
-        return record && record->image ? record->image->GetImageBuff() : nullptr;
+        const auto pinned = PinImage(image);
+        return pinned ? pinned->GetImageBuff() : nullptr;
     });
 }
 
 int Save2File(Image* image, const char* path, unsigned int mode) {
     return Guarded([&] {
-        const auto record = GetTables().images.Pin(image);
-        if (!record || !record->image || path == nullptr)
+        const auto pinned = PinImage(image);
+        if (!pinned || path == nullptr)
             return BadHandle;
-        return static_cast<int>(SaveLoadImage::Save2File(record->image, path, mode));
+        return static_cast<int>(SaveLoadImage::Save2File(pinned, path, mode));
     });
 }
 

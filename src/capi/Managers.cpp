@@ -1,10 +1,12 @@
 // Versions and the Manager_* family.
 #include "capi/Handles.h"
 #include "capi/Results.h"
+#include "vx3/library/CameraSearch.h"
 #include "vx3/library/System.h"
 
 #include <chrono>
 #include <thread>
+#include <vector>
 
 using namespace VX3;
 using namespace VX3::CApi;
@@ -120,6 +122,22 @@ Device* Manager_GetDeviceByName(Manager* manager, const char* name) {
     if (name == nullptr)
         return nullptr;
     return OpenSelected(manager, [&](IManager& m) { return m.GetDevice(std::string(name)); });
+}
+
+SubDevice* Manager_FindSubDevice(Manager* handle, const char* text, unsigned int timeout) {
+    return Guarded<SubDevice*>(nullptr, [&]() -> SubDevice* {
+        // Looked for without the manager's lock: that takes a while.
+        std::vector<std::shared_ptr<IDevice>> interfaces;
+        const int found = WithManager(handle, [&](IManager& manager) {
+            for (int i = 0; i < manager.GetDevices(IntfDevType::All); ++i)
+                interfaces.push_back(manager.GetDevice(static_cast<unsigned int>(i), IntfDevType::All));
+            return 0;
+        });
+        if (found != 0)
+            return nullptr;
+        return NewCameraHandle(
+            FindCamera(interfaces, text != nullptr ? text : "", std::chrono::milliseconds(timeout)));
+    });
 }
 
 int Manager_DeviceName(Manager* manager, unsigned int index, unsigned int type, char* buf, size_t size) {

@@ -1,6 +1,7 @@
 // Opening, starting, stopping, snapping and the statistics of a camera's streams.
 #include "capi/Handles.h"
 #include "capi/Results.h"
+#include "vx3/core/Utilities.h"
 
 using namespace VX3;
 using namespace VX3::CApi;
@@ -37,12 +38,12 @@ void Dispatch(const std::weak_ptr<SubDevice>& starter, std::shared_ptr<IImage> i
     StreamImageCallback callback = record ? CallbackOf(*record) : nullptr;
     if (callback == nullptr) {
         record = starter.lock();
-        if (!record || !tables.subDevices.Pin(record.get()))
+        if (!record || !tables.subDevices.Pin(record->handle))
             return; // destroyed while the stream delivers: the frame goes back to its pool
         callback = CallbackOf(*record);
     }
     if (callback != nullptr)
-        callback(NewImageHandle(std::move(image)), record.get(), streamIndex, miscValue, userData);
+        callback(NewImageHandle(std::move(image)), record->handle, streamIndex, miscValue, userData);
 }
 
 } // namespace
@@ -88,7 +89,13 @@ int Remote_StopLocalStream(SubDevice* camera, unsigned int streamIndex) {
 Image* SubDevice_SnapA(SubDevice* camera, unsigned int streamIndex, unsigned int timeout) {
     return WithStream<Image*>(camera, streamIndex, nullptr, nullptr, [&](IStream& s) -> Image* {
         auto image = s.Snap(timeout, SnapMode::Default);
-        return image ? NewImageHandle(std::move(image)) : nullptr;
+        if (image)
+            return NewImageHandle(std::move(image));
+        if (s.IsStreaming())
+            SetLastFailure(Status::TimeOut, StringFormat("no frame came within %u ms", timeout));
+        else
+            SetLastFailure(Status::WrongState, "the stream does not run");
+        return nullptr;
     });
 }
 

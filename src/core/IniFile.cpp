@@ -1,7 +1,11 @@
 #include "core/IniFile.h"
 
+#include "vx3/core/ReplaceFile.h"
+
+#include <cerrno>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
 
 namespace ini {
 
@@ -18,6 +22,16 @@ std::string Strip(const std::string& text) {
 bool IsOpen(const std::istream& stream) {
     const auto* file = dynamic_cast<const std::ifstream*>(&stream);
     return stream.good() && (file == nullptr || file->is_open());
+}
+
+// Files from other systems end their lines with a carriage return as well.
+std::string WithoutReturns(const std::string& line) {
+    return line.substr(0, line.find_last_not_of(" \r") + 1);
+}
+
+void RefuseLineEnds(const std::string& text, const char* what) {
+    if (text.find_first_of("\n\r") != std::string::npos)
+        throw std::invalid_argument(std::string(what) + " cannot hold line ends");
 }
 
 void AddLine(Section& section, const std::string& line, std::size_t separator) {
@@ -51,7 +65,7 @@ void File::read(std::istream& stream) {
     Section* section = nullptr;
     std::string text;
     while (std::getline(stream, text)) {
-        const std::string line = Strip(text);
+        const std::string line = Strip(WithoutReturns(text));
         if (line.empty())
             continue;
         if (const std::size_t end = line.rfind(']'); line[0] == '[' && end != std::string::npos) {
@@ -74,19 +88,32 @@ void File::read(std::istream& stream) {
         throw std::invalid_argument("stream cannot be read");
 }
 
+void CheckEntry(const std::string& section, const std::string& key, const std::string& value) {
+    if (section.empty())
+        throw std::invalid_argument("section headers cannot be empty");
+    if (key.empty())
+        throw std::invalid_argument("keys cannot be empty");
+    RefuseLineEnds(section, "section headers");
+    RefuseLineEnds(key, "keys");
+    RefuseLineEnds(value, "values");
+    if (key.find_first_of("=:") != std::string::npos || key[0] == '[' || key[0] == ';' || key[0] == '#')
+        throw std::invalid_argument("keys cannot hold separators, nor begin like a header or a comment");
+}
+
 void File::write(const std::string& path) const {
-    std::ofstream stream(path, std::ios::trunc);
-    if (!stream)
-        throw std::invalid_argument("stream is closed");
+    std::string content;
     for (const auto& [name, section] : sections_) {
-        stream << '[' << name << "]\n";
+        content += "[" + name + "]\n";
         for (const auto& [key, value] : section)
-            stream << key << " = " << value << '\n';
-        stream << '\n';
+            content.append(key).append(" = ").append(value).append("\n");
+        content += '\n';
     }
-    stream.close();
-    if (!stream)
-        throw std::invalid_argument("stream cannot be written");
+    const int error = VX3::ReplaceFile(path, content);
+    if (error == 0)
+        return;
+    const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG || error == EIO;
+    throw std::invalid_argument((full ? "stream cannot be written: " : "stream is closed: ") +
+                                std::system_category().message(error));
 }
 
 } // namespace ini

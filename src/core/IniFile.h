@@ -25,6 +25,10 @@ private:
     Map values_;
 };
 
+// Throws std::invalid_argument for what would not be read back as it was written: empty names, line ends,
+// keys that look like something else.
+void CheckEntry(const std::string& section, const std::string& key, const std::string& value);
+
 // Sections by name. Every failure is a std::invalid_argument that says what is wrong; after a failed read the
 // map is left as far as it was filled.
 class File {
@@ -41,7 +45,7 @@ public:
 
     // Adds the stream's sections; sections of one name merge.
     void read(std::istream& stream);
-    // Truncates and rewrites the file.
+    // Replaces the file as a whole (vx3/core/ReplaceFile.h).
     void write(const std::string& path) const;
 
 private:

@@ -1,5 +1,6 @@
 #include "vx3/core/Logger.h"
 
+#include "core/LoggerLog4CPP.h"
 #include "core/SingletonLogger.h"
 
 #include <utility>
@@ -40,6 +41,12 @@ void VxLoggerDebug(const char* file, int line, const char* source, const char* f
     va_start(args, fmt);
     logger->WriteLogDataVa(true, LogLevel::Debug, source, "", format.c_str(), args);
     va_end(args);
+}
+
+StatusCode VxLoggerSetLevel(LogLevel level) {
+    // One category serves both loggers where there is no configuration.
+    auto* logger = dynamic_cast<LoggerLog4CPP*>(SingletonLogger::GetInstance());
+    return logger != nullptr ? logger->SetFallbackLevel(level) : Status::NotAvailable;
 }
 
 void VxLoggerRegisterCb(std::function<void(ILogItem*)> callback) {

@@ -1,5 +1,6 @@
 #include "core/LoggerAbs.h"
 
+#include "core/ClientCall.h"
 #include "core/LogItemAbs.h"
 #include "vx3/core/Utilities.h"
 
@@ -9,6 +10,7 @@
 namespace VX3 {
 
 int LoggerAbs::RegisterCallBack(std::function<void(ILogItem*)> callback) {
+    ClientCall::CloseAtExit();
     std::shared_ptr<const Callback> replacement;
     if (callback)
         replacement = std::make_shared<const Callback>(std::move(callback));
@@ -46,7 +48,8 @@ int LoggerAbs::WriteLogItem(LogLevel level, const char* source, const char* devi
                                                                   TimeText(std::chrono::system_clock::now()),
                                                                   source, device, std::move(info));
     if (const auto callback = CurrentCallback())
-        (*callback)(item.get());
+        if (const ClientCall call; call)
+            (*callback)(item.get());
     // Freed after the lock.
     std::unique_ptr<ILogItem> oldest;
     SpinGuard lock(itemsLock_);

@@ -18,6 +18,8 @@ constexpr const char* FallbackCategory = "SDK";
 constexpr const char* FallbackPattern = "%d(%t)[%p]-%m%n";
 
 std::unique_ptr<log4cpp::Appender> CreateAppender(const std::string& target) {
+    if (target == "std::cerr")
+        return std::make_unique<log4cpp::OstreamAppender>(target, &std::cerr);
     if (target == "std::cout")
         return std::make_unique<log4cpp::OstreamAppender>(target, &std::cout);
     if (target == "StringQueueAppender")
@@ -47,8 +49,10 @@ LoggerLog4CPP::LoggerLog4CPP(const char* categoryName, const char* fallbackTarge
 // All fallback loggers share one category, so a target that one of them added already is not added again:
 // each line is printed once.
 void LoggerLog4CPP::UseFallback(const std::string& target) {
+    usesFallback_ = true;
     category_ = &log4cpp::Category::getInstance(FallbackCategory);
-    category_->setPriority(static_cast<int>(LogLevel::Debug));
+    if (category_->getPriority() == log4cpp::Priority::NOTSET) // the first of them
+        category_->setPriority(static_cast<int>(LogLevel::Warning));
     if (category_->getAppender(target) != nullptr)
         return;
     auto layout = std::make_unique<log4cpp::PatternLayout>();
@@ -56,6 +60,13 @@ void LoggerLog4CPP::UseFallback(const std::string& target) {
     auto appender = CreateAppender(target);
     appender->setLayout(layout.release());
     category_->addAppender(appender.release());
+}
+
+StatusCode LoggerLog4CPP::SetFallbackLevel(LogLevel level) {
+    if (!usesFallback_)
+        return Status::NotAvailable;
+    category_->setPriority(static_cast<int>(level));
+    return Status::Ok;
 }
 
 int LoggerLog4CPP::WriteLogData(bool debugOnly, LogLevel level, const char* source, const char* device,

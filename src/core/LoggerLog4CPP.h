@@ -11,8 +11,9 @@ namespace VX3 {
 
 class LoggerLog4CPP : public LoggerAbs {
 public:
-    // Without a usable configuration file everything goes to `fallbackTarget`: "std::cout",
-    // "StringQueueAppender", or the name of a file to append to (relative to the library's directory).
+    // Without a usable configuration file warnings and errors go to `fallbackTarget`: "std::cerr",
+    // "std::cout", "StringQueueAppender", or the name of a file to append to (relative to the library's
+    // directory).
     LoggerLog4CPP(const char* categoryName, const char* fallbackTarget,
                   const std::string& configuration = "log/log4cpp.cfg");
 
@@ -21,12 +22,16 @@ public:
     int WriteLogDataVa(bool debugOnly, LogLevel level, const char* source, const char* device,
                        const char* fmt, va_list args) override __attribute__((format(printf, 6, 0)));
 
+    // What goes to the fallback target from now on, of this logger and of all others that share it.
+    // NotAvailable where a configuration file decides.
+    StatusCode SetFallbackLevel(LogLevel level);
     // "OK!", or what was wrong with the configuration.
     const std::string& StatusText() const { return status_; }
 
 private:
     void UseFallback(const std::string& target);
 
+    bool usesFallback_ = false;
     log4cpp::Category* category_ = nullptr; // log4cpp owns categories and their appenders
     std::string status_ = "OK!";
 };

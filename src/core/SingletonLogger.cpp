@@ -43,7 +43,7 @@ ILogger* SingletonLogger::Get(std::atomic<ILogger*>& fast, std::unique_ptr<ILogg
     if (closed_)
         return nullptr;
     if (owner == nullptr) {
-        owner = std::make_unique<LoggerLog4CPP>(category, "std::cout");
+        owner = std::make_unique<LoggerLog4CPP>(category, "std::cerr");
         fast.store(owner.get(), std::memory_order_release);
     }
     return owner.get();

@@ -1,5 +1,7 @@
 #include "core/SystemConfigINI.h"
 
+#include "core/NumberText.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/core/Logger.h"
 #include "vx3/core/Utilities.h"
 
@@ -30,18 +32,6 @@ std::string CheckedKey(const char* key) {
     if (key == nullptr || key[0] == '\0')
         throw std::invalid_argument("keys cannot be empty");
     return key;
-}
-
-// Stores 0 when `text` does not begin with a number that fits.
-template <typename T, typename Convert>
-StatusCode ToNumber(const std::string& text, T& value, Convert convert) {
-    try {
-        value = convert(text);
-        return Status::Ok;
-    } catch (const std::logic_error&) {
-        value = 0;
-        return Status::NotFound;
-    }
 }
 
 } // namespace
@@ -80,7 +70,13 @@ StatusCode SystemConfigINI::GetValue(const char* key, long long& value, const ch
     const StatusCode status = GetValue(key, text, section);
     if (Failed(status))
         return status;
-    return ToNumber(text, value, [](const std::string& s) { return std::stoll(s); });
+    try {
+        value = std::stoll(text);
+        return Status::Ok;
+    } catch (const std::logic_error&) {
+        value = 0;
+        return Status::NotFound;
+    }
 }
 
 StatusCode SystemConfigINI::GetValue(const char* key, double& value, const char* section) const {
@@ -88,7 +84,10 @@ StatusCode SystemConfigINI::GetValue(const char* key, double& value, const char*
     const StatusCode status = GetValue(key, text, section);
     if (Failed(status))
         return status;
-    return ToNumber(text, value, [](const std::string& s) { return std::stod(s); });
+    if (ParseLeadingReal(text, value))
+        return Status::Ok;
+    value = 0;
+    return Status::NotFound;
 }
 
 StatusCode SystemConfigINI::GetValue(const char* key, bool& value, const char* section) const {
@@ -109,12 +108,19 @@ StatusCode SystemConfigINI::SetValue(const char* key, const std::string& value, 
     if (file_ == nullptr)
         return Status::NotAvailable;
     const std::string name = CheckedKey(key);
-    (*file_)[GetSectionName(section)][name] = value;
+    const std::string sectionName = GetSectionName(section);
+    try {
+        ini::CheckEntry(sectionName, name, value);
+    } catch (const std::invalid_argument& error) {
+        return SetLastFailure(Status::NotFound,
+                              StringFormat("[%s] %s: %s", sectionName.c_str(), name.c_str(), error.what()));
+    }
+    (*file_)[sectionName][name] = value;
     try {
         file_->write(path_);
     } catch (const std::invalid_argument& error) {
         VxLoggerLog(LogLevel::Error, "SDK", "Configuration file %s: %s", path_.c_str(), error.what());
-        return Status::WrongState;
+        return SetLastFailure(Status::WrongState, path_ + ": " + error.what());
     }
     return Status::Ok;
 }
@@ -124,7 +130,7 @@ StatusCode SystemConfigINI::SetValue(const char* key, long long value, const cha
 }
 
 StatusCode SystemConfigINI::SetValue(const char* key, double value, const char* section) {
-    return SetValue(key, std::to_string(value), section);
+    return SetValue(key, FixedText(value), section);
 }
 
 StatusCode SystemConfigINI::SetValue(const char* key, bool value, const char* section) {

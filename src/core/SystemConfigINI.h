@@ -18,7 +18,7 @@ public:
     using ISystemConfig::GetValue;
     using ISystemConfig::SetValue;
     StatusCode GetValue(const char* key, std::string& value, const char* section) const override;
-    // Every SetValue rewrites the file. WrongState: the file could not be written (the value is kept in
+    // Every SetValue replaces the file. WrongState: the file could not be written (the value is kept in
     // memory).
     StatusCode SetValue(const char* key, const std::string& value, const char* section) override;
     StatusCode GetValue(const char* key, long long& value, const char* section) const override;

@@ -1,7 +1,11 @@
 #include "device/DeviceAbs.h"
 
+#include "core/ExplainFailure.h"
+#include "device/StreamAbs.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/core/Logger.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace VX3 {
@@ -21,30 +25,37 @@ std::shared_ptr<IConfigurer> DeviceAbs::ShareConfigurer() {
 
 // ---- connection ----
 
-StatusCode DeviceAbs::Connect() {
+StatusCode DeviceAbs::Connect(DeviceAccess access) {
     const TransitionGate::Pass pass(connecting_);
     if (!pass)
         return Status::WrongState;
     if (connected_)
-        return Status::Ok;
+        return access == access_
+                   ? Status::Ok
+                   : SetLastFailure(Status::WrongState, Name() + " is connected with another access already");
+    access_ = access;
+    const ExplainFailure explain(Name());
     const StatusCode status = ConnectP();
     if (Failed(status))
-        return status;
+        return explain(status);
     connected_ = true;
     state_.Apply(DeviceEvent::Connected);
     FinishConnect();
     return Status::Ok;
 }
 
-// A camera without a usable description, or one that refuses a setting, is connected all the same.
+// A camera without a usable description, or one that refuses a setting, is connected all the same; that it
+// cannot be used is said aloud, and by FeaturesFailure.
 void DeviceAbs::FinishConnect() {
     try {
         const StatusCode features = CreateConfigurer();
-        if (Failed(features) && features != Status::NotSupported) // some kinds have none
-            VxLoggerLog(LogLevel::Warning, "SDK", "%s: connected without features: %s", Name().c_str(),
-                        StatusText(features).c_str());
+        const std::string failure = FeaturesFailure();
+        if (!failure.empty() && !IsInterface()) // few interfaces have any
+            VxLoggerLog(LogLevel::Error, "SDK",
+                        "%s: connected without features: %s; it can be neither configured nor started",
+                        Name().c_str(), failure.c_str());
         const StatusCode setUp = PostConnect();
-        if (Failed(setUp))
+        if (Failed(setUp) && !Failed(features))
             VxLoggerLog(LogLevel::Warning, "SDK", "%s: connected, but not set up: %s", Name().c_str(),
                         StatusText(setUp).c_str());
     } catch (const std::exception& error) {
@@ -60,11 +71,13 @@ StatusCode DeviceAbs::DisConnect() {
         return Status::WrongState;
     if (!connected_)
         return Status::Ok;
+    BeginDisConnect();
     StopAndCloseStreams();
     connected_ = false;
     ReleaseConfigurer();
+    const StatusCode status = DisConnectP();
     state_.Apply(DeviceEvent::Disconnected);
-    return DisConnectP();
+    return Failed(status) ? status : Status::Ok;
 }
 
 void DeviceAbs::StopAndCloseStreams() {
@@ -122,8 +135,13 @@ StatusCode DeviceAbs::GetIpAddress(GevDeviceAddress*) const {
 StatusCode DeviceAbs::StartAcquisition(unsigned int streamIndex) {
     if (!connected_)
         return Status::WrongState;
+    if (DeviceState() == DEVICE_STATE::Lost)
+        return Status::DeviceLost;
     state_.Apply(DeviceEvent::AcquisitionStarted);
-    return AcquisitionStartP(streamIndex);
+    const StatusCode status = AcquisitionStartP(streamIndex);
+    if (Failed(status))
+        state_.Apply(DeviceEvent::AcquisitionStopped);
+    return status;
 }
 
 StatusCode DeviceAbs::StopAcquisition(unsigned int streamIndex) {
@@ -143,6 +161,10 @@ std::vector<std::shared_ptr<IStream>> DeviceAbs::Streams() const {
 void DeviceAbs::UpdateStreams(std::vector<std::shared_ptr<IStream>>& streams) {
     std::vector<std::shared_ptr<IStream>> expired; // destroyed after the lock is gone: that may take a while
     MutexLock lock(streamsMutex_);
+    for (const auto& dropped : streams_)
+        if (auto* stream = dynamic_cast<StreamAbs*>(dropped.get());
+            stream != nullptr && std::find(streams.begin(), streams.end(), dropped) == streams.end())
+            stream->Retire();
     if (!streams_.empty())
         retired_.push_back(std::move(streams_));
     streams_ = std::move(streams);

@@ -54,7 +54,11 @@ public:
     std::string SerialNumber() const override { return {}; }
 
     DEVICE_STATE DeviceState() const override { return state_.Get(); }
-    [[nodiscard]] StatusCode Connect() override;
+    [[nodiscard]] StatusCode Connect() override { return Connect(DeviceAccess::Control); }
+    [[nodiscard]] StatusCode Connect(DeviceAccess access) override;
+    DeviceAccess Access() const override { return access_; }
+    std::string FeaturesFailure() const override { return {}; }
+    void Interrupt() override {}
     StatusCode DisConnect() override;
     bool IsConnected() const override { return connected_; }
     bool IsConnectedLocally() const override { return connected_; }
@@ -81,18 +85,26 @@ public:
     StatusCode SetIpAddress(const GevDeviceAddress* address) override;
     StatusCode GetIpAddress(GevDeviceAddress* address) const override;
 
+    // What a later round of discovery found out about a device whose state was unknown.
+    void LearnState(DEVICE_STATE state) { state_.Learn(state); }
+
 protected:
     [[nodiscard]] StatusCode CreateConfigurer() override { return Status::NotSupported; }
     StatusCode ReleaseConfigurer() override { return Status::Ok; }
     [[nodiscard]] StatusCode PostConnect() override { return Status::Ok; }
+    // First of all that DisConnect does with a connected device: waiting on other threads ends, and what is
+    // still to be said to the device takes a bounded time.
+    virtual void BeginDisConnect() {}
 
     void UpdateSubDevices(std::vector<std::weak_ptr<IDevice>> devices) VX3_EXCLUDES(subDevicesMutex_);
     // Takes the list over; the streams it replaces are no longer handed out, and released later.
     void UpdateStreams(std::vector<std::shared_ptr<IStream>>& streams) VX3_EXCLUDES(streamsMutex_);
     std::vector<std::shared_ptr<IStream>> Streams() const VX3_EXCLUDES(streamsMutex_);
 
-    // The state that construction found (Unreachable, Controlled, GenTL).
+    // The state that discovery found (Unreachable, Controlled, GenTL, Unknown).
     void SetInitialState(DEVICE_STATE state) { state_.SetInitial(state); }
+    // Connected, and not known to be lost.
+    bool IsInReach() const { return connected_ && DeviceState() != DEVICE_STATE::Lost; }
     // For heartbeat threads: marks this device lost and tells the interface device, if it still exists.
     void ReportLost();
 
@@ -113,6 +125,7 @@ private:
     std::shared_ptr<ParentLink> children_;
     DeviceStateMachine state_;
     std::atomic<bool> connected_{false};
+    std::atomic<DeviceAccess> access_{DeviceAccess::Control};
     TransitionGate connecting_;
 
     Mutex subDevicesMutex_;

@@ -1,7 +1,8 @@
 // The state a device shows to its clients. Any thread: heartbeat threads report losses while clients work.
 //
 //   Available, Unreachable,      AcquisitionStarted
-//   Controlled, GenTL  --Connected--> Connected <=====> Acquiring
+//   Controlled, GenTL,
+//   Unknown            --Connected--> Connected <=====> Acquiring
 //        ^                               |  AcquisitionStopped |
 //        |                               +-----HeartbeatLost---+--> Lost
 //        +--------------------- Disconnected (from any state) ------+
@@ -23,6 +24,11 @@ public:
     DEVICE_STATE Get() const { return state_; }
     // What discovery found out before anyone connected.
     void SetInitial(DEVICE_STATE state) { state_ = state; }
+    // The same later, for a state that nobody knew; any other stays.
+    void Learn(DEVICE_STATE state) {
+        DEVICE_STATE unknown = DEVICE_STATE::Unknown;
+        state_.compare_exchange_strong(unknown, state);
+    }
     void Apply(DeviceEvent event) {
         DEVICE_STATE from = state_;
         while (!state_.compare_exchange_weak(from, Next(from, event))) {

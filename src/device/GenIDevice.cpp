@@ -4,6 +4,7 @@
 #include "genicam/GenApiRI.h"
 #include "genicam/GenICamConfigurer.h"
 #include "genicam/XmlData.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/core/Logger.h"
 #include "vx3/core/Utilities.h"
 
@@ -28,8 +29,11 @@ constexpr const char* StopFeature = "AcquisitionStop";
     return configurer.SetNodeValue(command, execute);
 }
 
+// Cameras that have nothing to lock may come without the feature.
 [[nodiscard]] StatusCode SetLock(IConfigurer& configurer, unsigned int locked) {
-    return configurer.SetNodeValue(LockFeature, locked);
+    const auto map = configurer.GetNodeMap();
+    return map && map->GetNode(LockFeature) == nullptr ? Status::Ok
+                                                       : configurer.SetNodeValue(LockFeature, locked);
 }
 
 // The bytes of the first of `directories` + `path` that can be read. Regular files only: opening a pipe that
@@ -104,12 +108,15 @@ void GenIDevice::InstallConfigurer(std::shared_ptr<IConfigurer> configurer) {
 StatusCode GenIDevice::CreateConfigurer() {
     if (!IsConnected() || !IsConfigurable())
         return Status::WrongState;
+    (void)FailWithoutFeatures("");
     auto description = GetXmlData();
     if (!description)
         return Status::WrongState;
     auto genApi =
         std::make_unique<GenApiRI>(std::move(description), std::weak_ptr<IGenIObj>(weak_from_this()),
                                    IsInterface() ? "InterfacePort" : nullptr);
+    if (!genApi->GetNodeMap())
+        (void)FailWithoutFeatures(genApi->Failure());
     InstallConfigurer(std::make_shared<GenICamConfigurer>(std::move(genApi), this));
     return Status::Ok;
 }
@@ -117,6 +124,17 @@ StatusCode GenIDevice::CreateConfigurer() {
 StatusCode GenIDevice::ReleaseConfigurer() {
     InstallConfigurer(nullptr);
     return Status::Ok;
+}
+
+std::string GenIDevice::FeaturesFailure() const {
+    MutexLock lock(configurerMutex_);
+    return featuresFailure_;
+}
+
+std::unique_ptr<IXmlData> GenIDevice::FailWithoutFeatures(const std::string& reason) {
+    MutexLock lock(configurerMutex_);
+    featuresFailure_ = reason;
+    return nullptr;
 }
 
 // ---- description ----
@@ -140,17 +158,18 @@ StatusCode GenIDevice::GetXmlUrl(std::string& url) {
 
 std::unique_ptr<IXmlData> GenIDevice::GetXmlData() {
     std::string url;
-    if (Failed(GetXmlUrl(url)))
-        return nullptr;
+    const StatusCode status = GetXmlUrl(url);
+    if (status == Status::NotSupported && GetXmlUrlAddr() == -1)
+        return nullptr; // its kind has none
+    if (Failed(status))
+        return FailWithoutFeatures("the address of its description cannot be read: " + StatusText(status));
     const std::vector<std::string> pieces = SplitStringByColon(url);
-    if (pieces.size() != 2)
-        return nullptr;
-    const std::string& scheme = pieces[0];
+    const std::string scheme = pieces.size() == 2 ? pieces[0] : "";
     if (scheme == "file" || scheme == "File")
         return ReadDescriptionFile(pieces[1]);
     if (scheme == "local" || scheme == "Local")
         return ReadDescriptionMemory(pieces[1]);
-    return nullptr;
+    return FailWithoutFeatures("its description lies at \"" + url + "\", which cannot be fetched");
 }
 
 std::unique_ptr<IXmlData> GenIDevice::ReadDescriptionFile(const std::string& location) {
@@ -159,7 +178,9 @@ std::unique_ptr<IXmlData> GenIDevice::ReadDescriptionFile(const std::string& loc
     if (!path.empty() && path.front() != '/')
         for (std::string& directory : DescriptionDirectories())
             directories.push_back(std::move(directory));
-    return ReadFirst(directories, path);
+    auto description = ReadFirst(directories, path);
+    return description ? std::move(description)
+                       : FailWithoutFeatures("its description file \"" + path + "\" cannot be read");
 }
 
 // "file name;address;length", numbers in hexadecimal; GenICam allows "?SchemaVersion=..." behind the length.
@@ -169,16 +190,16 @@ std::unique_ptr<IXmlData> GenIDevice::ReadDescriptionMemory(const std::string& l
     if (bar != std::string::npos)
         text[bar] = ':';
     std::vector<std::string> parts = SplitString(text, ';');
-    if (parts.size() != 3 || parts[0].empty())
-        return nullptr;
-    const std::uint64_t address = AscH2Integer(parts[1]);
-    const std::uint64_t length = AscH2Integer(parts[2]);
+    const bool whole = parts.size() == 3 && !parts[0].empty();
+    const std::uint64_t address = whole ? AscH2Integer(parts[1]) : 0;
+    const std::uint64_t length = whole ? AscH2Integer(parts[2]) : 0;
     if (address == 0 || length < 1 || length > MaxDescriptionSize)
-        return nullptr;
+        return FailWithoutFeatures("its description cannot lie at \"local:" + location + "\"");
     // Cameras are read in words: the last one may reach past the end.
     std::unique_ptr<unsigned char[]> bytes(new unsigned char[length + 8]());
-    if (Failed(ReadPort(address, bytes.get(), static_cast<unsigned int>(length))))
-        return nullptr;
+    const StatusCode status = ReadPort(address, bytes.get(), static_cast<unsigned int>(length));
+    if (Failed(status))
+        return FailWithoutFeatures("its description cannot be read: " + StatusText(status));
     return std::make_unique<XmlData>(parts[0], std::move(bytes), static_cast<unsigned int>(length));
 }
 
@@ -210,22 +231,28 @@ std::string GenIDevice::SerialNumber() const {
 }
 
 StatusCode GenIDevice::AcquisitionStartP(unsigned int streamIndex) {
+    if (!IsWritable())
+        return SetLastFailure(Status::NotAvailable, Name() + " is connected to be read only");
     const std::shared_ptr<IConfigurer> configurer = ShareConfigurer();
-    if (!configurer)
-        return Status::Ok;
+    if (!configurer && GetXmlUrlAddr() == -1)
+        return AcquisitionStartPP(streamIndex);
+    if (!configurer || !configurer->GetNodeMap())
+        return SetLastFailure(Status::NotAvailable, Name() + " has no features: " + FeaturesFailure());
     StatusCode status = SetLock(*configurer, 1);
     if (Failed(status))
         return status;
     status = Execute(*configurer, StartFeature);
+    if (!Failed(status))
+        status = AcquisitionStartPP(streamIndex);
     if (Failed(status))
-        return status;
-    return AcquisitionStartPP(streamIndex);
+        (void)SetLock(*configurer, 0); // the start's code is the one that matters
+    return status;
 }
 
 StatusCode GenIDevice::AcquisitionStopP(unsigned int streamIndex) {
     const std::shared_ptr<IConfigurer> configurer = ShareConfigurer();
-    if (!configurer)
-        return Status::Ok;
+    if (!configurer || !IsInReach()) // a lost camera would only be waited for
+        return AcquisitionStopPP(streamIndex);
     // A camera that does not take the command may still be streaming: its parameters stay locked.
     if (!Failed(Execute(*configurer, StopFeature)) && Failed(SetLock(*configurer, 0)))
         VxLoggerLog(LogLevel::Warning, "SDK", "%s: its parameters stay locked", Name().c_str());

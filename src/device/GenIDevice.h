@@ -36,14 +36,18 @@ public:
 
     // The text of the description's URL. NotSupported without an address for it.
     [[nodiscard]] virtual StatusCode GetXmlUrl(std::string& url);
-    // Null on any failure.
-    [[nodiscard]] virtual std::unique_ptr<IXmlData> GetXmlData();
+    // Null on any failure, which FeaturesFailure then tells.
+    [[nodiscard]] virtual std::unique_ptr<IXmlData> GetXmlData() VX3_EXCLUDES(configurerMutex_);
 
     std::string VendorName() const override;
     std::string ModelName() const override;
     std::string DeviceVersion() const override;
     std::string ManufacturerInfo() const override;
     std::string SerialNumber() const override;
+    std::string FeaturesFailure() const override VX3_EXCLUDES(configurerMutex_);
+
+    bool IsWritable() const override { return Access() == DeviceAccess::Control; }
+    bool IsReachable() const override { return IsInReach(); }
 
 protected:
     // The transport's own start and stop, after (before) the camera's features.
@@ -61,6 +65,7 @@ protected:
     void InstallConfigurer(std::shared_ptr<IConfigurer> configurer) VX3_EXCLUDES(configurerMutex_);
 
 private:
+    std::unique_ptr<IXmlData> FailWithoutFeatures(const std::string& reason) VX3_EXCLUDES(configurerMutex_);
     std::unique_ptr<IXmlData> ReadDescriptionFile(const std::string& path);
     std::unique_ptr<IXmlData> ReadDescriptionMemory(const std::string& location);
     std::string FeatureText(const char* feature) const;
@@ -68,6 +73,7 @@ private:
     mutable Mutex configurerMutex_;
     std::shared_ptr<IConfigurer> configurer_ VX3_GUARDED_BY(configurerMutex_);
     std::deque<std::shared_ptr<IConfigurer>> retired_ VX3_GUARDED_BY(configurerMutex_);
+    std::string featuresFailure_ VX3_GUARDED_BY(configurerMutex_);
 };
 
 } // namespace VX3

@@ -1,5 +1,6 @@
 #include "device/ImageDelivery.h"
 
+#include "core/ClientCall.h"
 #include "device/CallbackScope.h"
 #include "vx3/core/Logger.h"
 
@@ -62,6 +63,9 @@ void ImageDelivery::Deliver(const std::shared_ptr<IImage>& image) {
             return;
         Remember(image);
     }
+    const ClientCall call;
+    if (!call)
+        return;
     const CallbackScope scope;
     try {
         client->callback(image, parent_->Get(), streamIndex_, image->MiscValue(), client->userData);
@@ -88,6 +92,7 @@ void ImageDelivery::Prepare() {
 }
 
 void ImageDelivery::SetCallback(ImageCallback callback, void* userData) {
+    ClientCall::CloseAtExit();
     std::shared_ptr<const Client> client;
     if (callback)
         client = std::make_shared<const Client>(Client{std::move(callback), userData});

@@ -1,5 +1,6 @@
 #include "device/InterfaceDevAbs.h"
 
+#include "core/ClientCall.h"
 #include "vx3/core/Logger.h"
 
 #include <algorithm>
@@ -24,16 +25,23 @@ enum class Verdict { Kept, Changed, Lost };
 Verdict Judge(const IDevice& known, const IDevice* found, bool strict) {
     const DEVICE_STATE state = known.DeviceState();
     if (found != nullptr && state != DEVICE_STATE::Lost) {
-        const bool stable = found->DeviceState() == state || found->DeviceState() == DEVICE_STATE::GenTL ||
-                            state == DEVICE_STATE::Connected || state == DEVICE_STATE::Acquiring;
+        const DEVICE_STATE now = found->DeviceState();
+        const bool stable = now == state || now == DEVICE_STATE::GenTL || now == DEVICE_STATE::Unknown ||
+                            state == DEVICE_STATE::Unknown || state == DEVICE_STATE::Connected ||
+                            state == DEVICE_STATE::Acquiring;
         return stable ? Verdict::Kept : Verdict::Changed;
     }
     if (state == DEVICE_STATE::Lost || (known.IsConnected() && strict)) {
-        VxLoggerLog(LogLevel::Warning, "SDK", "%s tagged with lost...", known.Name().c_str());
+        VxLoggerLog(LogLevel::Warning, "SDK", "%s tagged with lost...: %s", known.Name().c_str(),
+                    state == DEVICE_STATE::Lost ? "its heartbeat ended"
+                                                : "it is connected and does not answer");
         return Verdict::Lost;
     }
     if (known.IsConnected()) {
-        VxLoggerLog(LogLevel::Warning, "SDK", "%s not found but connected...", known.Name().c_str());
+        VxLoggerLog(LogLevel::Warning, "SDK",
+                    "%s not found but connected...: it did not answer this look for cameras; its heartbeat "
+                    "tells whether it is lost",
+                    known.Name().c_str());
         return Verdict::Kept;
     }
     return Verdict::Lost;
@@ -50,14 +58,22 @@ std::shared_ptr<IDevice> TakeByUniqueName(DeviceList& devices, const std::string
     return device;
 }
 
+// A state that was not known is no change.
+void Learn(IDevice& known, const IDevice& found) {
+    if (auto* device = dynamic_cast<DeviceAbs*>(&known))
+        device->LearnState(found.DeviceState());
+}
+
 void Report(SubDeviceEvents& events, SUB_DEVICE_EVENT event, const DeviceList& devices) {
     if (devices.empty())
         return;
     const bool found = event == SUB_DEVICE_EVENT::Found;
-    const char* what = found ? "Found" : event == SUB_DEVICE_EVENT::Lost ? "Lost" : "State Changed";
+    const char* what = found ? "Found!!!"
+                       : event == SUB_DEVICE_EVENT::Lost
+                           ? "Lost!!!: it does not answer any more; it is listed again when it does"
+                           : "State Changed!!!: another program took it or let it go";
     for (const auto& device : devices)
-        VxLoggerLog(found ? LogLevel::Info : LogLevel::Warning, "SDK", "%s %s!!!", device->Name().c_str(),
-                    what);
+        VxLoggerLog(found ? LogLevel::Info : LogLevel::Warning, "SDK", "%s %s", device->Name().c_str(), what);
     events.emplace_back(event, devices);
 }
 
@@ -113,6 +129,8 @@ SubDeviceEvents InterfaceDevAbs::UpdateSubDevicesA(std::list<std::shared_ptr<IDe
             const auto match = TakeByUniqueName(found, known->UniqueName());
             switch (Judge(*known, match.get(), strict)) {
             case Verdict::Kept:
+                if (match)
+                    Learn(*known, *match);
                 kept.push_back(known);
                 break;
             case Verdict::Changed:
@@ -120,6 +138,8 @@ SubDeviceEvents InterfaceDevAbs::UpdateSubDevicesA(std::list<std::shared_ptr<IDe
                 break;
             case Verdict::Lost:
                 lost.push_back(known);
+                if (match) // it answers again: a new camera, and found in this very round
+                    found.push_back(match);
                 break;
             }
         }
@@ -143,6 +163,7 @@ StatusCode InterfaceDevAbs::MonitorSubDevices(bool enable, unsigned int period, 
         StopMonitor();
         return Status::Ok;
     }
+    ClientCall::CloseAtExit();
     MutexLock lock(monitorMutex_);
     if (monitor_)
         return Status::Generic;
@@ -164,8 +185,10 @@ void InterfaceDevAbs::StopMonitor() {
     if (!monitor)
         return;
     monitor->RequestStop();
+    roundInterrupted_ = true;
     WakeMonitor();
     monitor->Stop();
+    roundInterrupted_ = false;
 }
 
 StatusCode InterfaceDevAbs::UpdateSubDevices(bool) {
@@ -214,7 +237,9 @@ void InterfaceDevAbs::MonitorThread(const std::atomic<bool>& running, unsigned i
         }
         try {
             SubDeviceEvents events = Round();
-            if (!events.empty() && callback)
+            if (events.empty() || !callback)
+                continue;
+            if (const ClientCall call; call)
                 callback(this, std::move(events));
         } catch (const std::exception& error) {
             VxLoggerLog(LogLevel::Error, "SDK", "Device monitoring: %s", error.what());
@@ -224,7 +249,10 @@ void InterfaceDevAbs::MonitorThread(const std::atomic<bool>& running, unsigned i
 
 SubDeviceEvents InterfaceDevAbs::Round() {
     MutexLock lock(roundMutex_);
-    SubDeviceEvents events = UpdateSubDevicesA(EnumSubDevices(EnumTimeoutMs), false);
+    auto found = EnumSubDevices(EnumTimeoutMs);
+    if (RoundInterrupted()) // who was not heard may be there all the same
+        return {};
+    SubDeviceEvents events = UpdateSubDevicesA(std::move(found), false);
     ++finishedRounds_;
     return events;
 }

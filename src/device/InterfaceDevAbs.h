@@ -45,6 +45,8 @@ protected:
     StatusCode AcquisitionStartPP(unsigned int streamIndex) override;
     StatusCode AcquisitionStopPP(unsigned int streamIndex) override;
 
+    // For enumerations that wait: the monitor is to stop, and waits for this round to end.
+    bool RoundInterrupted() const { return roundInterrupted_; }
     // Appends cameras found outside the monitor's rounds (by address), without an event.
     void AddKnownDevices(const std::list<std::shared_ptr<IDevice>>& devices) VX3_EXCLUDES(knownMutex_);
     // Stops the monitor, then what DeviceAbs::Shutdown does.
@@ -65,6 +67,7 @@ private:
     std::atomic<bool> updateRequested_{false};
     std::atomic<unsigned int> finishedRounds_{0};
     std::atomic<bool> immediateFirstUpdate_{true};
+    std::atomic<bool> roundInterrupted_{false};
     Mutex wakeMutex_;
     CondVar wake_;
     Mutex roundMutex_; // one enumeration at a time, also while an old monitor ends

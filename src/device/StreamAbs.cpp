@@ -1,5 +1,6 @@
 #include "device/StreamAbs.h"
 
+#include "core/ExplainFailure.h"
 #include "device/CallbackScope.h"
 #include "vx3/core/Logger.h"
 #include "vx3/core/Utilities.h"
@@ -39,12 +40,19 @@ StreamAbs::~StreamAbs() {
 // ---- open and close ----
 
 StatusCode StreamAbs::Open(unsigned int bufferCount, std::shared_ptr<IImagePool> pool) {
+    const ExplainFailure explain(Name());
+    return explain(OpenWhenFree(bufferCount, std::move(pool)));
+}
+
+StatusCode StreamAbs::OpenWhenFree(unsigned int bufferCount, std::shared_ptr<IImagePool> pool) {
     for (;;) {
         std::shared_ptr<ThreadEx<>> leaving;
         {
             MutexLock lock(streamMutex_);
             if (opened_)
                 return Status::AlreadyOpen;
+            if (retired_)
+                return Status::NotConnected;
             if (!leaving_ || leaving_->IsFinished())
                 return OpenLocked(bufferCount, std::move(pool));
             leaving = leaving_;
@@ -107,9 +115,17 @@ std::shared_ptr<IImagePool> StreamAbs::PoolOrDefault(std::shared_ptr<IImagePool>
 
 StatusCode StreamAbs::Start(ImageCallback callback, void* userData, unsigned int count,
                             std::shared_ptr<IImagePool> pool) {
+    const ExplainFailure explain(Name());
+    return explain(StartWhenOpen(std::move(callback), userData, count, std::move(pool)));
+}
+
+StatusCode StreamAbs::StartWhenOpen(ImageCallback callback, void* userData, unsigned int count,
+                                    std::shared_ptr<IImagePool> pool) {
     MutexLock lock(streamMutex_);
     if (IsStreamingP())
         return Status::AlreadyStreaming;
+    if (retired_)
+        return Status::NotConnected;
     if (!opened_)
         return Status::NotOpen;
     startTime_ = steady_clock::now().time_since_epoch().count();
@@ -122,6 +138,8 @@ StatusCode StreamAbs::Start(ImageCallback callback, void* userData, unsigned int
     }
     if (IDevice* parent = Parent()) {
         status = parent->StartAcquisition(streamIndex_);
+        if (Failed(status)) // nothing will come: a stream that looked started would only be waited for
+            StopStreamP();
         VxLoggerLog(LogLevel::Info, "SDK", "Ready to exit from StreamAbs::Start...");
     }
     return status;
@@ -137,7 +155,7 @@ StatusCode StreamAbs::Stop() {
         VxLoggerLog(LogLevel::Info, "SDK", "Stop Acquisition OK");
     }
     StopStreamP();
-    snapQueue_.Wake();
+    snap_.Wake();
     return Status::Ok;
 }
 
@@ -151,8 +169,7 @@ void StreamAbs::InsertImage(std::unique_ptr<IImage>&& image, unsigned int) {
     std::shared_ptr<IImage> shared(std::move(image));
     if (!shared)
         return;
-    if (snapRequested_.exchange(false)) // a full snap queue cancels the request
-        snapQueue_.Push(std::shared_ptr<IImage>(shared));
+    snap_.Offer(shared);
     if (!delivery_->Push(std::move(shared)))
         if (LiveStatistics* statistics = GetStatistics())
             LiveStatistics::Add(statistics->droppedImages);
@@ -162,11 +179,7 @@ void StreamAbs::InsertImage(std::unique_ptr<IImage>&& image, unsigned int) {
 std::shared_ptr<IImage> StreamAbs::Snap(unsigned int timeoutMs, SnapMode) {
     if (!IsStreamingP())
         return nullptr;
-    snapQueue_.Clear();
-    snapRequested_ = true;
-    std::shared_ptr<IImage> image;
-    snapQueue_.Pop(image, milliseconds(timeoutMs), [this] { return !IsStreamingP(); });
-    return image;
+    return snap_.Next(milliseconds(timeoutMs), [this] { return !IsStreamingP(); });
 }
 
 Statistics StreamAbs::GetStatistics() const {

@@ -13,7 +13,7 @@
 #include "core/ObjectAbs.h"
 #include "device/FpsCalculator.h"
 #include "device/ImageDelivery.h"
-#include "device/SyncQueue.h"
+#include "device/SnapPoint.h"
 #include "device/ThreadEx.h"
 #include "vx3/core/Mutex.h"
 #include "vx3/device/IStream.h"
@@ -63,6 +63,8 @@ public:
     unsigned int PayloadSize() const override;
 
     bool IsOpened() const { return opened_; }
+    // Its device has dropped it: it can neither be opened nor started any more.
+    void Retire() { retired_ = true; }
 
 protected:
     unsigned int PayloadSizeP() const override { return 0; }
@@ -76,6 +78,10 @@ protected:
     void Shutdown();
 
 private:
+    StatusCode OpenWhenFree(unsigned int bufferCount, std::shared_ptr<IImagePool> pool)
+        VX3_EXCLUDES(streamMutex_);
+    StatusCode StartWhenOpen(ImageCallback callback, void* userData, unsigned int count,
+                             std::shared_ptr<IImagePool> pool) VX3_EXCLUDES(streamMutex_);
     [[nodiscard]] StatusCode OpenLocked(unsigned int bufferCount, std::shared_ptr<IImagePool> pool)
         VX3_REQUIRES(streamMutex_);
     std::shared_ptr<IImagePool> PoolOrDefault(std::shared_ptr<IImagePool> pool) VX3_REQUIRES(streamMutex_);
@@ -85,11 +91,11 @@ private:
     std::shared_ptr<ParentLink> parent_;
     const unsigned int streamIndex_;
     Mutex streamMutex_;
-    SyncQueue<std::shared_ptr<IImage>, 64> snapQueue_;
-    std::atomic<bool> snapRequested_{false};
+    SnapPoint snap_;
     std::shared_ptr<IImagePool> defaultPool_ VX3_GUARDED_BY(streamMutex_); // made when first needed
     std::shared_ptr<ImageDelivery> delivery_;
     std::atomic<bool> opened_{false};
+    std::atomic<bool> retired_{false};
     // The delivery thread, and one that was told to end and may still be in a callback.
     std::shared_ptr<ThreadEx<>> worker_ VX3_GUARDED_BY(streamMutex_);
     std::shared_ptr<ThreadEx<>> leaving_ VX3_GUARDED_BY(streamMutex_);

@@ -1,5 +1,8 @@
 #include "genicam/FloatA.h"
 
+#include "core/NumberText.h"
+#include "vx3/core/LastFailure.h"
+
 namespace VX3::GenICam {
 
 std::shared_ptr<IVariant> FloatA::GetVariant() {
@@ -15,6 +18,10 @@ void FloatA::SetValue(double value, bool verify) {
     if (written < min)
         written = min;
     value_->SetValue(written, verify);
+    if (written < value || written > value)
+        SetLastFailure(Status::Ok, GetName() + ": " + ShortestText(value) + " was asked for, " +
+                                       ShortestText(written) + " was set (" + ShortestText(min) + " to " +
+                                       ShortestText(max) + ")");
 }
 
 IFloat& FloatA::operator=(double value) {

@@ -28,22 +28,6 @@ std::string ExtensionOf(const std::string& name) {
     return extension;
 }
 
-std::unique_ptr<GenICam::NodeMapFactory> LoadDescription(const IXmlData& xml) {
-    const std::string extension = ExtensionOf(xml.GetXmlName());
-    if (extension != "xml" && extension != "zip")
-        return nullptr;
-    const auto type = extension == "zip" ? GenICam::EContentType::ZippedXml : GenICam::EContentType::Xml;
-    try {
-        return std::make_unique<GenICam::NodeMapFactory>(type, xml.GetXmlData(), xml.GetXmlDataSize(),
-                                                         GenICam::ECacheUsage::Automatic, false);
-    } catch (const GenICam_3_2::GenericException& exception) {
-        GenICam::LogGenICamException(exception.GetDescription());
-    } catch (const std::exception& exception) {
-        GenICam::LogGenICamException(exception.what());
-    }
-    return nullptr;
-}
-
 // A description that breaks the standard a little still works: what was skipped is said once.
 void LogProblems(const std::string& name, const GenICam::INodeMap& map) {
     const auto* nodeMap = dynamic_cast<const GenICam::NodeMapA*>(&map);
@@ -54,8 +38,8 @@ void LogProblems(const std::string& name, const GenICam::INodeMap& map) {
         return;
     VxLoggerLog(LogLevel::Warning, "SDK", "%s: %zu problems in the description, the first in line %u: %s",
                 name.c_str(), problems.size(), problems.front().line, problems.front().text.c_str());
-    constexpr std::size_t mostDetails = 100;
-    for (std::size_t i = 0; i < std::min(problems.size(), mostDetails); ++i)
+    constexpr std::size_t MostDetails = 100;
+    for (std::size_t i = 0; i < std::min(problems.size(), MostDetails); ++i)
         VxLoggerLog(LogLevel::Debug, "SDK", "%s:%u: %s", name.c_str(), problems[i].line,
                     problems[i].text.c_str());
 }
@@ -63,13 +47,8 @@ void LogProblems(const std::string& name, const GenICam::INodeMap& map) {
 } // namespace
 
 GenApiRI::GenApiRI(std::unique_ptr<IXmlData> xml, std::weak_ptr<IGenIObj> owner, const char* portName)
-    : xml_(std::move(xml)) {
-    if (!xml_)
-        return;
-    factory_ = LoadDescription(*xml_);
-    if (!factory_)
-        return;
-    nodeMap_ = factory_->CreateNodeMap(&GenApiRI::NodeCallBack, "Device", true);
+    : owner_(owner), xml_(std::move(xml)) {
+    CreateNodeMap();
     if (!nodeMap_)
         return;
     LogProblems(xml_->GetXmlName(), *nodeMap_);
@@ -78,6 +57,38 @@ GenApiRI::GenApiRI(std::unique_ptr<IXmlData> xml, std::weak_ptr<IGenIObj> owner,
     if (!connected)
         VxLoggerLog(LogLevel::Warning, "SDK", "%s has no port \"%s\": its registers cannot be reached.",
                     xml_->GetXmlName().c_str(), portName ? portName : "Device");
+}
+
+void GenApiRI::LoadDescription() {
+    if (!xml_) {
+        failure_ = "there is no description";
+        return;
+    }
+    const std::string extension = ExtensionOf(xml_->GetXmlName());
+    if (extension != "xml" && extension != "zip") {
+        failure_ = "the description's name \"" + xml_->GetXmlName() + "\" ends in neither .xml nor .zip";
+        return;
+    }
+    const auto type = extension == "zip" ? GenICam::EContentType::ZippedXml : GenICam::EContentType::Xml;
+    try {
+        factory_ = std::make_unique<GenICam::NodeMapFactory>(type, xml_->GetXmlData(), xml_->GetXmlDataSize(),
+                                                             GenICam::ECacheUsage::Automatic, false);
+    } catch (const GenICam_3_2::GenericException& exception) {
+        failure_ = exception.GetDescription();
+    } catch (const std::exception& exception) {
+        failure_ = exception.what();
+    }
+    if (!factory_)
+        GenICam::LogGenICamException(failure_.c_str());
+}
+
+void GenApiRI::CreateNodeMap() {
+    LoadDescription();
+    if (!factory_)
+        return;
+    nodeMap_ = factory_->CreateNodeMap(&GenApiRI::NodeCallBack, "Device", true);
+    if (!nodeMap_)
+        failure_ = factory_->Failure();
 }
 
 GenApiRI::~GenApiRI() {
@@ -97,7 +108,7 @@ StatusCode GenApiRI::SetNodeValue(const std::string& name, NodeValue& value) {
     if (!nodeMap_)
         return Status::Generic;
     if (name == GenICam::DelayNodeName)
-        return GenICam::Delay(value);
+        return GenICam::Delay(value, owner_);
     INode* node = nodeMap_->GetNode(name);
     return node ? GenICam::WriteByType(*node, value) : Status::NotFound;
 }

@@ -26,16 +26,21 @@ public:
 
     IXmlData* GetXmlData() override { return xml_.get(); }
     std::shared_ptr<GenICam::INodeMap> GetNodeMap() override { return nodeMap_; }
+    std::string Failure() const override { return failure_; }
     GenICam::NodeValue GetNodeValue(const std::string& name) override;
     StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) override;
 
 private:
     // Static: a caller's share of the node map may outlive this object.
     static void NodeCallBack(GenICam::INode* node);
+    void LoadDescription();
+    void CreateNodeMap();
 
+    const std::weak_ptr<IGenIObj> owner_;
     std::unique_ptr<IXmlData> xml_;
     std::unique_ptr<GenICam::NodeMapFactory> factory_;
     std::shared_ptr<GenICam::INodeMap> nodeMap_;
+    std::string failure_;
 };
 
 } // namespace VX3

@@ -19,11 +19,15 @@ public:
 
     std::shared_ptr<GenICam::INodeMap> GetNodeMap() override;
     GenICam::NodeValue GetNodeValue(const std::string& name) override;
+    StatusCode ReadNodeValue(const std::string& name, GenICam::NodeValue& value) override;
     IXmlData* GetXmlData() override;
     using AbsConfigurer::SetNodeValue;
     StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) override;
 
 private:
+    // Without a node map, or without that node in it: the code and, as the thread's last failure, the reason.
+    StatusCode FailWithoutNode(const std::string& name);
+
     std::unique_ptr<IGenApi> genApi_;
 };
 

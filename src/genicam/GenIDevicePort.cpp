@@ -1,35 +1,51 @@
 #include "genicam/GenIDevicePort.h"
 
+#include "genicam/PortFailure.h"
+#include "vx3/core/Utilities.h"
+
+#include <string>
 #include <utility>
 
 namespace VX3::GenICam {
 
+namespace {
+
+void Check(StatusCode code, const char* what, std::int64_t address, std::int64_t length) {
+    if (!Failed(code))
+        return;
+    const std::string text = what +
+                             StringFormat(" %lld bytes at 0x%llX: ", static_cast<long long>(length),
+                                          static_cast<unsigned long long>(address)) +
+                             StatusText(code);
+    if (code == Status::TimeOut)
+        throw PortException<GenICam_3_2::TimeoutException>(code, text.c_str());
+    throw PortException<GenICam_3_2::AccessException>(code, text.c_str());
+}
+
+} // namespace
+
 GenIDevicePort::GenIDevicePort(std::weak_ptr<IGenIObj> owner) : owner_(std::move(owner)) {}
+
+GenApi_3_2::EAccessMode GenIDevicePort::GetAccessMode() const {
+    const std::shared_ptr<IGenIObj> owner = owner_.lock();
+    return owner && !owner->IsWritable() ? GenApi_3_2::RO : GenApi_3_2::RW;
+}
 
 void GenIDevicePort::Read(void* buffer, std::int64_t address, std::int64_t length) {
     const std::shared_ptr<IGenIObj> owner = owner_.lock();
-    if (!owner)
-        return;
-    const StatusCode result =
-        owner->ReadPort(static_cast<unsigned long long>(address), static_cast<unsigned char*>(buffer),
-                        static_cast<unsigned int>(length));
-    if (result != Status::TimeOut)
-        return;
-    owner_.reset();
-    throw "Read from GenIPort Error.";
+    Check(owner ? owner->ReadPort(static_cast<unsigned long long>(address),
+                                  static_cast<unsigned char*>(buffer), static_cast<unsigned int>(length))
+                : Status::NotConnected,
+          "Read from GenIPort Error.", address, length);
 }
 
 void GenIDevicePort::Write(const void* buffer, std::int64_t address, std::int64_t length) {
     const std::shared_ptr<IGenIObj> owner = owner_.lock();
-    if (!owner)
-        return;
-    const StatusCode result =
-        owner->WritePort(static_cast<unsigned long long>(address), static_cast<const unsigned char*>(buffer),
-                         static_cast<unsigned int>(length));
-    if (result != Status::TimeOut)
-        return;
-    owner_.reset();
-    throw "Write to GenIObject Error.";
+    Check(owner
+              ? owner->WritePort(static_cast<unsigned long long>(address),
+                                 static_cast<const unsigned char*>(buffer), static_cast<unsigned int>(length))
+              : Status::NotConnected,
+          "Write to GenIObject Error.", address, length);
 }
 
 } // namespace VX3::GenICam

@@ -8,15 +8,16 @@
 
 namespace VX3::GenICam {
 
-// The owner is locked for each access: one that is gone is not called, and the access does nothing. The first
-// time-out makes the port inert for good, so that one dead camera costs one wait and not one a register.
-// Called with the node map's lock held.
+// The owner is locked for each access: one that is gone is not called. Whether a silent camera still costs
+// waits is its owner's business: one that is lost refuses at once. Called with the node map's lock held.
 class GenIDevicePort : public GenApi_3_2::IPort {
 public:
     explicit GenIDevicePort(std::weak_ptr<IGenIObj> owner);
 
-    GenApi_3_2::EAccessMode GetAccessMode() const override { return GenApi_3_2::RW; }
-    // Throw a C text on a time-out of the owner; any other failure of the owner is not reported.
+    // Read-only where the owner may only be read (monitor access).
+    GenApi_3_2::EAccessMode GetAccessMode() const override;
+    // Throw a PortException for whatever the owner does not do: GenApi's TimeoutException where it timed out,
+    // AccessException otherwise. GenApi keeps nothing of such an access.
     void Read(void* buffer, std::int64_t address, std::int64_t length) override;
     void Write(const void* buffer, std::int64_t address, std::int64_t length) override;
 

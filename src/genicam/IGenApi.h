@@ -21,7 +21,9 @@ public:
     virtual IXmlData* GetXmlData() = 0;
     // Empty when the description could not be used.
     virtual std::shared_ptr<GenICam::INodeMap> GetNodeMap() = 0;
-    // Empty when there is no node map or no such node.
+    // Why it is empty, in words.
+    virtual std::string Failure() const = 0;
+    // Empty when there is no node map or no such node, and for nodes that hold no value.
     virtual GenICam::NodeValue GetNodeValue(const std::string& name) = 0;
     // Generic without a node map; NotFound without such a node or for a type that cannot be set.
     [[nodiscard]] virtual StatusCode SetNodeValue(const std::string& name, GenICam::NodeValue& value) = 0;

@@ -1,5 +1,8 @@
 #include "genicam/IntegerA.h"
 
+#include "vx3/core/LastFailure.h"
+#include "vx3/core/Utilities.h"
+
 namespace VX3::GenICam {
 
 namespace {
@@ -29,7 +32,13 @@ void IntegerA::SetValue(long value, bool verify) {
         return;
     const long max = GetMax();
     const long min = GetMin();
-    value_->SetValue(Snap(value, min, max, GetInc()), verify);
+    const long inc = GetInc();
+    const long written = Snap(value, min, max, inc);
+    value_->SetValue(written, verify);
+    if (written != value)
+        SetLastFailure(Status::Ok,
+                       StringFormat("%s: %ld was asked for, %ld was set (%ld to %ld in steps of %ld)",
+                                    GetName().c_str(), value, written, min, max, inc));
 }
 
 IInteger& IntegerA::operator=(long value) {

@@ -1,5 +1,7 @@
 #include "genicam/NodeA.h"
 
+#include "core/ClientCall.h"
+
 #include <utility>
 
 namespace VX3::GenICam {
@@ -26,10 +28,12 @@ void NodeA::NodeCallBack(GenApi_3_2::INode* changed) {
         return;
     mapCallback_();
     if (const std::shared_ptr<Callback> callback = userCallback_)
-        (*callback)();
+        if (const ClientCall call; call)
+            (*callback)();
 }
 
 long NodeA::RegisterCallback(std::function<void(INode*)> callback) {
+    ClientCall::CloseAtExit();
     auto registered = std::make_shared<Callback>(this, std::move(callback));
     const GenApi_3_2::AutoLock lock(node_->GetNodeMap()->GetLock());
     userCallback_ = std::move(registered);

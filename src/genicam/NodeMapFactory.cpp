@@ -21,7 +21,9 @@ GenApi_3_2::ECacheUsage_t ToGenApi(ECacheUsage cache) {
 } // namespace
 
 void LogGenICamException(const char* description) {
-    VxLoggerLog(LogLevel::Error, "SDK", "Exception from GenICam: %s...", description);
+    VxLoggerLog(LogLevel::Error, "SDK",
+                "Exception from GenICam: %s...: the description is refused, there are no features",
+                description);
 }
 
 NodeMapFactory::NodeMapFactory(EContentType type, const void* data, unsigned long size, ECacheUsage cache,
@@ -42,14 +44,16 @@ NodeMapFactory::~NodeMapFactory() = default;
 
 std::unique_ptr<INodeMap> NodeMapFactory::CreateNodeMap(std::function<void(INode*)> callback,
                                                         const std::string& deviceName, bool releaseData) {
+    failure_ = "the description holds no node map";
     try {
         GenApiNodeMap map(factory_->CreateNodeMap(deviceName.c_str(), releaseData));
         return map ? std::make_unique<NodeMapA>(std::move(map), std::move(callback)) : nullptr;
     } catch (const GenICam_3_2::GenericException& exception) {
-        LogGenICamException(exception.GetDescription());
+        failure_ = exception.GetDescription();
     } catch (const std::exception& exception) {
-        LogGenICamException(exception.what());
+        failure_ = exception.what();
     }
+    LogGenICamException(failure_.c_str());
     return nullptr;
 }
 

@@ -28,12 +28,15 @@ public:
     // Null on failure, which is logged. `callback` may be empty. `releaseData` drops the text of ToXml.
     std::unique_ptr<INodeMap> CreateNodeMap(std::function<void(INode*)> callback,
                                             const std::string& deviceName, bool releaseData);
+    // Why the last CreateNodeMap gave none, in words.
+    const std::string& Failure() const { return failure_; }
     bool IsEmpty() const;
     std::string ToString() const;
     std::string ToXml() const;
 
 private:
     std::unique_ptr<GenApi_3_2::CNodeMapFactory> factory_;
+    std::string failure_;
 };
 
 // The error line that every failed description leaves in the log.

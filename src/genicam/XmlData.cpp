@@ -3,6 +3,7 @@
 #include "core/DefaultConfig.h"
 #include "vx3/core/Logger.h"
 
+#include <filesystem>
 #include <fstream>
 #include <utility>
 
@@ -12,11 +13,17 @@ XmlData::XmlData(std::string name, std::unique_ptr<unsigned char[]> data, unsign
     : name_(std::move(name)), data_(std::move(data)), size_(data_ ? size : 0) {
     if (!ConfigBool(ConfigKeys::WriteXmlToFile))
         return;
-    std::ofstream file(name_, std::ios::binary | std::ios::trunc);
+    const std::string fileName = FileName();
+    std::ofstream file(fileName, std::ios::binary | std::ios::trunc);
     file.write(reinterpret_cast<const char*>(data_.get()), static_cast<std::streamsize>(size_));
     file.close();
     if (!file)
-        VxLoggerLog(LogLevel::Warning, "SDK", "The description could not be written to %s.", name_.c_str());
+        VxLoggerLog(LogLevel::Warning, "SDK", "The description could not be written to %s.",
+                    fileName.c_str());
+}
+
+std::string XmlData::FileName() const {
+    return std::filesystem::path(name_).filename().string();
 }
 
 } // namespace VX3

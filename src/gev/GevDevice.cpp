@@ -21,14 +21,15 @@ namespace VX3 {
 
 namespace {
 
-constexpr std::uint32_t initialTimeoutMs = 1000;
+constexpr std::uint32_t InitialTimeoutMs = 1000;
 // A camera's pending time-out beyond this is a broken register; honouring it would block every thread.
-constexpr std::uint32_t longestTimeoutMs = 60000;
-constexpr std::uint32_t heartBeatTimeoutMs = 9000;
-constexpr std::chrono::milliseconds heartBeatPeriod{3000};
-constexpr std::uint32_t mostStreams = 4;
-constexpr unsigned int defaultPacketSize = 1500;
-constexpr const char* packetSizeFeature = "GevSCPSPacketSize";
+constexpr std::uint32_t LongestTimeoutMs = 30000;
+// All that is still said to a camera while it is given back. One that answers takes milliseconds.
+constexpr std::uint32_t WindDownMs = 2000;
+constexpr std::uint32_t GiveUpMs = 200;
+constexpr std::uint32_t MostStreams = 4;
+constexpr unsigned int DefaultPacketSize = 1500;
+constexpr const char* PacketSizeFeature = "GevSCPSPacketSize";
 
 bool ReadInteger(IConfigurer& configurer, const char* feature, std::uint32_t& value) {
     const GenICam::NodeValue node = configurer.GetNodeValue(feature);
@@ -42,33 +43,29 @@ bool ReadInteger(IConfigurer& configurer, const char* feature, std::uint32_t& va
 } // namespace
 
 GevDevice::GevDevice(const std::string& name, const NET_PARAM& local, const GVCP_DISCOVERY_ACK& discovery,
-                     IDevice* parent, bool noFilter, std::uint16_t port)
+                     IDevice* parent, bool noFilter, std::uint16_t port, DEVICE_STATE state)
     : GevDevice(TypeIds::SubDevice + static_cast<unsigned int>(IntfDevType::GigEVision), name, local,
-                discovery, parent, noFilter, port) {}
+                discovery, parent, noFilter, port, state) {}
 
 GevDevice::GevDevice(unsigned int typeId, const std::string& name, const NET_PARAM& local,
-                     const GVCP_DISCOVERY_ACK& discovery, IDevice* parent, bool noFilter, std::uint16_t port)
+                     const GVCP_DISCOVERY_ACK& discovery, IDevice* parent, bool noFilter, std::uint16_t port,
+                     DEVICE_STATE state)
     : GenIDevice(typeId, name.c_str(), parent),
       port_(port),
       noFilter_(noFilter),
       local_(local),
-      heartBeat_([this] { return HasControl(); }, [this] { HeartBeatTimeOut(); }) {
+      control_([this] { HeartBeatTimeOut(); }) {
     (void)DecodeDiscoveryAck(discovery, discovery_); // the record has the layout's full size
-    helper_ = NewHelper();
-    ReadControlState();
+    SetInitialState(state);
 }
 
 GevDevice::~GevDevice() {
     Shutdown();
-    heartBeat_.Stop();
+    control_.StopHeartBeat();
 }
 
 NET_PARAM GevDevice::RemoteParam() const {
     return {discovery_.currentIp, discovery_.subnetMask, discovery_.defaultGateway, 0xFFFFFFFFU};
-}
-
-std::shared_ptr<GevCmdHelper> GevDevice::NewHelper() {
-    return std::make_shared<GevCmdHelper>(local_, RemoteParam(), gvcpTimeoutMs_, requestCounter_, port_);
 }
 
 std::shared_ptr<GevCmdHelper> GevDevice::Helper() const {
@@ -76,12 +73,19 @@ std::shared_ptr<GevCmdHelper> GevDevice::Helper() const {
     return helper_;
 }
 
-void GevDevice::ReadControlState() {
-    std::uint32_t control = 0;
-    if (Failed(Helper()->ReadRegister(Bootstrap::ControlChannelPrivilege, control)))
-        SetInitialState(DEVICE_STATE::Unreachable);
-    else
-        SetInitialState(control != 0 ? DEVICE_STATE::Controlled : DEVICE_STATE::Available);
+void GevDevice::SetHelper(std::shared_ptr<GevCmdHelper> helper) {
+    MutexLock lock(helperMutex_);
+    helper_.swap(helper);
+}
+
+std::shared_ptr<GevCmdHelper> GevDevice::UsableHelper(StatusCode& reason) const {
+    reason = DeviceState() == DEVICE_STATE::Lost ? Status::DeviceLost : Status::NotConnected;
+    return reason == Status::DeviceLost ? nullptr : Helper();
+}
+
+void GevDevice::Interrupt() {
+    if (const auto helper = Helper())
+        helper->Interrupt();
 }
 
 // Identity ------------------------------------------------------------------------------------------------
@@ -117,7 +121,7 @@ StatusCode GevDevice::GetIpAddress(GevDeviceAddress* address) const {
 StatusCode GevDevice::SetIpAddress(const GevDeviceAddress* address) {
     if (address == nullptr)
         return Status::NotFound;
-    GevCmdHelper broadcast(local_, {BroadcastIp, 0, 0, 0xFFFFFFFFU}, initialTimeoutMs, requestCounter_,
+    GevCmdHelper broadcast(local_, {BroadcastIp, 0, 0, 0xFFFFFFFFU}, InitialTimeoutMs, requestCounter_,
                            Gvcp::Port);
     return broadcast.ForceIp(htonl(address->ip), htonl(address->mask), htonl(address->gateway),
                              htonl(address->macLow), htonl(address->macHigh));
@@ -126,10 +130,14 @@ StatusCode GevDevice::SetIpAddress(const GevDeviceAddress* address) {
 // Registers -----------------------------------------------------------------------------------------------
 
 StatusCode GevDevice::ReadPort(unsigned long long address, unsigned char* buffer, unsigned int length) {
+    StatusCode reason = Status::Ok;
+    const auto helper = UsableHelper(reason);
+    if (!helper)
+        return reason;
     if (length != 4)
-        return Helper()->ReadMemory(address, buffer, length, true);
+        return helper->ReadMemory(address, buffer, length, true);
     std::uint32_t value = 0;
-    const StatusCode result = Helper()->ReadRegister(address, value);
+    const StatusCode result = helper->ReadRegister(address, value);
     if (!Failed(result))
         Wire::Store(buffer, value);
     return result;
@@ -137,9 +145,15 @@ StatusCode GevDevice::ReadPort(unsigned long long address, unsigned char* buffer
 
 StatusCode GevDevice::WritePort(unsigned long long address, const unsigned char* buffer,
                                 unsigned int length) {
+    if (!IsWritable())
+        return Status::NotAvailable;
+    StatusCode reason = Status::Ok;
+    const auto helper = UsableHelper(reason);
+    if (!helper)
+        return reason;
     if (length != 4)
-        return Helper()->WriteMemory(address, buffer, length);
-    return Helper()->WriteRegister(address, Wire::Load<std::uint32_t>(buffer));
+        return helper->WriteMemory(address, buffer, length);
+    return helper->WriteRegister(address, Wire::Load<std::uint32_t>(buffer));
 }
 
 std::int64_t GevDevice::GetXmlUrlAddr() {
@@ -149,39 +163,46 @@ std::int64_t GevDevice::GetXmlUrlAddr() {
 // Connection ----------------------------------------------------------------------------------------------
 
 StatusCode GevDevice::GetControlAccess() {
-    const auto helper = Helper();
-    std::uint32_t timeout = 0;
-    StatusCode result = helper->ReadRegister(Bootstrap::HeartbeatTimeout, timeout);
-    if (Failed(result))
-        return result;
-    result = helper->WriteRegister(Bootstrap::ControlChannelPrivilege, Bootstrap::ControlAccess);
-    if (Failed(result))
-        return result;
-    // Where it is fixed, the heartbeat's own period is well below what cameras come with.
-    (void)helper->WriteRegister(Bootstrap::HeartbeatTimeout, heartBeatTimeoutMs);
-    heartBeat_.SetPeriod(heartBeatPeriod);
-    return Status::Ok;
+    return control_.Take(Helper());
 }
 
 StatusCode GevDevice::ReleaseAccess() {
-    return Helper()->WriteRegister(Bootstrap::ControlChannelPrivilege, Bootstrap::ReleaseControl);
+    return control_.Release(DeviceState() != DEVICE_STATE::Lost);
+}
+
+StatusCode GevDevice::OpenChannel() {
+    const auto helper =
+        std::make_shared<GevCmdHelper>(local_, RemoteParam(), gvcpTimeoutMs_, requestCounter_, port_);
+    SetHelper(helper);
+    std::uint32_t pending = 0;
+    if (!Failed(helper->ReadRegister(Bootstrap::PendingTimeout, pending)) && pending != 0)
+        gvcpTimeoutMs_ = std::min(pending, LongestTimeoutMs);
+    helper->SetTimeout(gvcpTimeoutMs_);
+    helper->SetPendingTimeout(pending);
+    return Access() == DeviceAccess::Monitor ? control_.Watch(helper) : GetControlAccess();
+}
+
+// The camera may have given us control all the same: its answer was lost, or not waited for.
+void GevDevice::GiveUp() {
+    const auto helper = Helper();
+    helper->LimitTotal(GiveUpMs);
+    helper->Resume();
+    if (Access() == DeviceAccess::Control)
+        (void)helper->WriteRegister(Bootstrap::ControlChannelPrivilege, Bootstrap::ReleaseControl);
 }
 
 StatusCode GevDevice::ConnectP() {
-    std::uint32_t pending = 0;
-    if (!Failed(Helper()->ReadRegister(Bootstrap::PendingTimeout, pending)) && pending != 0)
-        gvcpTimeoutMs_ = std::min(pending, longestTimeoutMs);
-    {
-        auto helper = NewHelper();
-        MutexLock lock(helperMutex_);
-        helper_.swap(helper);
-    }
-    const StatusCode result = GetControlAccess();
-    if (Failed(result))
+    const StatusCode result = OpenChannel();
+    if (Failed(result)) {
+        if (!Status::IsGvcp(result))
+            GiveUp();
+        SetHelper(nullptr);
         return result;
+    }
     ReadCapabilities();
-    CreateStreams();
-    heartBeat_.Start();
+    if (Access() == DeviceAccess::Control)
+        CreateStreams();
+    control_.StartHeartBeat();
     return Status::Ok;
 }
 
@@ -210,7 +231,7 @@ void GevDevice::CreateStreams() {
     if (useFilter)
         VxLoggerLog(LogLevel::Debug, "SDK", "Try to Use filter to Create GevStream!");
     const std::uint32_t reported = streamChannels_;
-    const std::uint32_t count = reported > mostStreams ? 1 : reported;
+    const std::uint32_t count = reported > MostStreams ? 1 : reported;
     std::vector<std::shared_ptr<IStream>> streams;
     for (std::uint32_t index = 0; index < count; ++index)
         streams.push_back(CreateStream("", index, useFilter));
@@ -226,11 +247,13 @@ bool GevDevice::CanUseFilter() {
 }
 
 StatusCode GevDevice::PostConnect() {
+    if (Access() == DeviceAccess::Monitor)
+        return Status::Ok; // the packet size is its controller's business
     const auto configurer = ShareConfigurer();
     if (!configurer)
         return Status::WrongState;
     const auto map = configurer->GetNodeMap();
-    GenICam::INode* node = map ? map->GetNode(packetSizeFeature) : nullptr;
+    GenICam::INode* node = map ? map->GetNode(PacketSizeFeature) : nullptr;
     if (node == nullptr)
         return Status::Ok;
     const GenICam::GenICamPointer<GenICam::IInteger, GenICam::INode> feature(node);
@@ -238,15 +261,26 @@ StatusCode GevDevice::PostConnect() {
     const std::int64_t size = GvspPacketSizeTester::TestPacketSize(*Helper(), discovery_.currentIp, local_.ip,
                                                                    max, feature->GetMin(), feature->GetInc());
     node->InvalidateNode(); // the test wrote the register behind the node's back
-    if (Failed(configurer->SetNodeValue(packetSizeFeature, static_cast<unsigned int>(size))))
+    if (Failed(configurer->SetNodeValue(PacketSizeFeature, static_cast<unsigned int>(size))))
         VxLoggerLog(LogLevel::Warning, "SDK", "%s: refuses packets of %lld bytes", Name().c_str(),
                     static_cast<long long>(size));
     return Status::Ok;
 }
 
+// Whatever other threads wait for ends now, and the rest is bounded: a camera that answers with nothing but
+// pending acknowledgements, or not at all, holds nobody.
+void GevDevice::BeginDisConnect() {
+    if (const auto helper = Helper()) {
+        helper->LimitTotal(WindDownMs);
+        helper->Interrupt();
+        helper->Resume();
+    }
+}
+
 StatusCode GevDevice::DisConnectP() {
-    heartBeat_.Stop();
+    control_.StopHeartBeat();
     const StatusCode result = ReleaseAccess();
+    SetHelper(nullptr);
     std::vector<std::shared_ptr<IStream>> none;
     UpdateStreams(none);
     return result;
@@ -254,14 +288,12 @@ StatusCode GevDevice::DisConnectP() {
 
 // Heartbeat -----------------------------------------------------------------------------------------------
 
-bool GevDevice::HasControl() {
-    std::uint32_t control = 0;
-    const StatusCode result = Helper()->ReadRegister(Bootstrap::ControlChannelPrivilege, control);
-    return !Failed(result) && control == Bootstrap::ControlAccess;
-}
-
 void GevDevice::HeartBeatTimeOut() {
-    VxLoggerLog(LogLevel::Warning, "SDK", "%s Device heart beat timeout!", Name().c_str());
+    VxLoggerLog(LogLevel::Warning, "SDK",
+                "%s Device heart beat timeout!: it gave no answer for so long that it has given up control; "
+                "look at its power "
+                "and its cable",
+                Name().c_str());
     ReportLost();
 }
 
@@ -272,7 +304,10 @@ StatusCode GevDevice::StreamParam(unsigned int channel, GevStreamParam& param) {
     param.channelIndex = channel;
     param.resendSupported = (gvcpCapability_ & Bootstrap::PacketResendSupported) != 0 ? 1 : 0;
     param.name = Name();
-    const auto helper = Helper();
+    StatusCode reason = Status::Ok;
+    const auto helper = UsableHelper(reason);
+    if (!helper)
+        return reason;
     std::uint32_t packetSize = 0;
     const std::pair<std::uint32_t, std::uint32_t*> registers[] = {
         {Bootstrap::StreamRegister(Bootstrap::StreamPacketSize, channel), &packetSize},
@@ -310,19 +345,26 @@ std::uint32_t GevDevice::BlockBytes() {
 
 unsigned int GevDevice::GetPacketSize() {
     std::uint32_t value = 0;
-    const StatusCode result = Helper()->ReadRegister(Bootstrap::StreamPacketSize, value);
+    StatusCode result = Status::Ok;
+    if (const auto helper = UsableHelper(result))
+        result = helper->ReadRegister(Bootstrap::StreamPacketSize, value);
     const unsigned int size = value & Bootstrap::PacketSizeMask;
     if (!Failed(result) && size != 0)
         return size;
-    VxLoggerLog(LogLevel::Error, "SDK", "%s GetPakcetSize error! rtn(%x) size(%d)", Name().c_str(),
-                static_cast<unsigned int>(result), static_cast<int>(size));
-    return defaultPacketSize;
+    VxLoggerLog(
+        LogLevel::Error, "SDK",
+        "%s GetPakcetSize error! rtn(%x) size(%d): the camera does not tell its packet size, %u is taken",
+        Name().c_str(), static_cast<unsigned int>(result), static_cast<int>(size), DefaultPacketSize);
+    return DefaultPacketSize;
 }
 
 StatusCode GevDevice::SetStreamDest(unsigned int channel, std::uint32_t ip, std::uint32_t port) {
     const std::uint32_t destination = Bootstrap::StreamRegister(Bootstrap::StreamDestination, channel);
     const std::uint32_t hostPort = Bootstrap::StreamRegister(Bootstrap::StreamPort, channel);
-    const auto helper = Helper();
+    StatusCode reason = Status::Ok;
+    const auto helper = UsableHelper(reason);
+    if (!helper)
+        return port == 0 && reason == Status::DeviceLost ? Status::Ok : reason;
     // The second answer counts; the first one, when it is another, is for the log.
     const auto write = [&](std::uint32_t address, std::uint32_t value) {
         if (Failed(helper->WriteRegister(address, value)))
@@ -333,8 +375,6 @@ StatusCode GevDevice::SetStreamDest(unsigned int channel, std::uint32_t ip, std:
         write(destination, ip);
         return helper->WriteRegister(hostPort, port);
     }
-    if (DeviceState() == DEVICE_STATE::Lost)
-        return Status::Ok;
     write(hostPort, 0);
     return helper->WriteRegister(destination, ip);
 }

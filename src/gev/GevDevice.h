@@ -1,11 +1,13 @@
 // One GigE Vision camera: what discovery told about it, its control channel and heartbeat, its registers as
 // the node map's port, and what its streams need. Owned by the interface device that found it.
 //
-// Application, heartbeat and receive threads share the control channel; it serialises their transactions.
+// Application, heartbeat and receive threads share the control channel; it serialises their transactions. The
+// channel exists while the device is connected: before and after, registers answer NotConnected, and a known
+// camera costs no socket. A lost camera is not asked any more: registers answer DeviceLost.
 #pragma once
 
 #include "device/GenIDevice.h"
-#include "gev/GevHeartBeat.h"
+#include "gev/GevControl.h"
 #include "gev/IGevStreamChannels.h"
 #include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/DiscoveryInfo.h"
@@ -23,10 +25,11 @@ namespace VX3 {
 
 class GevDevice : public GenIDevice, public IGevStreamChannels {
 public:
-    // Asks the camera once who controls it: state Unreachable, Controlled or Available. `noFilter`: never
-    // receive through the filter driver.
+    // `noFilter`: never receive through the filter driver. `state`: what discovery found out about control,
+    // Unreachable, Controlled, Available or Unknown. The camera is not asked for anything.
     GevDevice(const std::string& name, const NET_PARAM& local, const GVCP_DISCOVERY_ACK& discovery,
-              IDevice* parent, bool noFilter, std::uint16_t port = Gvcp::Port);
+              IDevice* parent, bool noFilter, std::uint16_t port = Gvcp::Port,
+              DEVICE_STATE state = DEVICE_STATE::Unknown);
     ~GevDevice() override;
 
     std::string UniqueName() const override; // name@ip-mask-gateway
@@ -44,6 +47,7 @@ public:
     StatusCode WritePort(unsigned long long address, const unsigned char* buffer,
                          unsigned int length) override;
     std::int64_t GetXmlUrlAddr() override;
+    void Interrupt() override VX3_EXCLUDES(helperMutex_);
     bool IsManifestSupported() override { return false; }
 
     StatusCode GetIpAddress(GevDeviceAddress* address) const override;
@@ -63,10 +67,12 @@ public:
 protected:
     // A derived class with another device type.
     GevDevice(unsigned int typeId, const std::string& name, const NET_PARAM& local,
-              const GVCP_DISCOVERY_ACK& discovery, IDevice* parent, bool noFilter, std::uint16_t port);
+              const GVCP_DISCOVERY_ACK& discovery, IDevice* parent, bool noFilter, std::uint16_t port,
+              DEVICE_STATE state);
 
     StatusCode ConnectP() override;
     StatusCode PostConnect() override;
+    void BeginDisConnect() override;
     StatusCode DisConnectP() override;
     StatusCode AcquisitionStartPP(unsigned int) override { return Status::Ok; }
     StatusCode AcquisitionStopPP(unsigned int) override { return Status::Ok; }
@@ -74,18 +80,20 @@ protected:
     virtual std::shared_ptr<IStream> CreateStream(const char* name, unsigned int index, bool useFilter);
     [[nodiscard]] StatusCode GetControlAccess();
     StatusCode ReleaseAccess();
-    // The control channel; stays usable while a reconnect replaces it.
+    // The control channel; null while there is no connection.
     std::shared_ptr<GevCmdHelper> Helper() const VX3_EXCLUDES(helperMutex_);
 
 private:
     NET_PARAM RemoteParam() const;
-    void ReadControlState();
-    std::shared_ptr<GevCmdHelper> NewHelper();
+    void SetHelper(std::shared_ptr<GevCmdHelper> helper) VX3_EXCLUDES(helperMutex_);
+    // The control channel of a camera that may be asked, else null and the reason.
+    std::shared_ptr<GevCmdHelper> UsableHelper(StatusCode& reason) const;
+    [[nodiscard]] StatusCode OpenChannel();
+    void GiveUp();
     void ReadCapabilities();
     void CreateStreams();
     std::uint32_t BlockBytes();
 
-    bool HasControl();
     void HeartBeatTimeOut();
 
     const std::uint16_t port_;
@@ -105,7 +113,7 @@ private:
     std::atomic<std::uint32_t> gvcpConfiguration_{0};
     std::atomic<std::uint32_t> streamCapability_{0};
     std::atomic<std::uint32_t> gvcpTimeoutMs_{1000};
-    GevHeartBeat heartBeat_;
+    GevControl control_;
 };
 
 } // namespace VX3

@@ -1,31 +1,43 @@
 #include "gev/GevHeartBeat.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace VX3 {
 
-GevHeartBeat::GevHeartBeat(std::function<bool()> beat, std::function<void()> lost)
+namespace {
+// A beat that was missed is made up for soon.
+constexpr std::chrono::milliseconds Retry{500};
+} // namespace
+
+GevHeartBeat::GevHeartBeat(std::function<Beat()> beat, std::function<void()> lost)
     : beat_(std::move(beat)),
       lost_(std::move(lost)),
       thread_([this](const std::atomic<bool>& running) { HeartBeatThread(running); }) {}
 
 void GevHeartBeat::HeartBeatThread(const std::atomic<bool>& running) {
-    while (Sleep(running)) {
-        const bool alive = beat_();
+    Clock::time_point heard = Clock::now();
+    Clock::duration wait = period_.load();
+    while (Sleep(running, wait)) {
+        const Clock::time_point asked = Clock::now();
+        const Beat beat = beat_();
         if (!running)
             return;
-        if (!alive) {
+        if (beat == Beat::Lost || (beat == Beat::Missed && Clock::now() - heard >= timeout_.load())) {
             lost_();
             return;
         }
+        if (beat == Beat::Alive)
+            heard = asked;
+        wait = beat == Beat::Alive ? period_.load() : std::min(period_.load(), Retry);
     }
 }
 
 // False as soon as the heart is to stop.
-bool GevHeartBeat::Sleep(const std::atomic<bool>& running) {
-    const auto due = std::chrono::steady_clock::now() + period_.load();
+bool GevHeartBeat::Sleep(const std::atomic<bool>& running, Clock::duration wait) {
+    const auto due = Clock::now() + wait;
     MutexLock lock(wakeMutex_);
-    while (running && std::chrono::steady_clock::now() < due)
+    while (running && Clock::now() < due)
         (void)wake_.WaitUntil(wakeMutex_, due);
     return running;
 }

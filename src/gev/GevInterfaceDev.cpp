@@ -1,7 +1,6 @@
 #include "gev/GevInterfaceDev.h"
 
 #include "core/DefaultConfig.h"
-#include "gev/control/GevCmdHelper.h"
 #include "gev/net/NICEnumerator.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Utilities.h"
@@ -14,17 +13,20 @@ namespace VX3 {
 
 namespace {
 
-constexpr std::uint32_t discoveryTimeoutMs = 1000;
-
 std::uint32_t AddressOf(const std::shared_ptr<IDevice>& device) {
     GevDeviceAddress address;
     return device && !Failed(device->GetIpAddress(&address)) ? address.ip : 0;
 }
 
-bool IsDiscoveryAck(const GVCP_DISCOVERY_ACK& ack) {
-    Gvcp::AckPacket packet;
-    return Gvcp::DecodeAck({ack.bytes.data(), ack.bytes.size()}, packet) &&
-           packet.header.code == Gvcp::Ack::Discovery;
+bool IsInSubnet(std::uint32_t address, const NET_PARAM& param) {
+    return param.mask != 0 && ((address ^ param.ip) & param.mask) == 0;
+}
+
+// The address to ask `target` from: one of its subnet, else the first.
+const NET_PARAM& AskedFrom(const std::vector<NET_PARAM>& params, std::uint32_t target) {
+    const auto match = std::find_if(params.begin(), params.end(),
+                                    [&](const NET_PARAM& param) { return IsInSubnet(target, param); });
+    return match != params.end() ? *match : params.front();
 }
 
 } // namespace
@@ -57,7 +59,7 @@ std::list<std::pair<std::string, std::string>> GevInterfaceDev::GetInfo() const 
 }
 
 std::string GevInterfaceDev::DeviceName(const GevDiscoveryInfo& info, std::uint32_t rule) {
-    const std::string modelSerial = info.modelName + "(" + info.serialNumber + ")";
+    std::string modelSerial = info.modelName + "(" + info.serialNumber + ")";
     const std::string ip = Ipv4Text(info.currentIp);
     switch (rule) {
     case ModelIp:
@@ -72,49 +74,52 @@ std::string GevInterfaceDev::DeviceName(const GevDiscoveryInfo& info, std::uint3
 }
 
 std::list<std::shared_ptr<IDevice>> GevInterfaceDev::EnumSubDevices(unsigned int /*timeoutMs*/) {
-    std::list<std::shared_ptr<IDevice>> found;
-    std::set<std::uint32_t> silent = AddedAddresses();
     const std::vector<NET_PARAM> params = NICEnumerator::NetParamEx(id_).params;
+    if (params.empty() || params.front().ip == 0)
+        return {};
+    std::vector<GevDiscoveryRound::Question> questions;
+    questions.reserve(params.size());
     for (const NET_PARAM& param : params)
-        if (param.ip != 0)
-            found.splice(found.end(), EnumSubDevices(param, 0));
-    for (const auto& device : found)
-        silent.erase(AddressOf(device));
-    for (const std::uint32_t address : silent)
-        found.splice(found.end(), EnumSubDevices(params.front(), address));
-    return found;
+        questions.push_back({param, 0});
+    for (const std::uint32_t address : AddedAddresses())
+        questions.push_back({AskedFrom(params, address), address});
+    return Discover(std::move(questions), Gvcp::Port);
 }
 
 std::list<std::shared_ptr<IDevice>> GevInterfaceDev::EnumSubDevices(const NET_PARAM& param,
                                                                     std::uint32_t target) {
-    return Discover(param, target, Gvcp::Port);
-}
-
-std::list<std::shared_ptr<IDevice>> GevInterfaceDev::Discover(const NET_PARAM& param, std::uint32_t target,
-                                                              std::uint16_t port) {
-    std::list<std::shared_ptr<IDevice>> found;
     if (param.ip == 0)
-        return found;
-    const NET_PARAM remote{target != 0 ? target : BroadcastIp, 0, 0, 0xFFFFFFFFU};
-    std::vector<GVCP_DISCOVERY_ACK> acks =
-        GevCmdHelper(param, remote, discoveryTimeoutMs, requestCounter_, port).Discovery();
-    const bool noFilter = ConfigBool(ConfigKeys::ForceNoFilter);
-    for (auto ack = acks.begin(); ack != acks.end(); ++ack) {
-        // Some cameras answer twice: to the host and to everybody.
-        const bool repeated =
-            std::any_of(acks.begin(), ack, [&](const auto& earlier) { return earlier.bytes == ack->bytes; });
-        GevDiscoveryInfo info;
-        if (repeated || !IsDiscoveryAck(*ack) || !DecodeDiscoveryAck(*ack, info))
-            continue;
-        found.push_back(MakeDevice(DeviceName(info, nameRule_), param, *ack, noFilter, port));
-    }
-    return found;
+        return {};
+    return Discover({{param, target}}, Gvcp::Port);
 }
 
-std::shared_ptr<IDevice> GevInterfaceDev::MakeDevice(const std::string& name, const NET_PARAM& param,
-                                                     const GVCP_DISCOVERY_ACK& ack, bool noFilter,
-                                                     std::uint16_t port) {
-    return std::make_shared<GevDevice>(name, param, ack, this, noFilter, port);
+std::list<std::shared_ptr<IDevice>>
+GevInterfaceDev::Discover(std::vector<GevDiscoveryRound::Question> questions, std::uint16_t port) {
+    GevDiscoveryRound round(std::move(questions), port, requestCounter_);
+    const bool noFilter = ConfigBool(ConfigKeys::ForceNoFilter);
+    std::list<std::shared_ptr<IDevice>> devices;
+    for (const GevDiscovered& found : round.Run([this] { return RoundInterrupted(); }))
+        devices.push_back(MakeDevice(DeviceName(found.info, nameRule_), found, noFilter, port));
+    return devices;
+}
+
+std::shared_ptr<IDevice> GevInterfaceDev::MakeDevice(const std::string& name, const GevDiscovered& found,
+                                                     bool noFilter, std::uint16_t port) {
+    return std::make_shared<GevDevice>(name, found.host, found.ack, this, noFilter, port,
+                                       StateOf(found.control));
+}
+
+DEVICE_STATE GevInterfaceDev::StateOf(GevDiscovered::Control control) {
+    switch (control) {
+    case GevDiscovered::Control::Silent:
+        return DEVICE_STATE::Unreachable;
+    case GevDiscovered::Control::Free:
+        return DEVICE_STATE::Available;
+    case GevDiscovered::Control::Held:
+        return DEVICE_STATE::Controlled;
+    default:
+        return DEVICE_STATE::Unknown;
+    }
 }
 
 std::uint32_t GevInterfaceDev::ParseAddress(const std::string& text) {
@@ -136,7 +141,7 @@ StatusCode GevInterfaceDev::AddSubDevice(const std::string& text) {
     const std::vector<NET_PARAM> params = NICEnumerator::NetParamEx(id_).params;
     if (params.empty() || params.front().ip == 0)
         return Status::NoIpAddress;
-    const std::list<std::shared_ptr<IDevice>> found = EnumSubDevices(params.front(), address);
+    const std::list<std::shared_ptr<IDevice>> found = EnumSubDevices(AskedFrom(params, address), address);
     if (found.empty())
         return Status::NotFound;
     {

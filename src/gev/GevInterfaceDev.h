@@ -1,10 +1,11 @@
-// One host network interface: finds the GigE Vision cameras behind it. Owned by its manager; owns its
-// cameras. Enumeration runs on the caller's thread or the monitor's; every round has a control channel of its
-// own.
+// One host network interface: finds the GigE Vision cameras behind it, from every address it has. Owned by
+// its manager; owns its cameras. Enumeration runs on the caller's thread or the monitor's; every round has
+// sockets of its own, and takes as long as discovery alone, however many cameras stay silent when asked more.
 #pragma once
 
 #include "device/InterfaceDevAbs.h"
 #include "gev/GevDevice.h"
+#include "gev/control/GevDiscoveryRound.h"
 #include "vx3/core/Mutex.h"
 #include "vx3/gev/NetParam.h"
 
@@ -15,6 +16,7 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace VX3 {
 
@@ -33,7 +35,8 @@ public:
     std::list<std::pair<std::string, std::string>> GetInfo() const override;
 
     std::list<std::shared_ptr<IDevice>> EnumSubDevices(unsigned int timeoutMs) override;
-    // One round from one address; target 0 broadcasts. Takes at least a second.
+    // One round from one address; target 0 broadcasts. Takes a second after the last camera was heard of, and
+    // three at most.
     virtual std::list<std::shared_ptr<IDevice>> EnumSubDevices(const NET_PARAM& param, std::uint32_t target);
     // A camera that broadcasts do not reach, by its dotted address. It is asked again in every later round.
     // NotFound: not an address, or nobody answers there. NoIpAddress: this interface has none.
@@ -52,12 +55,13 @@ protected:
 
     StatusCode ConnectP() override { return Status::Ok; }
     StatusCode DisConnectP() override { return Status::Ok; }
-    // A device for every camera that answers discovery on `port`, in order of arrival.
-    std::list<std::shared_ptr<IDevice>> Discover(const NET_PARAM& param, std::uint32_t target,
-                                                 std::uint16_t port);
-    virtual std::shared_ptr<IDevice> MakeDevice(const std::string& name, const NET_PARAM& param,
-                                                const GVCP_DISCOVERY_ACK& ack, bool noFilter,
-                                                std::uint16_t port);
+    // A device for every camera that answers these questions on `port`, in order of arrival.
+    virtual std::list<std::shared_ptr<IDevice>> Discover(std::vector<GevDiscoveryRound::Question> questions,
+                                                         std::uint16_t port);
+    virtual std::shared_ptr<IDevice> MakeDevice(const std::string& name, const GevDiscovered& found,
+                                                bool noFilter, std::uint16_t port);
+    // Of a camera that discovery found.
+    static DEVICE_STATE StateOf(GevDiscovered::Control control);
 
 private:
     bool Knows(std::uint32_t address) VX3_EXCLUDES(addedMutex_);

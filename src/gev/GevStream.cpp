@@ -11,7 +11,7 @@ namespace {
 
 // A receiver is heard from within milliseconds; one whose camera does not answer register reads is not held
 // up longer than this before the stream starts.
-constexpr std::chrono::milliseconds readyWait{1000};
+constexpr std::chrono::milliseconds ReadyWait{1000};
 
 std::unique_ptr<IGvspReceiver> MakeReceiver(const char* name, bool useFilter, std::uint32_t gvcpPort) {
     if (useFilter)
@@ -49,7 +49,7 @@ StatusCode GevStream::StartStreamP(std::shared_ptr<IImagePool> pool, unsigned in
     if (Failed(port))
         return port;
     // The camera must not send before somebody listens, and its path may have to be opened first.
-    (void)receiver_->WaitUntilReady(readyWait);
+    (void)receiver_->WaitUntilReady(ReadyWait);
     return channels->SetStreamDest(StreamIndex(), param_.host.ip, static_cast<std::uint32_t>(port));
 }
 

@@ -12,9 +12,11 @@ AbsBuffer::AbsBuffer(unsigned int size, std::shared_ptr<IBufferPool> pool)
       block_(pool_->NewBuffer(size)) {
     if (block_ != nullptr)
         return;
-    VxLoggerLog(LogLevel::Warning, "SDK",
-                "Get a Null Buffer from %s, will trying to use DefaultSimpleBufferPool...",
-                pool_->Name().c_str());
+    VxLoggerLog(
+        LogLevel::Warning, "SDK",
+        "Get a Null Buffer from %s, will trying to use DefaultSimpleBufferPool...: the pool has no block of "
+        "%u bytes",
+        pool_->Name().c_str(), size);
     pool_ = DefaultSimpleBufferPool();
     block_ = pool_->NewBuffer(size);
 }

@@ -5,6 +5,7 @@
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Logger.h"
 #include "vx3/core/Status.h"
+#include "vx3/core/Utilities.h"
 
 #include <algorithm>
 #include <cstring>
@@ -204,12 +205,18 @@ unsigned int AbsImage::UpdateImageInfoC(unsigned int width, unsigned int height,
         UseConvertorOf(format);
         return ResultOk;
     }
+    const std::uint64_t needed = header_->SizesFit() ? header_->DataBuffNeeded() : 0;
     header_->height = 1;
     header_->statusA = 1;
     header_->pixelFormat = InvalidFormat;
     UseConvertorOf(InvalidFormat);
-    VxLoggerLog(LogLevel::Error, "SDK", "UpdateimageInfoC with invalid data, width: %d height: %d format: %x",
-                static_cast<int>(width), static_cast<int>(height), format);
+    VxLoggerLog(LogLevel::Error, "SDK",
+                "UpdateimageInfoC with invalid data, width: %d height: %d format: %x: %s",
+                static_cast<int>(width), static_cast<int>(height), format,
+                needed == 0 ? "no image has these sizes"
+                            : StringFormat("%llu bytes are needed, the image holds %u",
+                                           static_cast<unsigned long long>(needed), BufferSize())
+                                  .c_str());
     return ResultNotFound;
 }
 

@@ -4,6 +4,8 @@
 #include "image/RecycleBufferPool.h"
 #include "image/SimpleBufferPool.h"
 
+#include <new>
+
 namespace VX3 {
 
 namespace {
@@ -20,11 +22,19 @@ const std::shared_ptr<IBufferPool> g_defaultRecycleBufferPool =
     std::make_shared<RecycleBufferPool>(FourGiB, 0U, 0U, "System Default RecycleBufferPool");
 const std::shared_ptr<IImagePool> g_defaultImagePool =
     std::make_shared<ImagePoolRecycle>(FourGiB, "Default recycle image pool");
-const std::shared_ptr<IBufferPool> g_histBufferPool = BufferPoolFactory::CreateRecycleBufferPool(
-    OneGiB, HistogramBytes, HistogramBuffers, "Histogram buffer pool");
 // Named like the histogram pool; clients that list pools know it by that name.
 const std::shared_ptr<IBufferPool> g_profileBufferPool =
     BufferPoolFactory::CreateRecycleBufferPool(OneGiB, 0U, 0U, "Histogram buffer pool");
+
+// The buffers that are there from the start are for speed; where memory is short they come one by one.
+std::shared_ptr<IBufferPool> MakeHistogramPool() {
+    constexpr const char* Name = "Histogram buffer pool";
+    try {
+        return BufferPoolFactory::CreateRecycleBufferPool(OneGiB, HistogramBytes, HistogramBuffers, Name);
+    } catch (const std::bad_alloc&) {
+        return BufferPoolFactory::CreateRecycleBufferPool(OneGiB, 0U, 0U, Name);
+    }
+}
 
 } // namespace
 
@@ -41,7 +51,8 @@ std::shared_ptr<IImagePool> DefaultImagePoolInstance() {
 }
 
 std::shared_ptr<IBufferPool> HistogramBufferPool() {
-    return g_histBufferPool;
+    static const std::shared_ptr<IBufferPool> pool = MakeHistogramPool();
+    return pool;
 }
 
 std::shared_ptr<IBufferPool> ProfileBufferPool() {

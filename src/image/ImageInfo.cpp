@@ -10,7 +10,7 @@ ImageInfo::ImageInfo(const ImageInfo& other) {
 
 ImageInfo& ImageInfo::operator=(const ImageInfo& other) {
     if (this != &other)
-        std::memcpy(static_cast<void*>(this), &other, HeaderSize);
+        std::memcpy(static_cast<void*>(this), static_cast<const void*>(&other), HeaderSize);
     headerVersion = 1;
     return *this;
 }

@@ -1,6 +1,10 @@
 #include "image/DefaultPools.h"
 #include "image/ImagePoolRecycle.h"
 #include "image/ImagePoolRingA.h"
+#include "vx3/core/LastFailure.h"
+#include "vx3/core/Utilities.h"
+
+#include <new>
 
 namespace VX3 {
 
@@ -12,7 +16,12 @@ std::shared_ptr<IImagePool> ImagePoolFactory::CreateRecycleImagePool(unsigned lo
 std::shared_ptr<IImagePool> ImagePoolFactory::CreateRingAImagePool(unsigned long long poolSize,
                                                                    unsigned int blockSize,
                                                                    unsigned int infoSize, const char* name) {
-    return std::make_shared<ImagePoolRingA>(poolSize, blockSize, infoSize, name);
+    try {
+        return std::make_shared<ImagePoolRingA>(poolSize, blockSize, infoSize, name);
+    } catch (const std::bad_alloc&) {
+        SetLastFailure(Status::NoBuffer, StringFormat("no memory for a ring of %llu bytes", poolSize));
+        return nullptr;
+    }
 }
 
 std::shared_ptr<IImagePool> ImagePoolFactory::DefaultImagePool() {

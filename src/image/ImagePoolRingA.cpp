@@ -13,6 +13,8 @@ namespace VX3 {
 namespace {
 
 constexpr unsigned long long InfoReserve = 0x100000000ULL;
+// Headers that are there from the start; a ring of more slots makes the others as they are first used.
+constexpr unsigned int MostReadyHeaders = 4096;
 
 unsigned int SlotCount(unsigned long long poolSize, unsigned int blockSize) {
     if (blockSize == 0)
@@ -27,19 +29,12 @@ ImagePoolRingA::ImagePoolRingA(unsigned long long poolSize, unsigned int blockSi
     : ImagePoolAbs(poolSize, name != nullptr ? name : "ImagePoolRingA"),
       dataPool_(std::make_shared<UniqueBuffPool>(blockSize, SlotCount(poolSize, blockSize),
                                                  "RingA UniqueBuffPool")),
-      infoPool_(std::make_shared<RecycleBufferPool>(InfoReserve, infoSize, SlotCount(poolSize, blockSize),
-                                                    "RingA RecycleBufferPool")),
+      infoPool_(std::make_shared<RecycleBufferPool>(
+          InfoReserve, infoSize, std::min(SlotCount(poolSize, blockSize), MostReadyHeaders),
+          "RingA RecycleBufferPool")),
       count_(SlotCount(poolSize, blockSize)) {}
 
-unsigned int ImagePoolRingA::TakeTurn() {
-    unsigned int turn = next_.load(std::memory_order_relaxed);
-    while (!next_.compare_exchange_weak(turn, turn + 1 >= count_ ? 0 : turn + 1, std::memory_order_relaxed)) {
-    }
-    return turn;
-}
-
 std::unique_ptr<IImage> ImagePoolRingA::Create(const ImageInfo* info, const unsigned char*, unsigned int) {
-    const unsigned int turn = TakeTurn();
     if (!IsUsable(info) || count_ == 0)
         return nullptr;
     const unsigned int bytes = info->dataOffset + info->ImageDataSize();
@@ -47,12 +42,13 @@ std::unique_ptr<IImage> ImagePoolRingA::Create(const ImageInfo* info, const unsi
         return nullptr;
     try {
         auto data = std::make_unique<AbsBuffer>(bytes, dataPool_);
+        const unsigned int slot = data->MiscValue();
         auto header = std::make_unique<AbsBuffer>(info->ImageInfoSize(), infoPool_);
-        std::memcpy(header->Pointer(), info, ImageInfo::HeaderSize);
+        std::memcpy(header->Pointer(), static_cast<const void*>(info), ImageInfo::HeaderSize);
         auto image = std::make_unique<AbsImage>(std::move(data), std::move(header));
         if (image->UpdateImageInfo(info) != static_cast<unsigned int>(Status::Ok))
             return nullptr;
-        image->SetMiscValue(turn);
+        image->SetMiscValue(slot);
         return Wrap(std::move(image));
     } catch (const std::bad_alloc&) {
         return nullptr;

@@ -5,18 +5,17 @@
 #include "image/RecycleBufferPool.h"
 #include "image/UniqueBuffPool.h"
 
-#include <atomic>
-
 namespace VX3 {
 
 class ImagePoolRingA : public ImagePoolAbs {
 public:
-    // poolSize / blockSize slots; a null name gives "ImagePoolRingA".
+    // poolSize / blockSize slots; a null name gives "ImagePoolRingA". std::bad_alloc where there is no room
+    // for them.
     ImagePoolRingA(unsigned long long poolSize, unsigned int blockSize, unsigned int infoSize,
                    const char* name);
 
     // `data` and `len` are not used. Empty for pixels (their dataOffset included) larger than a slot. The
-    // image's MiscValue() is its turn in the ring.
+    // image's MiscValue() is its slot.
     std::unique_ptr<IImage> Create(const ImageInfo* info, const unsigned char* data,
                                    unsigned int len) override;
     // Never takes the image. NotFound: no image; WrongState: not one of this ring.
@@ -24,12 +23,9 @@ public:
     unsigned int PoolType() const override { return 3; }
 
 private:
-    unsigned int TakeTurn();
-
     std::shared_ptr<IBufferPool> dataPool_;
     std::shared_ptr<IBufferPool> infoPool_;
     unsigned int count_;
-    std::atomic<unsigned int> next_{0};
 };
 
 } // namespace VX3

@@ -2,6 +2,9 @@
 
 #include "vx3/core/Status.h"
 
+#include <cstdlib>
+#include <new>
+
 namespace VX3 {
 
 namespace {
@@ -12,8 +15,22 @@ constexpr std::uint64_t ArenaSize(unsigned int blockSize, unsigned int count) {
 
 UniqueBuffPool::UniqueBuffPool(unsigned int blockSize, unsigned int count, const char* name)
     : BufferPoolAbs(ArenaSize(blockSize, count), blockSize, name != nullptr ? name : "UniqueBuffPool"),
-      arena_(std::make_unique<unsigned char[]>(ArenaSize(blockSize, count))),
+      arena_(NewArena(ArenaSize(blockSize, count))),
       count_(count) {}
+
+void UniqueBuffPool::Free::operator()(unsigned char* arena) const {
+    std::free(arena);
+}
+
+// calloc, because it need not write the zeros of a large arena.
+std::unique_ptr<unsigned char, UniqueBuffPool::Free> UniqueBuffPool::NewArena(std::uint64_t size) {
+    if (size == 0)
+        return nullptr;
+    std::unique_ptr<unsigned char, Free> arena(static_cast<unsigned char*>(std::calloc(size, 1)));
+    if (arena == nullptr)
+        throw std::bad_alloc();
+    return arena;
+}
 
 unsigned int UniqueBuffPool::TakeSlot() {
     MutexLock lock(mutex_);

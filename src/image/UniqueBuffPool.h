@@ -9,7 +9,8 @@ namespace VX3 {
 
 class UniqueBuffPool : public BufferPoolAbs {
 public:
-    // A null name gives "UniqueBuffPool". The arena is zeroed; no slots, no buffers.
+    // A null name gives "UniqueBuffPool". The arena reads as zeros, and takes memory as its slots are first
+    // written. No slots, no buffers. std::bad_alloc where there is no room for the arena.
     UniqueBuffPool(unsigned int blockSize, unsigned int count, const char* name);
 
     std::uint64_t CurrentSize() const override { return PoolSize(); }
@@ -22,7 +23,12 @@ protected:
 private:
     unsigned int TakeSlot();
 
-    std::unique_ptr<unsigned char[]> arena_;
+    struct Free {
+        void operator()(unsigned char* arena) const;
+    };
+    static std::unique_ptr<unsigned char, Free> NewArena(std::uint64_t size);
+
+    std::unique_ptr<unsigned char, Free> arena_;
     unsigned int count_;
     Mutex mutex_;
     unsigned int next_ VX3_GUARDED_BY(mutex_) = 0;

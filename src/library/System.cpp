@@ -1,5 +1,6 @@
 #include "vx3/library/System.h"
 
+#include "core/ClientCall.h"
 #include "core/DefaultConfig.h"
 #include "device/ManagerAll.h"
 #include "image/DefaultPools.h"
@@ -21,6 +22,7 @@ unsigned int System::SupportedDevTypes() {
 }
 
 std::unique_ptr<IManager> System::CreateManager(unsigned int types) {
+    ClientCall::CloseAtExit();
     return std::make_unique<ManagerAll>(types, nullptr, Transports());
 }
 

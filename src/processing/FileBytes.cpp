@@ -18,6 +18,8 @@ bool WriteAll(int fd, const unsigned char* data, std::size_t size) {
         const ssize_t n = ::write(fd, data, size);
         if (n < 0 && errno == EINTR)
             continue;
+        if (n == 0)
+            errno = EIO;
         if (n <= 0)
             return false;
         data += n;
@@ -58,11 +60,15 @@ bool WriteWholeFile(const std::string& path, const unsigned char* data, std::siz
     struct stat status {};
     const bool regular = IsRegular(fd.Get(), status);
     const bool written = WriteAll(fd.Get(), data, size);
+    int error = written ? 0 : errno;
     // Some file systems report a full disk only here.
-    if (::close(fd.Release()) == 0 && written)
+    if (::close(fd.Release()) != 0 && error == 0)
+        error = errno;
+    if (error == 0)
         return true;
     if (regular)
         ::unlink(path.c_str());
+    errno = error;
     return false;
 }
 

@@ -12,8 +12,8 @@ namespace VX3 {
 UniqueFd OpenForReading(const std::string& path, std::size_t& length);
 // Reads up to `size` bytes; the count read, fewer only at the file's end or on an error.
 std::size_t ReadUpTo(int fd, unsigned char* data, std::size_t size);
-// Creates or truncates the file and writes all. False when that failed: a partly written regular file is
-// removed again.
+// Creates or truncates the file and writes all. False, and errno says why, when that failed: a partly written
+// regular file is removed again.
 bool WriteWholeFile(const std::string& path, const unsigned char* data, std::size_t size);
 
 } // namespace VX3

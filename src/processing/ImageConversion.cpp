@@ -4,6 +4,9 @@
 #include "processing/kernels/Reduce.h"
 #include "processing/kernels/Swap.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace VX3 {
 
 namespace {
@@ -13,7 +16,18 @@ unsigned int ShiftOf(const FormatTraits& traits) {
     return PixelFormat(traits.format).BitDepth() - 8;
 }
 
-// Lines start at multiples of 4 bytes. A last line without a partner is left as the pool gave it.
+// A single line has no second row of colours: it comes as grey.
+void GreyOf(const std::uint8_t* source, const FormatTraits& traits, std::size_t width, std::uint8_t* target) {
+    const unsigned int shift = ShiftOf(traits);
+    for (std::size_t x = 0; x < width; ++x) {
+        std::uint16_t sample = source[x];
+        if (traits.layout.sampleBytes == 2)
+            std::memcpy(&sample, source + 2 * x, 2);
+        std::fill_n(target + 3 * x, 3, static_cast<std::uint8_t>(sample >> shift));
+    }
+}
+
+// Lines start at multiples of 4 bytes. A last line without a partner takes the line before it for one.
 std::unique_ptr<IImage> DemosaicImage(const IImage& image, const FormatTraits& traits,
                                       std::shared_ptr<IImagePool> pool) {
     const ImageInfo& info = *image.GetImageInfo();
@@ -25,18 +39,22 @@ std::unique_ptr<IImage> DemosaicImage(const IImage& image, const FormatTraits& t
     const SourceLines source = LinesOf(image);
     const TargetLines target = LinesOf(*result);
     const unsigned int shift = ShiftOf(traits);
-    const auto pair = [&](std::size_t y) {
-        const Kernels::LinePair lines{source.Line(y), source.Line(y + 1), target.Line(y), target.Line(y + 1)};
+    const auto pair = [&](std::size_t y, std::size_t partner) {
+        const Kernels::LinePair lines{source.Line(y), source.Line(partner), target.Line(y),
+                                      target.Line(partner)};
         if (traits.layout.sampleBytes == 1)
             Kernels::DemosaicPair8(traits.coding.mosaic, lines, info.width);
         else
             Kernels::DemosaicPair16(traits.coding.mosaic, lines, info.width, shift);
     };
+    if (info.height == 1)
+        GreyOf(source.Line(0), traits, info.width, target.Line(0));
+    else if (info.height % 2 != 0)
+        pair(info.height - 1, info.height - 2); // the partner's own pair overwrites it below
     ForLines(info.height / 2, std::size_t{info.width} * info.height,
              [&](std::size_t first, std::size_t last) {
-                 for (std::size_t i = first; i < last; ++i) {
-                     pair(2 * i);
-                 }
+                 for (std::size_t i = first; i < last; ++i)
+                     pair(2 * i, 2 * i + 1);
              });
     return result;
 }

@@ -30,7 +30,8 @@ DataGeneratorBeam::DataGeneratorBeam(unsigned int size, bool, unsigned int sigma
 }
 
 unsigned int DataGeneratorBeam::DrawOffset() {
-    const double offset = std::trunc(size_ / 2 + wander_(random_));
+    const unsigned int middle = size_ / 2;
+    const double offset = std::trunc(middle + wander_(random_));
     return static_cast<unsigned int>(std::clamp(offset, 0.0, side_ - 1.0));
 }
 

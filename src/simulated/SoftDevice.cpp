@@ -60,7 +60,8 @@ void SoftDevice::StoreUrl(const std::string& url) {
 std::vector<std::string> SoftDevice::DescriptionDirectories() const {
     const std::string library = GetLibraryDirectory();
     std::vector<std::string> directories{library, library + "../share/vx3/", library + "../../share/vx3/",
-                                         VX3_INSTALLED_DATA_DIR "/", VX3_SOURCE_DATA_DIR "/"};
+                                         std::string(VX3_INSTALLED_DATA_DIR) + "/",
+                                         std::string(VX3_SOURCE_DATA_DIR) + "/"};
     if (!ownDirectory_.empty())
         directories.insert(directories.begin(), ownDirectory_);
     return directories;

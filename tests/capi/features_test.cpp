@@ -272,6 +272,31 @@ TEST_F(CApiFeatures, StorableNodesAreListedAsText) {
     FreeNodes(nullptr, 3);
 }
 
+TEST_F(CApiFeatures, EnumerationsGoByTheNamesOfTheirEntries) {
+    unsigned int count = 0;
+    ASSERT_EQ(GetNodeEntryCount(cameras_[0], "Mode", &count), 0);
+    std::map<std::string, std::int64_t> entries;
+    char name[16] = "";
+    std::int64_t value = 0;
+    for (unsigned int i = 0; i < count; ++i) {
+        EXPECT_EQ(GetNodeEntry(cameras_[0], "Mode", i, name, 3, &value), -3);
+        EXPECT_EQ(GetNodeEntry(cameras_[0], "Mode", i, name, sizeof name, &value), 0);
+        entries[name] = value;
+    }
+    EXPECT_EQ(entries, (std::map<std::string, std::int64_t>{{"Slow", 3}, {"Fast", 9}}));
+    EXPECT_EQ(GetNodeEntry(cameras_[0], "Mode", count, name, sizeof name, nullptr), -1);
+    EXPECT_EQ(SetNodeValue_Entry(cameras_[0], "Mode", "Fast"), 0);
+    EXPECT_EQ(GetNodeValue_Entry(cameras_[0], "Mode", name, sizeof name), 0);
+    EXPECT_STREQ(name, "Fast");
+    EXPECT_EQ(GetNodeValue_Int(cameras_[0], "Mode", &value), 0);
+    EXPECT_EQ(value, 9);
+    EXPECT_EQ(SetNodeValue_Entry(cameras_[0], "Mode", "Faster"), NotFound);
+    EXPECT_EQ(SetNodeValue_Entry(cameras_[0], "Mode", nullptr), -1);
+    EXPECT_EQ(Stream_SetNodeValue_Chars(cameras_[0], 0, "Mode", "Slow"), 0);
+    for (const char* other : {"Stepped", "Absent", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(GetNodeEntryCount(cameras_[0], other, &count), -1);
+}
+
 TEST_F(CApiFeatures, KindsAccessAndLimits) {
     struct {
         const char* name;

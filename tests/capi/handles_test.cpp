@@ -1,4 +1,5 @@
 // Handles, codes and life cycles of the C interface over the virtual cameras.
+#include "device/SyncQueue.h"
 #include "support/TempDir.h"
 #include "support/Threads.h"
 #include "support/VirtualCamera.h"
@@ -147,6 +148,66 @@ TEST(CApi, LaterHandleOnTheSameCameraGetsTheFrames) {
     const int final = seen.frames;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_EQ(seen.frames, final);
+}
+
+TEST(CApi, StaleHandlesStayStaleWhateverComesAfterThem) {
+    VirtualCamera camera(0);
+    ASSERT_EQ(SubDevice_Connect(camera.Get()), 0);
+    ASSERT_EQ(SetNodeValue_Int(camera.Get(), FrameTimeFeature, 1), 0);
+    ASSERT_EQ(SubDevice_OpenStreamByIndex(camera.Get(), 0, 4), 0);
+    ASSERT_EQ(SubDevice_StartStreamByIndex(camera.Get(), 0, nullptr, nullptr, 0), 0);
+    std::vector<Image*> stale;
+    for (int i = 0; i < 20; ++i) {
+        Image* image = SubDevice_SnapA(camera.Get(), 0, 5000);
+        ASSERT_NE(image, nullptr);
+        for (Image* old : stale) {
+            EXPECT_EQ(Image_GetImageInfo(old).dataSize, 0u);
+            Image_Recycle(old); // again: nothing of the next caller's
+        }
+        EXPECT_EQ(Image_GetImageInfo(image).width, 400u) << "snap " << i;
+        EXPECT_EQ(SubDevice_Connect(reinterpret_cast<SubDevice*>(image)), -1) << "a handle of another kind";
+        Image_Recycle(image);
+        stale.push_back(image);
+    }
+    SubDevice* destroyed = Device_GetSubDeviceByIndex(camera.Interface(), 1);
+    SubDevice_Destory(destroyed);
+    for (int i = 0; i < 20; ++i) {
+        SubDevice* other = Device_GetSubDeviceByIndex(camera.Interface(), 1);
+        EXPECT_EQ(SubDevice_Connect(destroyed), -1);
+        SubDevice_Destory(other);
+    }
+}
+
+TEST(CApi, ImagesOfTwoCamerasAreRecycledByAnotherThread) {
+    VirtualCamera owner(0);
+    SubDevice* const cameras[] = {owner.Get(), Device_GetSubDeviceByIndex(owner.Interface(), 1)};
+    using Images = SyncQueue<Image*, 64>;
+    Images images;
+    const auto onImage = [](Image* image, SubDevice*, unsigned int, unsigned int, void* user) {
+        if (!static_cast<Images*>(user)->Push(std::move(image)))
+            Image_Recycle(image);
+    };
+    for (SubDevice* camera : cameras) {
+        ASSERT_EQ(SubDevice_Connect(camera), 0);
+        ASSERT_EQ(SetNodeValue_Int(camera, FrameTimeFeature, 2), 0);
+        ASSERT_EQ(SubDevice_OpenStreamByIndex(camera, 0, 8), 0);
+        ASSERT_EQ(SubDevice_StartStreamByIndex(camera, 0, onImage, &images, 0), 0);
+    }
+    Image* image = nullptr;
+    for (int recycled = 0; recycled < 200; ++recycled, Image_Recycle(image)) {
+        ASSERT_TRUE(images.Pop(image, std::chrono::seconds(5)));
+        EXPECT_EQ(Image_GetImageInfo(image).width, 400u);
+        EXPECT_NE(Image_GetImageBuff(image), nullptr);
+    }
+    for (SubDevice* camera : cameras) {
+        EXPECT_EQ(SubDevice_StopStreamByIndex(camera, 0), 0);
+        EXPECT_EQ(SubDevice_CloseStreamByIndex(camera, 0), 0);
+        EXPECT_GT(SubDevice_GetStreamStatisticsByIndex(camera, 0).blocks, 50u);
+        EXPECT_EQ(SubDevice_DisConnect(camera), 0);
+    }
+    while (images.Pop(image, std::chrono::milliseconds(0)))
+        Image_Recycle(image);
+    SubDevice_Destory(cameras[1]);
 }
 
 TEST(CApi, HandlesComeAndGoOnSeveralThreads) {

@@ -44,6 +44,7 @@ TEST(LogItem, MillisecondsAlwaysHaveThreeDigits) {
 
 TEST(Logger, WritesQueuesAndCallsBack) {
     ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
     ILogger* logger = SingletonLogger::GetInstance();
     auto& items = VxLoggerGetLogItems();
     const std::size_t before = items.size();
@@ -57,9 +58,14 @@ TEST(Logger, WritesQueuesAndCallsBack) {
     VxLoggerRegisterCb([&](ILogItem* item) { second.push_back(item->Info()); });
     VxLoggerLog(LogLevel::Info, "SDK", "y=%s", "z");
     VxLoggerRegisterCb({});
+    VxLoggerDebug("50%s.cpp", 12, "SDK", "deep %d", 0);
+    EXPECT_EQ(VxLoggerSetLevel(LogLevel::Debug), Status::Ok);
     VxLoggerDebug("50%s.cpp", 12, "SDK", "deep %d", 1);
-    std::cout.flush();
-    const std::string out = ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(VxLoggerSetLevel(NoLogging), Status::Ok);
+    VxLoggerDebug("50%s.cpp", 12, "SDK", "deep %d", 2);
+    EXPECT_EQ(VxLoggerSetLevel(LogLevel::Warning), Status::Ok);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "") << "standard output is the program's";
+    const std::string out = ::testing::internal::GetCapturedStderr();
 
     EXPECT_EQ(logger, SingletonLogger::GetInstance());
     ASSERT_EQ(items.size(), before + 2);
@@ -72,6 +78,8 @@ TEST(Logger, WritesQueuesAndCallsBack) {
     EXPECT_TRUE(std::regex_search(out, std::regex(R"((^|\n)[^\n]*\(\d+\)\[WARN\]-x=5\n)"))) << out;
     EXPECT_TRUE(std::regex_search(out, std::regex(R"(\[DEBUG\]-50%s\.cpp-12,deep 1\n)"))) << out;
     EXPECT_EQ(out.find("deep 1"), out.rfind("deep 1"));
+    for (const char* quiet : {"y=z", "deep 0", "deep 2"})
+        EXPECT_EQ(out.find(quiet), std::string::npos) << out;
 }
 
 TEST(Logger, MissingOrMalformedConfigurationFallsBackAndSaysSo) {

@@ -1,7 +1,9 @@
+#include "core/NumberText.h"
 #include "core/ObjectAbs.h"
 #include "core/UniqueFd.h"
 #include "support/Threads.h"
 #include "vx3/core/IntfDevType.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/core/Status.h"
 #include "vx3/core/Utilities.h"
 
@@ -9,7 +11,9 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <set>
+#include <thread>
 
 namespace VX3::Test {
 namespace {
@@ -104,6 +108,41 @@ TEST(StatusWords, EveryCodeHasItsOwn) {
     }
     EXPECT_NE(StatusText(Status::FromGvcp(0x8ABC)).find("0x8abc"), std::string::npos);
     EXPECT_EQ(StatusText(static_cast<StatusCode>(0x800000EEU)), "error 0x800000ee");
+}
+
+TEST(LastFailures, AreTheThreadsOwnAndBounded) {
+    ClearLastFailure();
+    const std::uint64_t before = FailureCount();
+    EXPECT_EQ(SetLastFailure(Status::TimeOut, "mine"), Status::TimeOut);
+    std::thread([] {
+        EXPECT_EQ(LastFailure().text, "");
+        SetLastFailure(Status::NotFound, std::string(510, 'a') + "\xC3\xA4"); // a character across the end
+        EXPECT_EQ(LastFailure().text, std::string(510, 'a'));
+    }).join();
+    EXPECT_EQ(std::pair(LastFailure().code, LastFailure().text),
+              std::pair(Status::TimeOut, std::string("mine")));
+    EXPECT_EQ(FailureCount(), before + 1);
+    ClearLastFailure();
+    EXPECT_EQ(std::pair(LastFailure().code, LastFailure().text), std::pair(Status::Ok, std::string()));
+}
+
+TEST(NumberTexts, AreWholeAndExact) {
+    const std::pair<const char*, std::optional<std::int64_t>> integers[] = {
+        {"640", 640}, {"-5", -5},  {"+5", 5},  {"0xFF", 255}, {"0xFFFFFFFFFFFFFFFF", -1},  {"", {}},
+        {"+-5", {}},  {"1.0", {}}, {" 1", {}}, {"0x", {}},    {"9223372036854775808", {}}, {"12 ", {}},
+        {"0x-1", {}}};
+    for (const auto& [text, expected] : integers) {
+        std::int64_t value = 0;
+        EXPECT_EQ(ParseInteger(text, value), expected.has_value()) << text;
+        EXPECT_EQ(value, expected.value_or(0)) << text;
+    }
+    double real = 0;
+    EXPECT_TRUE(ParseReal("2.5e3", real) && real == 2500);
+    for (const char* text : {"", "2,5", "2.5x", "1e999", "2.5 "})
+        EXPECT_FALSE(ParseReal(text, real)) << text;
+    for (const double value : {0.1, 1.0 / 3, 2500.0, -1e300})
+        EXPECT_TRUE(ParseReal(ShortestText(value), real) && real == value) << ShortestText(value);
+    EXPECT_EQ(ShortestText(0.1) + " " + FixedText(2.5), "0.1 2.500000");
 }
 
 TEST(UniqueFdTest, ClosesExactlyOnce) {

@@ -1,8 +1,10 @@
 #include "device/DeviceStateMachine.h"
 #include "support/FakeDevice.h"
+#include "support/LogCapture.h"
 #include "support/MemoryOwner.h"
 #include "support/TempDir.h"
 #include "support/Threads.h"
+#include "vx3/core/LastFailure.h"
 
 #include <gtest/gtest.h>
 
@@ -83,7 +85,8 @@ TEST(Device, ConnectsOnceAndDisconnectsInOrder) {
     EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Acquiring);
     device->disconnectStatus = Status::TimeOut;
     EXPECT_EQ(device->DisConnect(), Status::TimeOut) << "what the transport says";
-    EXPECT_EQ(device->calls.Take(), (Calls{"open 3", "start 4", "stop", "close", "disconnect"}));
+    EXPECT_EQ(device->calls.Take(), (Calls{"open 3", "start 4", "acquisition start", "acquisition stop",
+                                           "stop", "close", "disconnect"}));
     EXPECT_EQ(device->DeviceState(), DEVICE_STATE::Available);
     EXPECT_FALSE(stream->IsOpened());
 }
@@ -109,14 +112,81 @@ TEST(Device, AcquisitionGoesThroughTheStandardFeatures) {
     unlocked->Describe(Acquiring(false));
     unlocked->AddStream();
     ASSERT_EQ(unlocked->Connect(), Status::Ok);
-    EXPECT_EQ(unlocked->StartAcquisition(0), Status::NotFound) << "a failing feature stops the start";
+    EXPECT_EQ(unlocked->StartAcquisition(0), Status::Ok) << "nothing to lock";
     EXPECT_EQ(unlocked->StopAcquisition(0), Status::Ok);
-    EXPECT_EQ(unlocked->calls.Take(), (Calls{"connect", "post connect", "write 8 1", "acquisition stop"}));
+    EXPECT_EQ(unlocked->calls.Take(), (Calls{"connect", "post connect", "write 4 1", "acquisition start",
+                                             "write 8 1", "acquisition stop"}));
+    unlocked->failingWrite = 4;
+    FakeStream* refused = static_cast<FakeStream*>(unlocked->GetStream(0));
+    ASSERT_EQ(refused->Open(1, nullptr), Status::Ok);
+    EXPECT_EQ(refused->Start({}, nullptr, 0, nullptr), Status::NodeFailed)
+        << "a failing feature stops the start";
+    EXPECT_FALSE(refused->IsStreaming());
+    EXPECT_EQ(unlocked->DeviceState(), DEVICE_STATE::Connected);
 
     const auto held = device->ShareConfigurer();
     EXPECT_EQ(device->DisConnect(), Status::Ok);
     EXPECT_EQ(device->GetConfigurer(), nullptr);
     EXPECT_EQ(held->GetNodeValue("PayloadSize").AsInteger(), 4711) << "still usable where it is held";
+}
+
+TEST(Device, WithoutFeaturesSaysWhyAndDoesNotStart) {
+    const std::pair<const char*, const char*> cases[] = {{"Local:fake.xml;100;0", "local:fake.xml"},
+                                                         {"www:cam.xml", "www:cam.xml"},
+                                                         {"file:/no/such.xml", "/no/such.xml"},
+                                                         {"Local:fake.xml;100;10", "line 1"}};
+    for (const auto& [url, words] : cases) {
+        auto device = std::make_shared<FakeDevice>("camera");
+        device->memory.assign(0x300, 'x');
+        device->url = url;
+        auto* stream = device->AddStream();
+        const LogCapture log;
+        ASSERT_EQ(device->Connect(), Status::Ok);
+        const std::string failure = device->FeaturesFailure();
+        EXPECT_NE(failure.find(words), std::string::npos) << failure;
+        EXPECT_TRUE(log.Has(failure)) << url;
+        ASSERT_EQ(stream->Open(1, nullptr), Status::Ok);
+        EXPECT_EQ(stream->Start({}, nullptr, 0, nullptr), Status::NotAvailable) << url;
+        EXPECT_NE(LastFailure().text.find(failure), std::string::npos) << LastFailure().text;
+        EXPECT_FALSE(stream->IsStreaming());
+    }
+}
+
+TEST(Device, IsReadBesideItsControllerWithMonitorAccess) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    device->Describe(Acquiring(true));
+    auto* stream = device->AddStream();
+    ASSERT_EQ(device->Connect(DeviceAccess::Monitor), Status::Ok);
+    EXPECT_EQ(device->Connect(DeviceAccess::Monitor), Status::Ok);
+    EXPECT_EQ(device->Connect(), Status::WrongState) << "is not what was asked for";
+    EXPECT_EQ(device->Access(), DeviceAccess::Monitor);
+    EXPECT_EQ(device->ModelName(), "Model Q");
+    EXPECT_EQ(device->GetConfigurer()->SetNodeValue("TLParamsLocked", 1U), Status::NodeFailed);
+    ASSERT_EQ(stream->Open(1, nullptr), Status::Ok);
+    EXPECT_EQ(stream->Start({}, nullptr, 0, nullptr), Status::NotAvailable);
+    EXPECT_EQ(device->DisConnect(), Status::Ok);
+    ASSERT_EQ(device->Connect(), Status::Ok);
+    EXPECT_EQ(device->GetConfigurer()->SetNodeValue("TLParamsLocked", 1U), Status::Ok);
+}
+
+TEST(Device, DroppedStreamsStayClosedAndLostCamerasAreNotAsked) {
+    auto device = std::make_shared<FakeDevice>("camera");
+    device->Describe(Acquiring(true));
+    auto* stream = device->AddStream();
+    ASSERT_EQ(device->Connect(), Status::Ok);
+    stream->Run([](const ImageInfo&, IDevice*) {});
+    device->ReportLost();
+    device->calls.Take();
+    EXPECT_EQ(stream->Stop(), Status::Ok);
+    EXPECT_EQ(device->calls.Take(), (Calls{"acquisition stop", "stop"})) << "no feature is written";
+    EXPECT_EQ(stream->Start({}, nullptr, 0, nullptr), Status::DeviceLost);
+    EXPECT_FALSE(stream->IsStreaming());
+    const auto held = device->ShareStream(0);
+    std::vector<std::shared_ptr<IStream>> none;
+    device->UpdateStreams(none);
+    EXPECT_EQ(stream->Start({}, nullptr, 0, nullptr), Status::NotConnected);
+    stream->Close();
+    EXPECT_EQ(stream->Open(1, nullptr), Status::NotConnected);
 }
 
 TEST(Device, FindsItsDescriptionWhereTheUrlSays) {

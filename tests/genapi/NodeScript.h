@@ -28,8 +28,7 @@
 #include <utility>
 #include <vector>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 using namespace GenApi_3_2;
 
@@ -233,6 +232,8 @@ inline const std::map<std::string, Question>& Questions() {
         {"incmode", [](F f) { return Shown(f.integer ? f.integer->GetIncMode() : f.real->GetIncMode()); }},
         {"values", [](F f) { return Joined(f.integer->GetListOfValidValues()); }},
         {"allvalues", [](F f) { return Joined(f.integer->GetListOfValidValues(false)); }},
+        {"representation",
+         [](F f) { return Shown(f.integer ? f.integer->GetRepresentation() : f.real->GetRepresentation()); }},
         {"unit", [](F f) { return Shown(f.integer ? f.integer->GetUnit() : f.real->GetUnit()); }},
         {"aliases", [](F f) { return Shown(f.node.GetAlias()) + "," + Shown(f.node.GetCastAlias()); }},
         {"address", [](F f) { return Shown(f.reg->GetAddress()); }},
@@ -357,5 +358,4 @@ inline std::vector<Section> Sections(const std::string& text) {
     return sections;
 }
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

@@ -4,12 +4,13 @@
 #include "platform/genapi/base/AccessModes.h"
 #include "support/GeneratedDescription.h"
 
+#include <GenApi/vx3/Polling.h>
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <thread>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 TEST(Nodes, AccessModesCombineAndLock) {
     const EAccessMode modes[] = {NI, NA, WO, RO, RW};
@@ -77,14 +78,18 @@ Raw <- A0A1A2A3A4G5 !InvalidArgument ; Size = 0x10000000000 ; Raw text !OutOfRan
 }
 
 TEST(Nodes, CopiesAreWrittenInOrderAsFarAsTheDeviceAnswers) {
-    NodeScript script("IntReg Reg @0:4\nIntReg Copy @4:4\nInteger Feature pValue=Reg pValueCopy=Copy");
-    script.nodes.port.onWrite = [](std::int64_t address) {
+    NodeScript script("IntReg Reg @0:4\nIntReg Early @8:4\nIntReg Copy @4:4\nIntReg Late @12:4\n"
+                      "Integer Feature pValueCopy=Early pValue=Reg pValueCopy=Copy pValueCopy=Late");
+    std::vector<std::int64_t> order;
+    script.nodes.port.onWrite = [&](std::int64_t address) {
+        order.push_back(address);
         if (address == 4)
             throw "no answer";
     };
-    script.Run("Feature := 1 !Access ; Feature ? 1 ; fail none");
+    script.Run("Feature := 1 !Access ; Feature ? 1 ; @8 ? 1 ; @12 ? 0 ; fail none");
+    EXPECT_EQ(order, (std::vector<std::int64_t>{8, 0, 4}));
     std::thread([&] { script.nodes.Integer("Feature").SetValue(4); }).join(); // the lock is free
-    script.Run("@4 ? 4");
+    script.Run("@4 ? 4 ; @12 ? 4");
 }
 
 TEST(Nodes, CallbacksKnowTheLockMayWriteAndMayLeave) {
@@ -107,8 +112,8 @@ TEST(Nodes, CallbacksKnowTheLockMayWriteAndMayLeave) {
         nodes.Integer("Mirror").SetValue(nodes.Integer("Reg").GetValue());
         Deregister(self);
     });
-    Register(
-        &nodes.Node("Reg"), [&](INode*) { outside = isLockFree(); }, cbPostOutsideLock);
+    auto named = [&](INode*) { outside = isLockFree(); }; // no client with a member function
+    Register(&nodes.Node("Reg"), named, cbPostOutsideLock);
     script.Run("Reg = 5");
     EXPECT_TRUE(inside);
     EXPECT_TRUE(outside);
@@ -116,8 +121,11 @@ TEST(Nodes, CallbacksKnowTheLockMayWriteAndMayLeave) {
     script.Run("@4 ? 5 ; Reg = 6 ; @4 ? 5 ; Mirror calls 0");
     nodes.map->InvalidateNodes();
     script.Run("Mirror calls 1");
+    // What a callback throws is its own affair: the write has happened.
     Register(&nodes.Node("Reg"), [](INode*) { throw GenICam_3_2::RuntimeException("callback", "", 0); });
-    script.Run("Reg = 7 !Runtime ; @0 ? 7");
+    outside = false;
+    script.Run("Reg = 7 ; @0 ? 7 ; Mirror invalidate ; poll 1000 ; fail writes ; Reg = 8 !Access~no answer");
+    EXPECT_TRUE(outside);
     EXPECT_TRUE(isLockFree());
 }
 
@@ -168,16 +176,49 @@ Enumeration E :A=0 Value=0)");
 
 TEST(Nodes, EndlessChainsAndSumsEndAndGoodOnesOfSaneLengthWork) {
     std::string nodes =
-        "Integer N0 Value=42\nIntReg K0 @0:4 Cachable=NoCache\nInteger Locked pIsLocked=K60 Value=1\n";
+        "Integer N0 Value=42\nIntReg K0 @0:4 Cachable=NoCache\nInteger Locked pIsLocked=K60 Value=1\n"
+        "Integer C0 Value=1 Max=9\nIntSwissKnife Top pVariable.C=C60 pVariable.C.Max=C60 Formula=C.Max\n"
+        "Integer Endless pIsAvailable=Top Value=1\n";
     for (int i = 1; i <= 20000; ++i)
         nodes += "Integer N" + std::to_string(i) + " pValue=N" + std::to_string(i - 1) + "\n";
     for (int i = 1; i <= 60; ++i) {
         const std::string below = std::to_string(i - 1);
         nodes += "IntSwissKnife K" + std::to_string(i) + " pVariable.A=K" + below + " pVariable.B=K" + below +
                  " Formula=A+B\n";
+        nodes += "Integer C" + std::to_string(i) + " pValue=C" + below + " pValueCopy=C" + below + "\n";
     }
-    NodeScript(nodes).Run("N100 ? 42 ; N100 = 43 ; N50 ? 43 ; N20000 ? !Access ; N20000 mode NA\n"
-                          "K10 ? 0 ; K60 ? !Runtime~too many nodes ; Locked mode NA ; K10 ? 0");
+    NodeScript script(nodes);
+    // What was read in an operation is remembered to its end, and no longer.
+    script.Run("N100 ? 42 ; N100 = 43 ; N50 ? 43 ; N20000 ? !Access ; N20000 mode NA\n"
+               "K10 ? 0 ; reads 1 ; K16 ? 0 ; reads 1 ; K16 ?? 0 ; reads 1 ; K60 ?v 0 ; reads 1 ; @0 = 1 ; "
+               "K10 ? 1024\n"
+               "reads 1 ; Locked mode RO ; reads 1 ; @0 = 0");
+    // Where that does not help nobody waits, and the failure is told, not kept for an answer.
+    script.Run("C10 max 9 ; C60 max !Runtime~too many nodes ; Endless mode !Runtime~too many nodes\n"
+               "Endless mode !Runtime ; Endless ?v !Runtime ; Endless ? 1 ; C10 max 9 ; K10 ? 0");
+    // Callbacks are operations of their own.
+    Register(&script.nodes.Node("K0"), [&](INode*) {
+        for (int i = 0; i < 4000; ++i)
+            script.nodes.Integer("K60").GetValue();
+    });
+    script.Run("reads 1 ; K0 = 1 ; reads 4000");
+}
+
+TEST(Nodes, PollingWithoutAPolledNodeWaitsForNobody) {
+    NodeScript idle("IntReg Reg @0:4"), polled("IntReg A @0:4 PollingTime=500\nIntReg B @4:4 PollingTime=70");
+    EXPECT_EQ(vx3::GetPollingTime(*idle.nodes.map), -1);
+    EXPECT_EQ(vx3::GetPollingTime(*polled.nodes.map), 70);
+    std::atomic<bool> done{false};
+    idle.nodes.map->GetLock().Lock();
+    std::thread poller([&] {
+        idle.nodes.map->Poll(1000);
+        done = true;
+    });
+    for (int i = 0; i < 2000 && !done; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(done);
+    idle.nodes.map->GetLock().Unlock();
+    poller.join();
 }
 
 TEST(Nodes, EveryNodeOfALargeDescriptionCanBeUsed) {
@@ -201,5 +242,4 @@ TEST(Nodes, EveryNodeOfALargeDescriptionCanBeUsed) {
     dynamic_cast<IDestroy*>(map)->Destroy();
 }
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

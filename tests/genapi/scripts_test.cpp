@@ -2,8 +2,7 @@
 // it.
 #include "NodeScript.h"
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 const char* const Scripts = R"(
 == Access_ConditionsImposedModesAndInnerNodes
@@ -130,6 +129,32 @@ AsFloat := 1e19 !OutOfRange ; OverFloat ? 3 ; OverFloat min 1 ; OverFloat max 9 
 IntReg A @0:4 ; IntReg B @4:4 ; Integer Narrow pValue=B Min=10 Max=20 ; Integer Both pValue=A pValueCopy=Narrow
 --
 Both = 15 ; @0 ? F ; @4 ? F ; Both min 10 ; Both max 20 ; Both = 21 !OutOfRange ; Narrow readonly ; Both mode RO
+== Numbers_CopiesAreWrittenOnTheGridThatAllHave
+IntReg A @0:4 ; IntReg B @4:4 ; Integer Inner pValue=A Min=2 Max=100 Inc=4 ; Integer Sixes pValue=B Min=0 Max=90 Inc=6
+Integer Odd pValue=B Min=1 Max=99 Inc=4 ; Integer Later pValue=B Min=50 Max=70 Inc=4 ; IntReg Whole @8:4
+Integer Both pValueCopy=Sixes pValue=Inner ; Integer Never pValue=Inner pValueCopy=Odd ; Float Real pValue=Inner pValueCopy=Odd
+Integer Shifted pValueCopy=Later pValue=Whole ; Integer Huge pValue=Far pValueCopy=Sixes
+Integer Far Value=9223372036854775807 Min=9223372036854775806 Inc=9223372036854775807
+--
+Both min 6 ; Both inc 12 ; Both max 90 ; Both = 18 ; @0 ? 12 ; @4 ? 12 ; Both = 20 !OutOfRange ; Both = 6 ; @4 ? 6
+Never min 2 ; Never inc 4 ; Never max 99 ; Never = 10 ; @0 ? A ; @4 ? A ; Never = 11 !OutOfRange ; Never = 102 !OutOfRange
+Real = 14 ; @4 ? E ; Shifted min 50 ; Shifted inc 4 ; Shifted = 54 ; @8 ? 36 ; Shifted = 52 !OutOfRange
+Huge min 9223372036854775806 ; Huge max 90
+== Numbers_AConstantFormulaSaysNothingOfTheBounds
+IntReg Raw @0:4 ; IntConverter Reset FormulaTo=FROM FormulaFrom=0 pValue=Raw
+Converter Linear FormulaTo=FROM FormulaFrom=C Constant.C=7 pValue=Low IsLinear=Yes ; Integer Low pValue=Raw Max=9
+--
+Reset = 5 ; @0 ? 5 ; Reset ? 0 ; Reset max 0x7FFFFFFFFFFFFFFF ; Reset min -9223372036854775808 ; Linear = 3 ; @0 ? 3
+Linear ? 7 ; Linear incmode 0 ; Linear = 10 !OutOfRange~node 'Low'
+== Numbers_UnitAndRepresentationAreThoseOfTheNodeThatHoldsTheValue
+IntReg A @0:4 Unit=us Representation=HexNumber ; IntReg B @4:4 Unit=Hz ; IntReg Which @8:4
+Integer Over pValue=A ; Float Chosen pIndex=Which pValueIndexed[0=A pValueIndexed[1=B ; Float Outer pValue=Chosen
+Integer Own pValue=A Unit=ms Representation=Linear ; Converter Other FormulaTo=FROM FormulaFrom=TO pValue=A
+Integer Loop pValue=Loop ; Integer Plain Value=1
+--
+Over unit us ; Over representation 4 ; Over text 0x0 ; Chosen unit us ; Outer unit us ; Outer representation 4 ; Which = 1
+Outer unit Hz ; Outer representation 3 ; Own unit ms ; Own text 0 ; Own representation 0 ; Other unit ; Loop unit
+Plain representation 3 ; Which = 2 ; Outer unit
 == Numbers_IndexChoosesConstantNodeOrDefault
 Integer Index Value=1 ; IntReg Reg @0:4
 Integer Gain pIndex=Index ValueIndexed[5=55 ValueIndexed[1=11 pValueIndexed[2=Reg ValueDefault=99
@@ -244,6 +269,14 @@ Enumeration Pulse :Off=0 :On=1,IsSelfClearing=Yes pValue=Hidden
 --
 A ? 0 ; Feature ? 0 ; @0 = 5 ; @8 = 6 ; A ? 0 ; Feature ? 0 ; Run execute ; A ? 5 ; Feature ? 6 ; @0 = 7 ; B = 1
 A ? 7 ; A = 8 ; A ? 8 ; Pulse = 1 ; @8 = 0 ; Pulse ? 0 ; Pulse = 0 ; @8 = 1 ; Pulse ? 0
+== Cache_WhileASelfClearingEntryIsSetTheDeviceIsAsked
+IntReg Reg @0:4 ; Enumeration Pulse :Off=0 :Once=1,IsSelfClearing=Yes pValue=Reg ; Integer Feature pIsLocked=Busy Value=1
+IntSwissKnife Busy pVariable.P=Pulse Formula=P=1
+--
+Pulse calls 0 ; Pulse = 1 ; Pulse calls 1 ; reads 0 ; Pulse ? 1 ; Pulse cached 0 ; Busy ? 1 ; Feature mode RO ; Pulse ? 1
+reads 4 ; @0 = 0 ; Feature mode RW ; Busy ? 0 ; Pulse ? 0 ; reads 1 ; Pulse cached 1 ; @0 = 1 ; Pulse ? 0 ; Pulse ?? 1
+Feature mode RO ; @0 = 0 ; Busy ? 0 ; Pulse = 1 ; Pulse = 0 ; @0 = 7 ; Pulse ? 0 ; fail reads ; Pulse = 1 ; Pulse ? !Access
+fail none ; Pulse ? 1 ; @0 = 0 ; Pulse ? 0
 == Cache_PollingDropsValuesWhoseTimeHasPassed
 IntReg Slow @0:4 PollingTime=1000 ; IntReg Fast @4:4 PollingTime=100
 IntReg Blocked @8:4 PollingTime=100 pBlockPolling=Block ; Integer Block Value=1 ; IntReg Never @8:4
@@ -298,5 +331,4 @@ TEST_P(NodeScripts, Run) {
 INSTANTIATE_TEST_SUITE_P(GenApi, NodeScripts, ::testing::ValuesIn(Sections(Scripts)),
                          [](const auto& section) { return section.param.name; });
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

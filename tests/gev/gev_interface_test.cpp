@@ -3,17 +3,18 @@
 #include "gev/GevManager.h"
 #include "gev/net/NICEnumerator.h"
 #include "support/TestCamera.h"
+#include "support/Threads.h"
 #include "vx3/core/Utilities.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
+
 #include <map>
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
-using namespace Test;
 using namespace Simulated;
+using namespace std::chrono_literals;
 
 // The loopback interface, which enumeration never lists; broadcasts stay unsent.
 class Loopback : public GevInterfaceDev {
@@ -21,15 +22,31 @@ public:
     explicit Loopback(const std::string& id = "lo") : GevInterfaceDev("loop", "a loop", id, 0, 0) {}
     ~Loopback() override { Shutdown(); }
     using GevInterfaceDev::EnumSubDevices;
-    std::list<std::shared_ptr<IDevice>> EnumSubDevices(const NET_PARAM& param,
-                                                       std::uint32_t target) override {
-        ++rounds[target];
-        if (target == 0)
-            return {};
-        return GevInterfaceDev::EnumSubDevices(param, target);
+    std::list<std::shared_ptr<IDevice>> Discover(std::vector<GevDiscoveryRound::Question> questions,
+                                                 std::uint16_t port) override {
+        for (const auto& question : questions)
+            ++rounds[question.target];
+        const auto broadcast = [](const auto& question) { return question.target == 0; };
+        questions.erase(std::remove_if(questions.begin(), questions.end(), broadcast), questions.end());
+        return GevInterfaceDev::Discover(std::move(questions), port);
     }
     std::map<std::uint32_t, int> rounds;
 };
+
+// What a round finds out about cameras that are asked by address.
+std::map<std::uint32_t, DEVICE_STATE> StatesOf(Loopback& interface,
+                                               const std::vector<std::uint32_t>& addresses) {
+    std::vector<GevDiscoveryRound::Question> questions;
+    for (const std::uint32_t address : addresses)
+        questions.push_back({TestCamera::HostParam(), address});
+    std::map<std::uint32_t, DEVICE_STATE> states;
+    for (const auto& device : interface.Discover(questions, Gvcp::Port)) {
+        GevDeviceAddress address;
+        EXPECT_EQ(device->GetIpAddress(&address), Status::Ok);
+        states[address.ip] = device->DeviceState();
+    }
+    return states;
+}
 
 TEST(GevInterfaceDev, NamesCamerasByItsRule) {
     GevDiscoveryInfo info;
@@ -66,6 +83,46 @@ TEST(GevInterfaceDev, FindsACameraOnceHoweverOftenItAnswers) {
     EXPECT_EQ(interface.EnumSubDevices(TestCamera::HostParam(), camera.Ip()).front()->Name(),
               "Simulated(0123456789ABCDEF)@" + Ipv4Text(camera.Ip()));
     EXPECT_TRUE(interface.EnumSubDevices(NET_PARAM{}, camera.Ip()).empty());
+}
+
+TEST(GevInterfaceDev, SilentCamerasCostARoundNothingAndHideNobody) {
+    Loopback interface;
+    std::vector<std::unique_ptr<TestCamera>> cameras;
+    std::vector<std::uint32_t> addresses;
+    for (int i = 0; i < 20; ++i) {
+        cameras.push_back(std::make_unique<TestCamera>());
+        addresses.push_back(cameras.back()->Ip());
+        if (i >= 4) // answer discovery, and nothing else
+            cameras.back()->AddAckRule({AckFault::Silence, Gvcp::Command::ReadReg, {}, 0, 1000});
+    }
+    cameras[1]->SetRegister(Bootstrap::ControlChannelPrivilege, 2);
+    cameras[2]->AddAckRule({AckFault::Silence, Gvcp::Command::ReadReg}); // once
+    cameras[3]->AddAckRule(
+        {AckFault::ErrorStatus, Gvcp::Command::ReadReg, {}, 0, 1, Gvcp::AckStatus::AccessDenied});
+    const auto start = std::chrono::steady_clock::now();
+    auto states = StatesOf(interface, addresses);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1800));
+    ASSERT_EQ(states.size(), cameras.size());
+    using S = DEVICE_STATE;
+    const S expected[] = {S::Available, S::Controlled, S::Available, S::Controlled};
+    for (std::size_t i = 0; i < addresses.size(); ++i)
+        EXPECT_EQ(states[addresses[i]], i < 4 ? expected[i] : S::Unreachable) << i;
+}
+
+TEST(GevInterfaceDev, StoppingTheMonitorEndsItsRound) {
+    TestCamera camera;
+    Loopback interface;
+    ASSERT_EQ(interface.AddSubDevice(Ipv4Text(camera.Ip())), Status::Ok);
+    std::atomic<int> events{0};
+    ASSERT_EQ(interface.MonitorSubDevices(true, 60000, 0, [&](IDevice*, SubDeviceEvents) { ++events; }),
+              Status::Ok);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(interface.MonitorSubDevices(false, 0, 0, {}), Status::Ok);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+    EXPECT_EQ(interface.FinishedRounds(), 0U);
+    EXPECT_EQ(interface.SubDevices().size(), 1U) << "who was not heard yet is not lost";
+    EXPECT_EQ(events, 0);
 }
 
 TEST(GevInterfaceDev, CamerasAddedByAddressStay) {
@@ -107,4 +164,4 @@ TEST(GevManager, MakesOneInterfaceDeviceANetworkInterface) {
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -18,16 +17,16 @@ TEST(GvspGeometry, FollowsFromTheFirstLeader) {
         bool extended;
         std::uint32_t bytes, packetData, lastData, packets; // 0 packets: refused
     };
-    constexpr std::uint32_t most = GvspGeometry::MaxBlockBytes;
+    constexpr std::uint32_t Most = GvspGeometry::MaxBlockBytes;
     for (const Row& row : {
              Row{0x01080001, 1000, 1000, 0, Gvsp::PayloadType::Image, 1500, false, 1000000, 1464, 88, 686},
              Row{0x010C0006, 100, 10, 4, Gvsp::PayloadType::Image, 576, true, 1540, 528, 484, 5}, // 12 bits
              Row{0, 1056, 10, 4, Gvsp::PayloadType::Jpeg, 576, true, 1056, 528, 0, 4},
              Row{0x01080001, 100, 10, 0, 0x4000, 576, true, 0, 528, 0, 2}, // not placed
-             Row{0x01010037, 1U << 31, 4, 0, Gvsp::PayloadType::Image, 9000, false, most, 8964, 7012, 119786},
+             Row{0x01010037, 1U << 31, 4, 0, Gvsp::PayloadType::Image, 9000, false, Most, 8964, 7012, 119786},
              Row{0x01010037, 1U << 31, 5, 0, Gvsp::PayloadType::Image, 9000, false, 0, 0, 0, 0},
              Row{0x01080001, ~0U, ~0U, 0, Gvsp::PayloadType::Image, 9000, false, 0, 0, 0, 0},
-             Row{0, most + 1, 0, 0, Gvsp::PayloadType::Jpeg, 9000, false, 0, 0, 0, 0},
+             Row{0, Most + 1, 0, 0, Gvsp::PayloadType::Jpeg, 9000, false, 0, 0, 0, 0},
              Row{0x01080001, 1 << 15, 1 << 10, 0, Gvsp::PayloadType::Image, 37, false, 0, 0, 0, 0},
              Row{0x01080001, 10, 10, 0, Gvsp::PayloadType::Image, 36, false, 0, 0, 0, 0},
              Row{0x01080001, 10, 10, 0, Gvsp::PayloadType::Image, 48, true, 0, 0, 0, 0},
@@ -212,6 +211,70 @@ TEST(GvspParser, MissingPacketsAreCountedAndLogged) {
     EXPECT_TRUE(lab.Requests().empty());
 }
 
+TEST(GvspParser, AFrameWithoutItsLeaderHasNoTimeStamp) {
+    LabShape shape;
+    shape.resend = false;
+    GvspLab lab(shape);
+    lab.GiveBlock(1);
+    lab.GiveRange(2, 1, shape.TrailerId());
+    lab.GiveBlock(3);
+    ASSERT_EQ(lab.Images().size(), 3U);
+    EXPECT_EQ(lab.Images()[1].lost, 1U);
+    EXPECT_EQ(lab.Images()[1].timeStamp, 0U);
+    EXPECT_TRUE(lab.Images()[1].intact);
+    EXPECT_EQ(lab.Images()[2].timeStamp, (std::uint64_t{7} << 32) + 3);
+}
+
+TEST(GvspParser, ThePictureMayChangeWhileTheStreamRuns) {
+    struct {
+        std::uint32_t width, height, expectedLost;
+    } const rows[] = {{500, 2000, 0}, {2000, 500, 0}, {640, 480, 1}, {1200, 1000, 1}, {1000, 1000, 1}};
+    GvspLab lab;
+    std::uint32_t block = 1;
+    lab.GiveBlock(block);
+    for (const auto& row : rows) {
+        const std::size_t before = lab.Images().size();
+        const std::uint32_t trailer = lab.Shape().TrailerId();
+        lab.GiveRange(++block, 0, trailer - 2);
+        (void)lab.Give(block, trailer); // its last packet is late, and waited for in vain if the size changes
+        const Datagram late = lab.Make(block, trailer - 1);
+        lab.Resize(row.width, row.height);
+        (void)lab.Give(++block, 0);
+        (void)lab.Give(late);
+        lab.GiveRange(block, 1, lab.Shape().TrailerId());
+        lab.GiveBlock(++block);
+        ASSERT_EQ(lab.Images().size(), before + 3) << row.width;
+        EXPECT_EQ(lab.Images()[before].lost, row.expectedLost) << row.width;
+        for (std::size_t i = before + 1; i < lab.Images().size(); ++i) {
+            const LabImage& image = lab.Images()[i];
+            EXPECT_EQ(image.width, row.width);
+            EXPECT_EQ(image.lines, row.height);
+            EXPECT_EQ(image.timeStamp, (std::uint64_t{7} << 32) + image.blockId);
+            EXPECT_TRUE(image.intact && image.lost == 0) << row.width << ": " << image.lost;
+        }
+    }
+}
+
+TEST(GvspParser, ALateLeaderGivesItsOwnFrameTheNewPicture) {
+    GvspLab lab;
+    lab.GiveBlock(1);
+    const Datagram stale = lab.Make(2, 0);
+    for (const auto& [width, isWhole] : {std::pair{500U, true}, {640U, false}}) {
+        const std::uint32_t block = isWhole ? 2 : 3;
+        lab.GiveRange(block, 1, 3);
+        lab.Resize(width, width == 500 ? 2000 : 480);
+        EXPECT_EQ(Failed(lab.Give(block, 0)), !isWhole) << "what came was placed by the old geometry";
+        lab.GiveRange(block, 4, lab.Shape().TrailerId());
+    }
+    lab.GiveBlock(4);
+    ASSERT_EQ(lab.Images().size(), 4U);
+    EXPECT_EQ(lab.Images()[1].width, 500U);
+    EXPECT_TRUE(lab.Images()[1].intact && lab.Images()[1].lost == 0);
+    EXPECT_NE(lab.Images()[2].lost, 0U);
+    EXPECT_TRUE(lab.Images()[3].intact && lab.Images()[3].lost == 0);
+    EXPECT_TRUE(Failed(lab.Give(stale)));
+}
+
 TEST(GvspParser, AnUnknownLineCountMeansAllLines) {
     GvspLab lab;
     lab.GiveRange(1, 0, lab.Shape().TrailerId() - 1);
@@ -267,5 +330,4 @@ TEST(GvspParser, APoolWithoutImagesRejectsWithALogLine) {
 }
 
 } // namespace
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -45,7 +45,7 @@ protected:
     std::vector<GvspResendInfo> asked;
 };
 
-constexpr std::uint32_t toEnd = GvspResendItem::ToBlockEnd;
+constexpr std::uint32_t ToEnd = GvspResendItem::ToBlockEnd;
 
 TEST_F(ResendParserTest, AGapIsAskedForOnceAfterTheReorderWindowOrItsTime) {
     parser.SetMaxPid(100);
@@ -73,14 +73,14 @@ TEST_F(ResendParserTest, AGapAcrossBlocksMakesTwoRangesAndCountsTheBlocksBetween
     Feed(7, 0, 60);
     Feed(8, 2, 60);
     ASSERT_EQ(asked.size(), 2U);
-    ExpectAsked(0, 7, 61, toEnd);
+    ExpectAsked(0, 7, 61, ToEnd);
     ExpectAsked(1, 8, 0, 1);
     EXPECT_EQ(parser.GetImagesLost(), 0U);
     Feed(8, 61, 100);
     Feed(11, 5, 60); // all of 9 asked for, 10 lost
     ASSERT_GE(asked.size(), 4U);
     EXPECT_EQ(parser.GetImagesLost(), 1U);
-    ExpectAsked(2, 9, 0, toEnd);
+    ExpectAsked(2, 9, 0, ToEnd);
     ExpectAsked(3, 11, 0, 4);
     parser.RemoveUpTo(10); // 9 never came
     EXPECT_EQ(parser.GetImagesLost(), 2U);
@@ -96,7 +96,7 @@ TEST_F(ResendParserTest, BlockIdsWrapWithoutAGap) {
     EXPECT_FALSE(parser.IsAwaiting(65534));
     Feed(1, 1, 40);
     ASSERT_EQ(asked.size(), 1U);
-    ExpectAsked(0, 65535, 31, toEnd);
+    ExpectAsked(0, 65535, 31, ToEnd);
 
     GvspResendParser extended(true);
     extended.SetFlagExt(true);
@@ -205,4 +205,4 @@ TEST(ResendParser, WithoutResendSupportGapsCloseSilently) {
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

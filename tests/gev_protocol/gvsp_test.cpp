@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 namespace {
 
 using namespace Gvsp;
@@ -43,11 +42,8 @@ TEST(Gvsp, LeadersAndTrailersCarryWhatTheirPayloadTypeNeeds) {
         FromHex("00000001 01020304 05060708 01080001 00000780 000004b0 00000010 00000008 00030004");
     Leader leader;
     ASSERT_TRUE(DecodeLeader({image.data(), 36}, leader));
-    EXPECT_EQ(leader.timeStamp, 0x0102030405060708ULL);
-    EXPECT_EQ(leader.pixelFormat, 0x01080001U);
-    EXPECT_EQ(leader.sizeY, 1200U);
-    EXPECT_EQ(leader.offsetY, 8U);
-    EXPECT_EQ(leader.paddingX, 3);
+    EXPECT_EQ(std::tuple(leader.timeStamp, leader.pixelFormat, leader.sizeY, leader.offsetY, leader.paddingX),
+              std::tuple(0x0102030405060708ULL, 0x01080001U, 1200U, 8U, 3));
     Bytes made(HeaderSize(false) + 36);
     ASSERT_EQ(EncodeLeader({made.data(), made.size()}, {1, 0, 0, 0, false}, leader), made.size());
     EXPECT_EQ(Bytes(made.begin() + 8, made.end()), image);
@@ -87,5 +83,4 @@ TEST(Gvsp, SizesAndIds) {
 }
 
 } // namespace
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

@@ -2,29 +2,23 @@
 #include "image/AbsImage.h"
 #include "image/BufferCreator.h"
 #include "image/DefaultPools.h"
+#include "support/LogCapture.h"
+#include "support/TestImages.h"
 #include "vx3/core/IntfDevType.h"
-#include "vx3/core/Logger.h"
 #include "vx3/core/Status.h"
+#include "vx3/image/ImageInfo.h"
+#include "vx3/image/PixelFormat.h"
+#include "vx3/image/PixelValue.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <numeric>
+#include <stdexcept>
 
 namespace VX3::Test {
 namespace {
-
-constexpr auto Ok = static_cast<unsigned int>(Status::Ok);
-constexpr auto NotFound = static_cast<unsigned int>(Status::NotFound);
-
-ImageInfo Header(unsigned int width, unsigned int height, PixelFormatValue format, unsigned int padding = 0) {
-    ImageBaseInfo base;
-    base.width = width;
-    base.height = height;
-    base.format = format;
-    base.paddingX = padding;
-    return ImageInfoCreator::CreateImageInfo(base);
-}
 
 std::vector<unsigned char> Ramp(std::size_t size) {
     std::vector<unsigned char> bytes(size);
@@ -86,8 +80,7 @@ TEST(Image, HeaderUpdates) {
     next.extraInfoSize = 5000; // more than the info buffer has
     next.blockId = 0x100000001ULL;
     EXPECT_EQ(image.UpdateImageInfo(&next), Ok);
-    EXPECT_EQ(image.GetImageInfo()->pixelFormat, Mono16);
-    EXPECT_EQ(image.GetImageInfo()->blockId, 0x100000001ULL);
+    EXPECT_EQ(std::memcmp(image.GetImageInfo(), &next, sizeof(next)), 0);
     EXPECT_EQ(image.GetExtraInfoBuff()[4999], 0);
     EXPECT_EQ(image.UpdateImageInfoA(7, 1, 2), Ok);
     EXPECT_EQ(image.UpdateImageInfoB(3, 4, 5), Ok);
@@ -98,7 +91,7 @@ TEST(Image, HeaderUpdates) {
     ImageInfo stale = next;
     stale.headerVersion = 2;
     EXPECT_EQ(image.UpdateImageInfo(&stale), NotFound);
-    EXPECT_EQ(image.UpdateImageInfo(nullptr), static_cast<unsigned int>(Status::NotAvailable));
+    EXPECT_EQ(image.UpdateImageInfo(nullptr), NotAvailable);
     const ImageInfo tooLarge = Header(1000, 1000, Mono8);
     EXPECT_EQ(image.UpdateImageInfo(&tooLarge), NotFound);
     // Its own header, through a change of info buffer.
@@ -115,14 +108,14 @@ TEST(Image, DataIsCutToTheImageAndGeometryThatDoesNotFitLeavesItUnusable) {
         EXPECT_EQ(image.UpdateImageData(bytes.data(), length), taken) << length;
     EXPECT_EQ(image.UpdateImageInfoC(100, 100, RGB8), Ok); // inside the slack's power of two
     EXPECT_EQ(image.GetImageInfo()->pixelFormat, RGB8);
-    const std::size_t before = VxLoggerGetLogItems().size();
+    const LogCapture log;
     EXPECT_EQ(image.UpdateImageInfoC(1000000, 2, Mono8), NotFound);
     const ImageInfo& now = *image.GetImageInfo();
     EXPECT_EQ(std::tuple(now.height, now.statusA, now.pixelFormat), std::tuple(1U, 1U, 0U));
-    ASSERT_EQ(VxLoggerGetLogItems().size(), before + 1);
-    EXPECT_EQ(VxLoggerGetLogItems().back()->Info(),
-              "UpdateimageInfoC with invalid data, width: 1000000 height: 2 format: 1080001");
-    EXPECT_EQ(VxLoggerGetLogItems().back()->Level(), "Error");
+    EXPECT_EQ(log.Count("Error: UpdateimageInfoC with invalid data, width: 1000000 height: 2 format: "
+                        "1080001: 2065536 bytes are "
+                        "needed, the image holds 131072"),
+              1U);
     // The width remains, and nothing may believe it.
     const ROIRect roi{0, 0, 1000000, 1};
     EXPECT_EQ(image.Clone(nullptr), nullptr);
@@ -160,16 +153,15 @@ TEST(Crop, IsCutToTheImage) {
         return std::tuple(part.width, part.height, unsigned(part.paddingX));
     };
     EXPECT_EQ(size({8, 5, 100, 100}), std::tuple(2U, 1U, 0U));
-    EXPECT_EQ(size({10, 0, 1, 1}), std::tuple(10U, 6U, 0U)) << "outside: the whole image";
-    EXPECT_EQ(size({0, 6, 1, 1}), std::tuple(10U, 6U, 0U));
+    for (const ROIRect& outside : {ROIRect{10, 0, 1, 1}, {0, 6, 1, 1}})
+        EXPECT_EQ(size(outside), std::tuple(10U, 6U, 0U)) << "the whole image";
     EXPECT_EQ(size({9, 5, UINT32_MAX, UINT32_MAX}), std::tuple(1U, 1U, 0U));
     EXPECT_EQ(image.Copy(nullptr, nullptr)->GetImageInfo()->height, 6U);
     const ROIRect inner{1, 2, 3, 2};
     const auto middle = image.Copy(&inner, nullptr);
     for (const int line : {0, 1})
         EXPECT_EQ(std::memcmp(middle->GetImageBuff(line), image.GetImageBuff(2 + line) + 3, 9), 0);
-    const ImageInfo packed = Header(8, 8, Mono10p);
-    EXPECT_EQ(AbsImage(&packed, nullptr, 0).Copy(&inner, nullptr), nullptr);
+    EXPECT_EQ(NewImage(Mono10p, {8, 8})->Copy(&inner, nullptr), nullptr);
 }
 
 TEST(ShiftTest, WidensWithoutSaturating) {
@@ -187,8 +179,151 @@ TEST(ShiftTest, WidensWithoutSaturating) {
     const Bytes samples{0x34, 0x12, 0, 0x78, 0x56, 0};
     EXPECT_EQ(Lines(*AbsImage(&info, samples.data(), 0).Shift(4, nullptr), 2),
               (Bytes{0x40, 0x23, 0x80, 0x67}));
-    info = Header(4, 4, BayerRG10);
-    EXPECT_EQ(AbsImage(&info, nullptr, 0).Shift(4, nullptr), nullptr);
+    EXPECT_EQ(NewImage(BayerRG10, {4, 4})->Shift(4, nullptr), nullptr);
+}
+
+TEST(PixelFormatTable, CodesAgreeWithThemselves) {
+    EXPECT_EQ(std::size(AllFormats), 42U);
+    for (const PixelFormatValue value : AllFormats) {
+        const PixelFormat format(value);
+        EXPECT_EQ(PixelFormat::FromString(format.ToString()), value) << format.ToString();
+        // PFNC codes carry the bits a pixel occupies; 16 x 4 pixels fill whole bytes in every format.
+        const unsigned int bits = (static_cast<unsigned int>(value) >> 16) & 0xFFU;
+        EXPECT_EQ(format.BuffNeeded(16, 4) * 8, bits * 16 * 4) << format.ToString();
+        EXPECT_EQ(format.BuffNeeded64(16, 4), format.BuffNeeded(16, 4));
+        EXPECT_NE(format.ChannelID(format.Channels() - 1), PixelChannelID::Invalid);
+        EXPECT_EQ(format.ChannelID(format.Channels()), PixelChannelID::Invalid);
+    }
+}
+
+TEST(PixelFormatTable, NamesAreExact) {
+    EXPECT_EQ(PixelFormat::FromString("MONO10 PACKED"), 0x010C0004U);
+    EXPECT_EQ(PixelFormat::FromString("mono8"), InvalidFormat);
+    EXPECT_EQ(PixelFormat::FromString("UNKNOWN"), InvalidFormat);
+    EXPECT_EQ(PixelFormat::FromString(""), InvalidFormat);
+    EXPECT_EQ(PixelFormat(BayerGB8).ChannelID(3), PixelChannelID::Green);
+    EXPECT_EQ(PixelFormat(BayerGB8).ChannelID(1), PixelChannelID::Blue);
+    EXPECT_EQ(PixelFormat(BGRa12).ChannelID(3), PixelChannelID::Alpha);
+    EXPECT_TRUE(PixelFormat(Mono32f).IsPacked());
+    EXPECT_FALSE(PixelFormat(Mono16).IsPacked());
+}
+
+TEST(PixelFormatTable, CodesOutsideTheTable) {
+    const PixelFormat yuv(0x02100032U);
+    EXPECT_TRUE(yuv.IsValid());
+    EXPECT_EQ(yuv.Channels() + yuv.BitDepth(), 0U);
+    EXPECT_EQ(yuv.ToString(), "UNKNOWN");
+    EXPECT_EQ(yuv.BuffNeeded(7, 3), 21U);
+    EXPECT_FALSE(PixelFormat(InvalidFormat).IsValid());
+    const std::tuple<PixelFormatValue, unsigned int, unsigned int, unsigned int> sizes[] = {
+        // rounded down
+        {RawBlock, 1234, 5000, 5000},
+        {Mono10p, 7, 1, 8},
+        {Mono10p, 4, 1, 5},
+        {Mono12Packed, 3, 1, 4},
+        {RGBa16, 0x10000, 0x10000, 0}}; // wrapped where 32 bits end
+    for (const auto& [format, width, height, bytes] : sizes)
+        EXPECT_EQ(PixelFormat(format).BuffNeeded(width, height), bytes) << std::hex << format;
+    EXPECT_EQ(PixelFormat(RGBa16).BuffNeeded64(0x10000U, 0x10000U), 0x800000000ULL);
+    EXPECT_EQ(PixelFormat(RGBa16).BuffNeeded64(UINT32_MAX, UINT32_MAX), UINT64_MAX);
+    EXPECT_EQ(PixelFormat(RawBlock).ToString(), "UNKNOWN");
+}
+
+TEST(PixelValueTest, ComponentsByChannel) {
+    const PixelValue colour(1, 2, 3, 4, PixelFormat(RGBa8));
+    const std::pair<PixelChannelID, unsigned int> components[] = {{PixelChannelID::Red, 1},
+                                                                  {PixelChannelID::Green, 2},
+                                                                  {PixelChannelID::Blue, 3},
+                                                                  {PixelChannelID::Alpha, 4},
+                                                                  {PixelChannelID::Invalid, 4}};
+    for (const auto& [channel, value] : components)
+        EXPECT_EQ(colour.Value(channel), value);
+    EXPECT_EQ(PixelValue(0x1FFFFU, 0, 0, 0, PixelFormat(RGB16)).Value(PixelChannelID::Red), 0xFFFFU);
+    const PixelValue grey(200U, PixelFormat(Mono8));
+    EXPECT_TRUE(grey.IsMonoChrome());
+    EXPECT_EQ(grey.Value(PixelChannelID::Blue), 200U);
+}
+
+TEST(ImageInfoSizes, FollowStrideAndSlack) {
+    ImageInfo info;
+    info.pixelFormat = Mono12p;
+    info.width = 5;
+    info.height = 3;
+    info.paddingX = 2;
+    info.dataOffset = 64;
+    EXPECT_EQ(info.Stride(), 9U); // 5 x 1.5 rounded down, plus padding
+    EXPECT_EQ(info.ImageDataSize(), 27U);
+    EXPECT_EQ(info.DataBuffNeeded(), 64U + 65536U + 27U);
+    unsigned int last = 0;
+    EXPECT_EQ(info.PayloadPacketsNeeded(1000, &last), 66U);
+    EXPECT_EQ(last, 627U);
+    EXPECT_EQ(info.PayloadPacketsNeeded(0, &last), 0U);
+    EXPECT_EQ(last, info.DataBuffNeeded());
+    info = ImageInfo();
+    info.pixelFormat = RawBlock;
+    info.height = 5000;
+    EXPECT_EQ(std::pair(info.DataBuffNeeded(), info.ImageDataSize()), std::pair(5000U + 65536U, 5000U));
+}
+
+TEST(ImageInfoSizes, WrappingOnesAreTold) {
+    const struct {
+        PixelFormatValue format;
+        unsigned int width, height, padding, extra;
+        bool fits;
+    } sizes[] = {
+        {Mono8, 65536, 65534, 0, 0, true},         {Mono8, 65536, 65535, 0, 0, false},   // the slack wraps
+        {Mono8, UINT32_MAX, 1, 0, 0, false},       {RGBa16, UINT32_MAX, 0, 0, 0, false}, // the stride wraps
+        {RGBa16, 1, 0, 0, UINT32_MAX - 10, false}, {RawBlock, 0, 1000000, 100, 0, false},
+        {RawBlock, 0, 1000000, 0, 0, true}};
+    for (const auto& size : sizes) {
+        ImageInfo info;
+        info.pixelFormat = size.format;
+        info.width = size.width;
+        info.height = size.height;
+        info.paddingX = static_cast<std::uint16_t>(size.padding);
+        info.extraInfoSize = size.extra;
+        EXPECT_EQ(info.SizesFit(), size.fits) << size.width << " x " << size.height;
+    }
+}
+
+TEST(ImageInfoCopies, AlwaysHaveVersionOne) {
+    ImageInfo info;
+    info.blockId = 0x123456789ULL;
+    info.headerVersion = 0;
+    const ImageInfo copy(info);
+    EXPECT_EQ(copy.headerVersion, 1);
+    EXPECT_EQ(copy.blockId, info.blockId);
+    ImageInfo assigned;
+    assigned = info;
+    EXPECT_EQ(assigned.headerVersion, 1);
+}
+
+TEST(Descriptions, ParsedFromText) {
+    const ImageBaseInfo full = ImageInfoCreator::CreateBaseInfo("640_480_BAYER RG8_P16_T123_EB_x_Q7_b5_p32");
+    EXPECT_EQ(std::tuple(full.width, full.height, PixelFormatValue(full.format), full.paddingX,
+                         full.timestamp, full.bigEndian),
+              std::tuple(640U, 480U, BayerRG8, 32U, 123U, 1)); // of two paddings the later one
+    for (const char* text : {"", "640_480", "0_480_MONO8", "640_0_MONO8", "640_480_FOO", "640_480_mono8"})
+        EXPECT_FALSE(ImageInfoCreator::CreateBaseInfo(text).format.IsValid()) << text;
+    EXPECT_EQ(ImageInfoCreator::CreateBaseInfo("640_480_FOO").width, 0U);
+    for (const char* text : {"a_480_MONO8", "640__MONO8", "6_4_MONO8_Px", "6_4_MONO8_B-"})
+        EXPECT_THROW(ImageInfoCreator::CreateBaseInfo(text), std::invalid_argument) << text;
+    EXPECT_THROW(ImageInfoCreator::CreateBaseInfo("99999999999_4_MONO8"), std::out_of_range);
+}
+
+TEST(Descriptions, BecomeHeaders) {
+    ImageBaseInfo base;
+    base.width = 10;
+    base.height = 20;
+    base.paddingX = 0x10003;
+    base.timestamp = 0x0000000500000006ULL;
+    base.blockId = 77;
+    const ImageInfo info = ImageInfoCreator::CreateImageInfo(base);
+    EXPECT_EQ(std::tuple(info.imageType, info.statusA, info.paddingX, info.timestampHigh, info.timestampLow,
+                         info.blockId),
+              std::tuple(ImageTypeImage, 20U, 3U, 5U, 6U, 77U));
+    base.timestamp = 0;
+    EXPECT_NE(ImageInfoCreator::CreateImageInfo(base).timestampHigh, 0U); // now
 }
 
 } // namespace

@@ -6,11 +6,14 @@
 #include "image/ImagePoolRecycle.h"
 #include "image/ImagePoolRingA.h"
 #include "image/SimpleBufferPool.h"
+#include "support/LogCapture.h"
+#include "support/TestImages.h"
 #include "support/Threads.h"
 #include "vx3/core/IntfDevType.h"
-#include "vx3/core/Logger.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/core/Status.h"
 
+#include <array>
 #include <atomic>
 #include <cstring>
 #include <deque>
@@ -20,18 +23,8 @@
 namespace VX3::Test {
 namespace {
 
-constexpr auto Ok = static_cast<unsigned int>(Status::Ok);
-constexpr auto NotAvailable = static_cast<unsigned int>(Status::NotAvailable);
+constexpr std::uint64_t KiB = 1U << 10;
 constexpr std::uint64_t MiB = 1U << 20;
-
-ImageInfo Header(unsigned int width, unsigned int height, PixelFormatValue format = Mono8) {
-    ImageBaseInfo base;
-    base.width = width;
-    base.height = height;
-    base.format = format;
-    base.timestamp = 0x1234500000000ULL;
-    return ImageInfoCreator::CreateImageInfo(base);
-}
 
 // A header whose data buffer has exactly `mebibytes` (a power of two).
 ImageInfo HeaderOf(unsigned int mebibytes) {
@@ -42,16 +35,9 @@ std::uint64_t MakeAndDrop(IImagePool& pool, const ImageInfo& info) {
     return pool.Create(&info, nullptr, 0)->BufferID();
 }
 
-// Four threads take turns at a ring of `slots`; each slot comes up equally often.
-template <typename Take>
-void ExpectEvenTurns(std::size_t slots, Take take) {
-    std::vector<std::atomic<int>> count(slots);
-    OnThreads(4, [&](unsigned int) {
-        for (std::size_t i = 0; i < 100 * slots; ++i)
-            ++count.at(take());
-    });
-    for (const auto& turns : count)
-        EXPECT_EQ(turns, 400);
+// An image that no pool made.
+std::unique_ptr<IImage> Foreign(const ImageInfo& info) {
+    return std::make_unique<AbsImage>(&info, nullptr, 0U);
 }
 
 TEST(SimpleBuffers, RoundUpAndAreNotKept) {
@@ -84,8 +70,7 @@ TEST(RecycledBuffers, OldestOfTheClassComesBackFirst) {
     EXPECT_EQ(pool.FreeBuffer(std::move(b)), Ok);
     EXPECT_EQ(b, nullptr); // NOLINT: taken
     EXPECT_EQ(pool.FreeBuffer(std::move(a)), Ok);
-    EXPECT_EQ(std::pair(pool.CurrentSize(), pool.UsingSize()),
-              std::pair(std::uint64_t(2048), std::uint64_t(0)));
+    EXPECT_EQ(std::pair(pool.CurrentSize(), pool.UsingSize()), std::pair(2 * KiB, 0 * KiB));
     const auto first = pool.NewBuffer(513);
     EXPECT_EQ(std::pair(first->id, first->size), std::pair(idB, 513U));
     EXPECT_EQ(pool.NewBuffer(1024)->id, idA);
@@ -116,34 +101,37 @@ TEST(RecycledBuffers, CeilingPreallocatedAndForeignBlocks) {
 
 TEST(RingBuffers, RotateWhoeverHoldsThem) {
     UniqueBuffPool pool(100, 3, nullptr);
-    EXPECT_EQ(std::pair(pool.PoolSize(), pool.CurrentSize()),
-              std::pair(std::uint64_t(300), std::uint64_t(300)));
+    EXPECT_EQ(pool.PoolSize(), 300U);
     EXPECT_FALSE(pool.IsBlockSizeAvailable(101));
     EXPECT_EQ(pool.NewBuffer(101), nullptr);
     std::vector<std::unique_ptr<BaseBuffer>> blocks;
     for (unsigned int i = 0; i < 7; ++i) {
         blocks.push_back(pool.NewBuffer(60));
         EXPECT_EQ(std::pair(blocks[i]->id, blocks[i]->capacity), std::pair(i % 3, 60U));
+        EXPECT_EQ(blocks[i]->data.get(), blocks[0]->data.get() + i % 3 * 100);
+        EXPECT_EQ(blocks[i]->data[59], 0);
     }
-    EXPECT_EQ(std::string(60, '\0').compare(0, 60, reinterpret_cast<char*>(blocks[2]->data.get()), 60), 0);
-    EXPECT_EQ(blocks[0]->data.get(), blocks[3]->data.get());
-    EXPECT_EQ(blocks[1]->data.get(), blocks[0]->data.get() + 100);
     for (auto& block : blocks) {
         EXPECT_EQ(pool.FreeBuffer(std::move(block)), Ok);
         EXPECT_EQ(block->data, nullptr) << "the arena stays"; // NOLINT
     }
     EXPECT_EQ(UniqueBuffPool(100, 0, "none").NewBuffer(1), nullptr);
-    ExpectEvenTurns(3, [&] {
-        auto block = pool.NewBuffer(64);
-        pool.FreeBuffer(std::move(block));
-        return block->id;
+    std::array<std::atomic<int>, 3> turns{};
+    OnThreads(4, [&](unsigned int) {
+        for (int i = 0; i < 300; ++i) {
+            auto block = pool.NewBuffer(64);
+            pool.FreeBuffer(std::move(block));
+            ++turns.at(block->id);
+        }
     });
+    for (const auto& count : turns)
+        EXPECT_EQ(count, 400) << "each slot comes up equally often";
     EXPECT_EQ(pool.UsingSize(), 0U);
 }
 
 TEST(Buffers, FallBackToTheDefaultPoolAndKeepTheirOwnAlive) {
     auto ring = std::make_shared<UniqueBuffPool>(16, 2, "small ring");
-    const std::size_t before = VxLoggerGetLogItems().size();
+    const LogCapture log;
     const std::uint64_t used = DefaultSimpleBufferPool()->UsingSize();
     {
         const AbsBuffer buffer(100, ring);
@@ -152,10 +140,11 @@ TEST(Buffers, FallBackToTheDefaultPoolAndKeepTheirOwnAlive) {
         EXPECT_EQ(buffer.ObjType(), TypeIds::Buffer);
     }
     EXPECT_EQ(DefaultSimpleBufferPool()->UsingSize(), used);
-    ASSERT_EQ(VxLoggerGetLogItems().size(), before + 1);
-    EXPECT_EQ(VxLoggerGetLogItems().back()->Level(), "Warning");
-    EXPECT_EQ(VxLoggerGetLogItems().back()->Info(),
-              "Get a Null Buffer from small ring, will trying to use DefaultSimpleBufferPool...");
+    EXPECT_EQ(
+        log.Count(
+            "Warning: Get a Null Buffer from small ring, will trying to use DefaultSimpleBufferPool...: the "
+            "pool has no block of 100 bytes"),
+        1U);
     EXPECT_EQ(AbsBuffer(0, DefaultRecycleBufferPool()).BlockSize(), 0U);
     EXPECT_EQ(BufferCreator::Create(5, nullptr)->BlockSize(), 8U);
     const std::weak_ptr<UniqueBuffPool> watched = ring;
@@ -182,7 +171,7 @@ TEST(RecyclePool, KeepsFromOneMebibyteAndGivesTheOldestOfTheClassANewHeader) {
     const ImageInfo small = Header(640, 480);
     MakeAndDrop(*pool, small);
     EXPECT_EQ(pool->PoolSize(), 0U);
-    auto inner = std::unique_ptr<IImage>(std::make_unique<AbsImage>(&small, nullptr, 0U));
+    auto inner = Foreign(small);
     EXPECT_EQ(pool->Release(std::move(inner)), NotAvailable);
     EXPECT_NE(inner, nullptr); // NOLINT: not taken
     EXPECT_EQ(pool->Release(nullptr), Ok);
@@ -223,7 +212,7 @@ TEST(RecyclePool, EvictsWhatWasReleasedLongestAgoInAnyClass) {
     EXPECT_EQ(MakeAndDrop(*pool, two), idTwo);
     const auto spareOne = pool->Create(&one, nullptr, 0);
     EXPECT_EQ(spareOne->BufferID(), idOne);
-    auto spareTwo = std::unique_ptr<IImage>(std::make_unique<AbsImage>(&two, nullptr, 0U));
+    auto spareTwo = Foreign(two);
     const std::uint64_t idSpare = spareTwo->BufferID();
     EXPECT_EQ(pool->Release(std::move(spareTwo)), Ok); // 8 MiB: the 4 MiB image goes
     EXPECT_EQ(pool->PoolSize(), 4 * MiB);
@@ -270,15 +259,38 @@ TEST(RingPool, RotatesAndKnowsItsImages) {
     EXPECT_EQ(images[0]->GetImageBuff(), images[3]->GetImageBuff());
     EXPECT_EQ(std::memcmp(images[4]->GetImageInfo(), &info, sizeof(info)), 0);
     EXPECT_EQ(images[4]->UpdateImageInfo(&info), Ok);
-    EXPECT_EQ(images[4]->UpdateImageInfoC(20, 20, Mono8), static_cast<unsigned int>(Status::NotFound))
-        << "there is no slack in a slot";
-    auto foreign = std::unique_ptr<IImage>(std::make_unique<AbsImage>(&info, nullptr, 0U));
+    EXPECT_EQ(images[4]->UpdateImageInfoC(20, 20, Mono8), NotFound) << "there is no slack in a slot";
+    auto foreign = Foreign(info);
     foreign->SetMiscValue(3);
-    EXPECT_EQ(ring->Release(std::move(foreign)), static_cast<unsigned int>(Status::WrongState));
+    EXPECT_EQ(ring->Release(std::move(foreign)), WrongState);
     foreign->SetMiscValue(2); // NOLINT: never taken
     EXPECT_EQ(ring->Release(std::move(foreign)), Ok);
-    EXPECT_EQ(ring->Release(nullptr), static_cast<unsigned int>(Status::NotFound));
-    ExpectEvenTurns(3, [&] { return ring->Create(&info, nullptr, 0)->MiscValue(); });
+    EXPECT_EQ(ring->Release(nullptr), NotFound);
+}
+
+TEST(RingPool, ImagesNameTheSlotThatTheyLieIn) {
+    const auto ring = ImagePoolFactory::CreateRingAImagePool(4000, 1000, 64, "ring");
+    const ImageInfo info = Header(20, 20);
+    std::vector<const unsigned char*> slots;
+    for (unsigned int i = 0; i < 4; ++i)
+        slots.push_back(ring->Create(&info, nullptr, 0)->GetImageBuff());
+    std::atomic<int> wrong{0};
+    OnThreads(4, [&](unsigned int) {
+        for (int i = 0; i < 20000; ++i) {
+            const auto image = ring->Create(&info, nullptr, 0);
+            wrong += image->GetImageBuff() != slots.at(image->MiscValue()) ? 1 : 0;
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST(RingPool, AnArenaThatIsNotToBeHadIsSaid) {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // whose allocators end the program
+    ClearLastFailure();
+    EXPECT_EQ(ImagePoolFactory::CreateRingAImagePool(1ULL << 50, 1U << 30, 64, "huge"), nullptr);
+    EXPECT_EQ(LastFailure().code, Status::NoBuffer);
+#endif
+    EXPECT_NE(ImagePoolFactory::CreateRingAImagePool(1ULL << 31, 1, 64, "many slots"), nullptr);
 }
 
 TEST(RingPool, RefusesWhatItsSlotsCannotHold) {

@@ -9,11 +9,6 @@ vx3=$1
 work=$(mktemp -d)
 trap 'lab_leave; rm -rf "$work"' EXIT
 
-# json FILE EXPRESSION: evaluates a Python expression over the file's JSON, called d.
-json() { python3 -c "import json,sys; d=json.load(open(sys.argv[1])); print($2)" "$1"; }
-is() { # actual, expected
-    [ "$1" = "$2" ] || { echo "   is '$1', expected '$2'"; return 1; }
-}
 gige() { "$vx3" --transport gige "$@"; }
 
 lab_camera_start VX3TEST01
@@ -60,12 +55,68 @@ lab_check "each as a picture" is "$(find "$work/pictures" -name '*.png' | wc -l)
 lab_camera_stop
 lab_camera_start VX3TEST01 -r 20
 gige grab VX3TEST01 -n 50 --no-save --json >"$work/lossy"
-lab_check "a lossy camera does not stall the stream" is $? 0
+lab_check "a lossy camera does not stall the stream, but its status tells" is $? 3
 lab_check "every frame is delivered" is "$(json "$work/lossy" 'd["frames"]')" 50
 lab_check "the incomplete ones are counted" is "$(json "$work/lossy" 'd["incomplete"] > 0 and d["lost_packets"] >= d["incomplete"]')" True
 
-# ---- the camera dies in mid-stream
+# ---- the link is down for less than the camera's heartbeat, and somebody looks at features meanwhile
 lab_camera_stop
+lab_camera_start VX3TEST01
+"$vx3" --transport gige grab VX3TEST01 -n 0 --timeout 8 --no-save --json >"$work/drop" 2>"$work/drop.err" &
+grab=$!
+lab_pids+=("$grab")
+sleep 3
+gige get VX3TEST01 Width >"$work/beside" 2>"$work/beside.err"
+lab_check "a camera that streams to somebody else can be read" grep -qx '[0-9]*' "$work/beside"
+lab_check "and that is said" grep -q 'only read' "$work/beside.err"
+gige set VX3TEST01 Width=320 >"$work/out" 2>&1
+lab_check "but not changed" is $? 1
+ip link set cam0 down
+sleep 4
+ip link set cam0 up
+sleep 4
+kill -INT "$grab"
+wait "$grab"
+lab_check "a link that was down for 4 s is no loss" is "$(json "$work/drop" 'd["end"]')" interrupted
+lab_check "frames came before and after" is "$(json "$work/drop" 'd["frames"] > 0')" True
+
+# ---- another subnet on the same wire, and a camera that only the interface's second address can hear
+ip addr add 10.78.0.1/24 dev cam0
+lab_camera_stop
+lab_camera_do ip addr flush dev cam1
+lab_camera_do ip addr add 10.78.0.2/24 dev cam1
+lab_camera_start VX3TEST02
+start=$(date +%s%N)
+gige get VX3TEST02 Width >"$work/second" 2>&1
+lab_check "a camera in the second address's subnet is opened" is $? 0
+lab_check "within 2 s" [ $((($(date +%s%N) - start) / 1000000)) -lt 2000 ]
+lab_camera_stop
+lab_camera_do ip addr flush dev cam1
+lab_camera_do ip addr add 10.77.0.2/24 dev cam1
+
+# ---- triggered by software
+lab_camera_stop
+lab_camera_start VX3TEST01
+gige grab VX3TEST01 --duration 3s --trigger-rate 5 --no-save --json >"$work/triggered"
+lab_check "grab triggers by software" is $? 0
+lab_check "as often as asked" is "$(json "$work/triggered" '(abs(d["triggers"] - 15) <= 2, abs(d["triggers_per_second"] - 5) < 0.5)')" "(True, True)"
+lab_check "a frame each" is "$(json "$work/triggered" 'abs(d["frames"] - d["triggers"]) <= 2')" True
+lab_check "and gives the trigger back" is "$(gige get VX3TEST01 TriggerMode)" Off
+gige grab VX3TEST01 --set TriggerMode=On --set TriggerSource=Software --timeout 1s --no-save --json >"$work/waiting" 2>"$work/err"
+lab_check "a camera that waits for its trigger is a failure" is $? 1
+lab_check "that names the way out" grep -q -e --trigger-rate "$work/err"
+lab_check "entries in any case" gige set VX3TEST01 triggermode=OFF >/dev/null
+
+# ---- settings of a camera that dies
+echo "old settings" >"$work/settings"
+kill -STOP "$lab_camera" # answers no more
+gige save VX3TEST01 "$work/settings" --all >"$work/out" 2>&1
+lab_check "a silent camera's settings are not saved" is $? 1
+lab_check "and the old file stays" is "$(cat "$work/settings")" "old settings"
+kill -CONT "$lab_camera"
+lab_camera_stop
+
+# ---- the camera dies in mid-stream
 lab_camera_start VX3TEST01
 gige grab VX3TEST01 -n 1000000 --no-save --json >"$work/died" 2>"$work/died.err" &
 grab=$!

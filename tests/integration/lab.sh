@@ -77,3 +77,9 @@ lab_check() {
         lab_failures=$((lab_failures + 1))
     fi
 }
+
+# json FILE EXPRESSION: evaluates a Python expression over the file's JSON, called d.
+json() { python3 -c "import json,sys; d=json.load(open(sys.argv[1])); print($2)" "$1"; }
+is() { # actual, expected
+    [ "$1" = "$2" ] || { echo "   is '$1', expected '$2'"; return 1; }
+}

@@ -1,25 +1,15 @@
 #!/usr/bin/env bash
 # The program over the virtual cameras: needs no network. Usage: tool_test.sh VX3_PROGRAM
 set -u
+. "$(dirname "$0")/lab.sh"
 vx3=$(readlink -f "$1")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
 camera="Virtual Device #1"
-failures=0
 
 run() { "$vx3" --transport virtual "$@"; }
-# json FILE EXPRESSION: evaluates a Python expression over the file's JSON, called d.
-json() { python3 -c "import json,sys; d=json.load(open(sys.argv[1])); print($2)" "$1"; }
-# check WHAT ACTUAL EXPECTED
-check() {
-    if [ "$2" = "$3" ]; then
-        echo "ok: $1"
-    else
-        echo "FAILED: $1: is '$2', expected '$3'"
-        failures=$((failures + 1))
-    fi
-}
+check() { lab_check "$1" is "$2" "$3"; }
 has() { grep -qe "$1" "$2" && echo yes || echo no; }
 
 # ---- usage and search
@@ -53,8 +43,14 @@ run set "$camera" DeviceModelName=x >out 2>&1; check "read-only features refuse"
 check "with the code behind the words" "$(has 0x80000021 out)" yes
 run set "$camera" PixelFormat=Purple >out 2>&1; check "unknown entries are refused" $? 1
 check "the entries are named" "$(has 'one of .*Mono8' out)" yes
-check "numbers beyond the range are clamped" "$(run set "$camera" Height=1000000 2>err)" "Height = 4096"
+run set "$camera" Height=1000000 >out 2>err; check "numbers beyond the range are clamped, with a status of its own" "$? $(cat out)" "4 Height = 4096"
 check "and that is said" "$(has 'asked for 1000000' err)" yes
+run set "$camera" Height=1000000 width=640.0 --json >out 2>err
+check "as JSON, with numbers" "$(json out '(d["Height"], d["Width"], d["adjusted"])')" "(4096, 640, ['Height'])"
+run get "$camera" Widht >out 2>&1; check "near misses are recognised" "$(has 'did you mean Width' out)" yes
+run lsit >out 2>&1; check "of verbs, too" "$? $(has 'did you mean list' out)" "2 yes"
+run get "VIRTUAL device #1" WIDTH >out; check "case does not matter" "$(cat out)" 400
+"$vx3" list --transport gentl >out 2>&1; check "a family that is not built says so" "$? $(has 'family not built' out)" "1 yes"
 check "in hexadecimal, too" "$(run set "$camera" Width=0x40)" "Width = 64"
 run run "$camera" AcquisitionStop; check "a command is executed" $? 0
 run run "$camera" Width >out 2>&1; check "a number cannot be executed" $? 1
@@ -76,6 +72,11 @@ echo 'Nothing[Selector=A] = 1' >>settings
 run load "$camera" settings --json >out 2>err; check "what cannot be loaded fails" $? 1
 check "each with its reason" "$(json out '[f["feature"] for f in d["failed"]]')" "['Height', 'Nothing[Selector=A]']"
 check "and the rest is set" "$(json out 'd["set"] > 0')" True
+sed -i '/^Nothing/d' settings
+run load "$camera" settings >out 2>err; check "values that the camera adjusts have a status of their own" $? 4
+run load "$camera" . >out 2>&1; check "a directory is no file" "$? $(has 'Is a directory' out)" "1 yes"
+: >empty
+run load "$camera" empty >out 2>&1; check "an empty file has nothing to load" $? 5
 echo 'no equals sign' >>settings
 run load "$camera" settings >out 2>&1; check "a line that is none fails" $? 1
 check "naming its number" "$(has 'line [0-9]' out)" yes
@@ -85,6 +86,14 @@ run grab "$camera" -n 5 -o png --set FrameTime=10 --set Width=640 --set Height=4
 check "every frame is counted" "$(json grab '(d["frames"], d["incomplete"], d["bytes"], d["saved"])')" "(5, 0, 1536000, 5)"
 check "every frame is a picture" "$(find png -name 'frame_*.png' | wc -l)" 5
 check "of the size that was set" "$(file -b png/frame_000001.png | grep -oE '[0-9]+ x [0-9]+')" "640 x 480"
+run grab "$camera" -n 2 -o png --format jpeg --set FrameTime=5ms >/dev/null
+check "a second run goes on counting" "$(cd png && echo frame_*.jpeg)" "frame_000006.jpeg frame_000007.jpeg"
+run grab "$camera" -n 1 -o png --overwrite --set Width=320 >/dev/null
+check "unless told otherwise" "$(file -b png/frame_000001.png | grep -oE '[0-9]+ x [0-9]+')" "320 x 400"
+run grab "$camera" --duration 400ms --no-save --set FrameTime=10 --json >grab; check "for a duration" $? 0
+check "any number of frames" "$(json grab 'd["frames"] > 5 and d["end"] == "done"')" True
+run grab "$camera" -n 1000 --duration 300ms --no-save >out 2>err; check "fewer frames than asked for have a status" "$? $(has 'of 1000 frames' err)" "3 yes"
+run grab "$camera" --trigger-rate 10 >out 2>&1; check "no trigger in this camera" "$? $(has TriggerSource out)" "1 yes"
 run grab "$camera" -n 1 -o raw --format raw >/dev/null
 check "raw files tell their geometry" "$(stat -c '%n %s' raw/*)" "raw/frame_000001.400_400_MONO8.raw 160000"
 run grab "$camera" -n 1 -o colour --format raw --convert rgb8 >/dev/null
@@ -101,16 +110,71 @@ touch blocked
 run grab "$camera" -o blocked/dir >out 2>&1; check "a directory that cannot be made fails" $? 1
 run grab "$camera" -n 5 --no-save --timeout 0.3 --set FrameTime=5000 --json >grab 2>err; check "no frame in time fails" $? 1
 check "and is said" "$(has 'no frame arrived' err)" yes
-"$vx3" --transport virtual grab "$camera" -n 0 --no-save --json >grab 2>err &
+"$vx3" --transport virtual grab "$camera" -n 0 -o endless --format raw --json >grab 2>err &
 pid=$!
-sleep 2
+# Until it catches Ctrl-C, a program that a script starts in the background ignores it.
+for _ in $(seq 300); do
+    [ -n "$(ls endless 2>/dev/null)" ] && break
+    sleep 0.1
+done
 kill -INT $pid
 wait $pid; check "Ctrl-C ends grab cleanly" $? 0
 check "with its summary" "$(json grab 'd["end"] == "interrupted" and d["frames"] > 0')" True
 
+"$vx3" --transport virtual grab "$camera" -n 1000 -o many --format raw --json >grab 2>err &
+pid=$!
+for _ in $(seq 300); do
+    [ -n "$(ls many 2>/dev/null)" ] && break
+    sleep 0.1
+done
+kill -INT $pid
+wait $pid; check "but not when a number was asked for" "$? $(has 'interrupted after' err)" "130 yes"
+
+# ---- what cannot be written
+for verb in list "features '$camera'" "xml '$camera'" "get '$camera' Width" "monitor --duration 5" "help" "--version"; do
+    for form in "" --json; do
+        eval run $verb $form >/dev/full 2>err
+        check "a full standard output fails $verb $form" "$? $(has 'No space left on device' err)" "1 yes"
+    done
+done
+run save "$camera" /dev/full >out 2>&1; check "so does a full file" "$? $(has 'No space left on device' out)" "1 yes"
+check "which is no file afterwards either" "$([ -c /dev/full ] && echo yes)" yes
+if unshare -rm true 2>/dev/null; then
+    mkdir -p disk
+    unshare -rm bash -c '
+        mount -t tmpfs -o size=64k none disk && cd disk && echo old >settings
+        head -c 100000 /dev/zero >filler 2>/dev/null
+        run() { "$0" --transport virtual "$@"; }
+        run save "$1" settings; echo "save $? $(cat settings)" *
+        run grab "$1" -n 2 --format raw --set FrameTime=5; echo "grab $?"' "$vx3" "$camera" >out 2>&1
+    check "a full disk leaves the old file" "$(grep '^save' out)" "save 1 old filler settings"
+    check "and saves no pictures" "$(grep '^grab' out)" "grab 1"
+    check "for the system's reason" "$(grep -c 'No space left on device' out)" 3
+fi
+
+# ---- JSON, whatever happens
+for arguments in "list --transport virtual" "list --transport gentl" "list --transport x" "list --interface nowhere" "info '$camera'" "info nobody" \
+    "features '$camera'" "features nobody" "get '$camera' Width" "get '$camera' Width Absent" "get nobody Width" \
+    "set '$camera' Width=320" "set '$camera' Width=99999" "set '$camera' Width=320 Absent=1" "set '$camera' Width" \
+    "run '$camera' AcquisitionStop" "run '$camera' Width" "grab '$camera' -n 1 --no-save" "grab '$camera' -n x" \
+    "grab nobody" "grab '$camera' --set Absent=1" "grab '$camera' --map none" "xml '$camera'" "xml nobody" \
+    "xml '$camera' -o xml.out" "xml '$camera' -o /absent/file" "xml '$camera' --original" "description camera.xml" \
+    "description cut.xml" "description absent.xml" "save '$camera' saved" "save '$camera' /absent/file" \
+    "load '$camera' saved" "load '$camera' absent" "load '$camera' ." "force-ip '$camera' 10.0.0.9" \
+    "force-ip '$camera' 10.0" "version" "help" "help grab" "help nothing" "--help" "--version" "nothing" "" "grab"; do
+    eval '"$vx3"' "$arguments" --json >out 2>err
+    status=$?
+    python3 -m json.tool out >/dev/null 2>&1; check "valid JSON: $arguments" $? 0
+    case $status in
+        1 | 2 | 130) check "with error and code: $arguments" "$(json out '(len(d.get("error") or d["failed"]) > 0, d["code"])')" "(True, $status)" ;;
+    esac
+done
+
 # ---- monitor
 run monitor --duration 1 --json >events; check "monitor" $? 0
 check "reports both cameras" "$(grep -c '"event":"found"' events)" 2
+check "a JSON object a line" "$(python3 -m json.tool --json-lines events >/dev/null && echo yes)" yes
+check "with the time zone" "$(has 'T[0-9:]*[+-][0-9][0-9]:[0-9][0-9]"' events)" yes
 
-echo "failures: $failures"
-[ "$failures" -eq 0 ]
+echo "failures: $lab_failures"
+[ "$lab_failures" -eq 0 ]

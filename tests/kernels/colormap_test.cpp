@@ -9,8 +9,7 @@
 #include <sstream>
 #include <string>
 
-using namespace VX3;
-
+namespace VX3::Test {
 namespace {
 
 std::array<int, 4> Entry(unsigned int map, unsigned int bits, std::size_t index) {
@@ -57,3 +56,4 @@ TEST(ColorMaps, KnownEntriesAndTheGreyRamp) {
 }
 
 } // namespace
+} // namespace VX3::Test

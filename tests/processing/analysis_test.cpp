@@ -1,16 +1,17 @@
+// What is read out of images, and shown of them: histograms, profiles, planes, false colours; results from
+// pools that do not serve.
+#include "image/ImagePoolRecycle.h"
+#include "processing/colormaps/ColorTables.h"
 #include "support/TestImages.h"
 #include "vx3/image/HistogramData.h"
 #include "vx3/image/ProfileData.h"
 
-#include <opencv2/imgproc.hpp>
-
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <opencv2/imgproc.hpp>
 
-using namespace VX3;
-using namespace VX3::Testing;
-
+namespace VX3::Test {
 namespace {
 
 std::vector<std::uint32_t> CountsOf(const HistogramData& histogram) {
@@ -80,20 +81,6 @@ TEST(Histogram, CountsEveryLayoutOverWholeImagesAndRegions) {
     }
 }
 
-TEST(Histogram, AgreesWithOpenCV) {
-    const auto image = RandomImage(Mono12, {300, 200}, 0x0FFF);
-    const cv::Mat source(200, 300, CV_16UC1, image->GetImageBuff());
-    const int channels[] = {0};
-    const int bins[] = {4096};
-    const float range[] = {0, 4096};
-    const float* ranges[] = {range};
-    cv::Mat counts;
-    cv::calcHist(&source, 1, channels, cv::Mat(), counts, 1, bins, ranges);
-    const auto ours = CountsOf(image->CreateHistogram(nullptr, 0)[0].second);
-    for (int i = 0; i < 4096; ++i)
-        ASSERT_EQ(static_cast<float>(ours[static_cast<std::size_t>(i)]), counts.at<float>(i)) << i;
-}
-
 // Each cell position has its own value, so that a sample counted in the wrong one shows.
 TEST(Histogram, BayerCountsCellPositions) {
     for (const PixelFormatValue format : {BayerRG10, BayerGB8}) {
@@ -123,26 +110,23 @@ TEST(Histogram, Statistics) {
     HistogramData histogram(256);
     histogram.Data()[10] = 1;
     histogram.Data()[20] = 1;
-    StatisticsInfo info = histogram.CreateStatistics(0, 256);
-    EXPECT_EQ(info.min, 10U);
-    EXPECT_EQ(info.max, 20U);
-    EXPECT_EQ(info.count, 2U);
-    EXPECT_DOUBLE_EQ(info.mean, 15.0);
-    EXPECT_NEAR(info.stddev, 7.0710678, 1e-6);
-    info = histogram.CreateStatistics(20, 10);
-    EXPECT_EQ(info.min, 10U);
-    EXPECT_EQ(info.max, 10U);
-    EXPECT_EQ(info.stddev, 0.0);
-    info = histogram.CreateStatistics(11, 20);
-    EXPECT_EQ(info.min, 0U);
-    EXPECT_EQ(info.count, 0U);
-    EXPECT_TRUE(info.IsValid());
-    EXPECT_EQ(histogram.CreateStatistics(300, 400).count, 2U) << "a start beyond the bins is the first bin";
+    // From bin to bin: smallest, largest, count, mean, spread.
+    const std::tuple<unsigned int, unsigned int, unsigned int, unsigned int, unsigned int, double, double>
+        ranges[] = {{0, 256, 10, 20, 2, 15.0, 7.0710678},
+                    {20, 10, 10, 10, 1, 10.0, 0.0},
+                    {11, 20, 0, 0, 0, 0.0, 0.0},
+                    {300, 400, 10, 20, 2, 15.0, 7.0710678}}; // a start beyond the bins is the first bin
+    for (const auto& [first, last, min, max, count, mean, spread] : ranges) {
+        const StatisticsInfo info = histogram.CreateStatistics(first, last);
+        EXPECT_TRUE(info.IsValid());
+        EXPECT_EQ(std::tuple(info.min, info.max, info.count), std::tuple(min, max, count)) << first;
+        EXPECT_DOUBLE_EQ(info.mean, mean);
+        EXPECT_NEAR(info.stddev, spread, 1e-6);
+    }
     EXPECT_FALSE(HistogramData(0).CreateStatistics(0, 256).IsValid());
     EXPECT_EQ(HistogramData(100000).Bins(), 65536U);
     // Equal values: the spread must not go below zero by rounding.
-    histogram.Data()[10] = 0;
-    histogram.Data()[20] = 0;
+    histogram = HistogramData(256);
     histogram.Data()[255] = 4000000000U;
     EXPECT_EQ(histogram.CreateStatistics(0, 256).stddev, 0.0);
 }
@@ -259,4 +243,107 @@ TEST(Split, BayerGivesTheCellPositions) {
     EXPECT_EQ(RandomImage(BayerRG8, {1, 1})->Split(0, nullptr).size(), 4U) << "four images without pixels";
 }
 
+struct Window {
+    unsigned int low;
+    unsigned int range;
+};
+
+// The entry that one sample is shown as.
+std::uint32_t Shown(PixelFormatValue format, unsigned int sample, unsigned int map, const Window& window) {
+    auto image = NewImage(format, {1, 1});
+    std::memcpy(image->GetImageBuff(), &sample, format == Mono8 ? 1 : 2);
+    const auto mapped = image->Map2RGB8(map, window.low, window.range, nullptr);
+    EXPECT_EQ(mapped->GetImageInfo()->pixelFormat, RGBa8);
+    return SamplesOf<std::uint32_t>(*mapped)[0];
+}
+
+TEST(Map, EightBitWindowsClipWithoutStretching) {
+    const std::uint32_t* table = g_colorTable[10][0];
+    EXPECT_EQ(Shown(Mono8, 99, 10, {100, 50}), table[0]);
+    EXPECT_EQ(Shown(Mono8, 120, 10, {100, 50}), table[120]);
+    EXPECT_EQ(Shown(Mono8, 150, 10, {100, 50}), table[150]);
+    EXPECT_EQ(Shown(Mono8, 151, 10, {100, 50}), table[255]);
+    EXPECT_EQ(Shown(Mono8, 254, 10, {5000, 1}), table[0]);
+    EXPECT_EQ(Shown(Mono8, 7, 10, {3, 0xFFFFFFFFU}), table[7]) << "a sum beyond 32 bits";
+}
+
+TEST(Map, SixteenBitWindowsChooseResolutionAndShift) {
+    EXPECT_EQ(Shown(Mono16, 1000, 6, {1000, 65535}), g_colorTable[6][6][0]);
+    EXPECT_EQ(Shown(Mono16, 5000, 6, {1000, 65535}), g_colorTable[6][6][1000]);
+    EXPECT_EQ(Shown(Mono16, 20001, 6, {1, 32768}), g_colorTable[6][6][10000]);
+    EXPECT_EQ(Shown(Mono16, 2047, 6, {0, 2048}), g_colorTable[6][3][2047]);
+    EXPECT_EQ(Shown(Mono16, 2048, 6, {0, 2048}), g_colorTable[6][3][2047]) << "one beyond the table";
+    EXPECT_EQ(Shown(Mono16, 2050, 6, {0, 2048}), g_colorTable[6][3][2047]);
+    EXPECT_EQ(Shown(Mono16, 256, 6, {0, 256}), g_colorTable[6][0][255]);
+    EXPECT_EQ(Shown(Mono16, 257, 6, {0, 257}), g_colorTable[6][1][257]);
+    EXPECT_EQ(Shown(Mono16, 65535, 6, {70000, 10}), g_colorTable[6][0][0]) << "a window above every sample";
+}
+
+TEST(Map, DepthsBetweenHaveTheirOwnLimits) {
+    EXPECT_EQ(Shown(Mono14, 100, 9, {0, 2046}), g_colorTable[9][3][100]);
+    EXPECT_EQ(Shown(Mono14, 100, 9, {0, 2047}), g_colorTable[9][4][100]);
+    EXPECT_EQ(Shown(Mono10, 1000, 9, {0, 60000}), g_colorTable[9][2][1000]);
+    EXPECT_EQ(Shown(Mono12, 4095, 9, {0, 60000}), g_colorTable[9][4][4095]);
+    EXPECT_EQ(Shown(Mono10, 5000, 9, {0, 60000}), g_colorTable[9][2][1023]) << "above the nominal range";
+    EXPECT_EQ(Shown(Mono14, 16000, 9, {0, 16383}), g_colorTable[9][6][16000]);
+    // A window that begins above the nominal range shows all below it as its first entry.
+    EXPECT_EQ(Shown(Mono10, 1500, 9, {2000, 10}), g_colorTable[9][0][0]);
+    EXPECT_EQ(Shown(Mono10, 2001, 9, {2000, 10}), g_colorTable[9][0][255]);
+}
+
+TEST(Map, UnknownMapsAreGreyAndColourIsRefused) {
+    EXPECT_EQ(Shown(Mono8, 90, 12, {0, 255}), 0xFF5A5A5AU);
+    EXPECT_EQ(Shown(Mono8, 90, 0xFFFFFFFFU, {0, 255}), 0xFF5A5A5AU);
+    for (const PixelFormatValue format : {BayerRG8, RGB8, Mono10p, Mono12Packed, Mono32f})
+        EXPECT_EQ(NewImage(format, {4, 4})->Map2RGB8(0, 0, 255, nullptr), nullptr);
+}
+
+// A pool that refuses after some images, or serves others than were asked for.
+class FaultyPool : public ImagePoolRecycle {
+public:
+    FaultyPool(int serves, bool small) : ImagePoolRecycle(0, "faulty"), serves_(serves), small_(small) {}
+    std::unique_ptr<IImage> Create(const ImageInfo* info, const unsigned char* data,
+                                   unsigned int len) override {
+        if (serves_-- <= 0)
+            return nullptr;
+        ImageInfo served = *info;
+        served.height = small_ ? 1 : info->height;
+        return ImagePoolRecycle::Create(&served, data, len);
+    }
+
+private:
+    int serves_;
+    bool small_;
+};
+
+TEST(Pools, ResultsAreEmptyWhenThePoolDoesNotServe) {
+    const auto rgb = RandomImage(RGB8, {20, 20});
+    const auto packed = RandomImage(Mono10p, {20, 20});
+    for (const bool small : {false, true}) {
+        const auto pool = [small] { return std::make_shared<FaultyPool>(small ? 100 : 0, small); };
+        EXPECT_EQ(rgb->Unpack2Image8(8, pool()), nullptr);
+        EXPECT_EQ(packed->Unpack(pool()), nullptr);
+        EXPECT_EQ(RandomImage(Mono8, {20, 20})->Map2RGB8(0, 0, 1, pool()), nullptr);
+        EXPECT_EQ(RandomImage(BayerRG8, {20, 20})->Unpack2Image8(8, pool()), nullptr);
+        EXPECT_TRUE(rgb->Split(0, pool()).empty());
+    }
+    EXPECT_TRUE(rgb->Split(0, std::make_shared<FaultyPool>(2, false)).empty()) << "two of three channels";
+}
+
+TEST(Pools, HeadersThatClaimMoreThanTheImageHasGiveNothing) {
+    const auto image = RandomImage(Mono12, {64, 64});
+    for (const auto& [width, height] : {std::pair{0x40000000U, 4U}, {65535U, 65535U}, {4U, 0x80000000U}}) {
+        ImageInfo info = *image->GetImageInfo();
+        info.width = width;
+        info.height = height;
+        EXPECT_NE(image->UpdateImageInfo(&info), 0U);
+        EXPECT_NE(image->UpdateImageInfoC(width, height, Mono12), 0U);
+        EXPECT_EQ(image->Unpack2Image8(8, nullptr), nullptr);
+        EXPECT_EQ(image->Map2RGB8(0, 0, 1, nullptr), nullptr);
+        EXPECT_TRUE(image->CreateHistogram(nullptr, 0).empty());
+        EXPECT_TRUE(image->CreateProfile(0, ProfileType::Horizontal, 1).empty());
+    }
+}
+
 } // namespace
+} // namespace VX3::Test

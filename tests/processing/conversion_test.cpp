@@ -1,82 +1,56 @@
+// What images are converted to, by how many threads, and with how little memory.
 #include "processing/FormatConvertors.h"
-
+#include "support/CountingAllocator.h"
 #include "support/TestImages.h"
 #include "vx3/processing/ColorConversion.h"
 #include "vx3/processing/ProcessingThreads.h"
 
-#include <opencv2/imgproc.hpp>
-
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
-#include <map>
+#include <string>
 #include <thread>
+#include <vector>
 
-using namespace VX3;
-using namespace VX3::Testing;
-
+namespace VX3::Test {
 namespace {
-
-const Geometry Awkward[] = {{1, 1}, {1, 5}, {7, 3}, {33, 9}, {64, 2, 5}, {101, 17, 3}, {640, 48, 1}};
-
-cv::Mat MatOf(IImage& image, int type) {
-    const ImageInfo& info = *image.GetImageInfo();
-    return cv::Mat(static_cast<int>(info.height), static_cast<int>(info.width), type, image.GetImageBuff(),
-                   info.Stride());
-}
-
-bool Same(const cv::Mat& a, const cv::Mat& b) {
-    return a.size() == b.size() && a.type() == b.type() && cv::norm(a, b, cv::NORM_INF) == 0;
-}
 
 // What each format can do, from the format table's own names: U unpack, R reduce, S split, H histogram, P
 // profile.
 struct Ability {
-    PixelFormatValue format;
-    const char* operations;
+    std::string operations;
     PixelFormatValue unpacked;
     PixelFormatValue reduced;
 };
 
-Ability AbilityOf(PixelFormatValue format) {
-    const std::string name = PixelFormat(format).ToString();
+Ability AbilityOf(const PixelFormat& format) {
+    std::string name = format.ToString();
     const auto has = [&name](const char* text) { return name.find(text) != std::string::npos; };
-    const unsigned int depth = PixelFormat(format).BitDepth();
-    if (format == Mono8)
-        return {format, "HP", InvalidFormat, InvalidFormat};
-    if (format == Mono32f)
-        return {format, "UR", Mono16, Mono8};
-    if (PixelFormat(format).IsPacked())
-        return {format, "UR", depth == 10 ? Mono10 : Mono12, Mono8};
+    if (format.GetFormat() == Mono8)
+        return {"HP", InvalidFormat, InvalidFormat};
+    if (format.GetFormat() == Mono32f)
+        return {"UR", Mono16, Mono8};
+    if (format.IsPacked())
+        return {"UR", format.BitDepth() == 10 ? Mono10 : Mono12, Mono8};
     if (has("MONO"))
-        return {format, "RHP", InvalidFormat, Mono8};
+        return {"RHP", InvalidFormat, Mono8};
     if (has("BAYER"))
-        return {format, "RSH", InvalidFormat, RGB8};
-    if (depth == 8) {
-        const PixelFormatValue other = format == RGB8    ? BGR8
-                                       : format == BGR8  ? RGB8
-                                       : format == RGBa8 ? BGRa8
-                                                         : RGBa8;
-        return {format, "RSHP", InvalidFormat, other};
-    }
-    return {format, "RSHP", InvalidFormat, has("a") ? RGBa8 : has("RGB") ? RGB8 : BGR8};
-}
-
-std::vector<PixelFormatValue> AllFormats() {
-    return {
-#define VX3_NAME(name, ...) name,
-        VX3_PIXEL_FORMAT_TABLE(VX3_NAME)
-#undef VX3_NAME
-    };
+        return {"RSH", InvalidFormat, RGB8};
+    if (format.BitDepth() > 8)
+        return {"RSHP", InvalidFormat, has("a") ? RGBa8 : has("RGB") ? RGB8 : BGR8};
+    std::swap(name[0], name[2]); // red and blue
+    return {"RSHP", InvalidFormat, PixelFormat::FromString(name)};
 }
 
 TEST(Convertors, EveryFormatDoesWhatItCanAndNothingElse) {
-    ASSERT_EQ(AllFormats().size(), 42U);
-    for (const PixelFormatValue format : AllFormats()) {
+    ASSERT_EQ(std::size(AllFormats), 42U);
+    for (const PixelFormatValue format : AllFormats) {
         SCOPED_TRACE(PixelFormat(format).ToString());
         const Ability ability = AbilityOf(format);
-        const std::string can = ability.operations;
-        const auto has = [&can](char operation) { return can.find(operation) != std::string::npos; };
+        const auto has = [&](char operation) {
+            return ability.operations.find(operation) != std::string::npos;
+        };
         const auto image = RandomImage(format, {12, 6, 3});
         EXPECT_EQ(FormatConvertorCreator::Create(format)->Format().GetFormat(), format);
         const auto unpacked = image->Unpack(nullptr);
@@ -88,11 +62,8 @@ TEST(Convertors, EveryFormatDoesWhatItCanAndNothingElse) {
                 continue;
             const ImageInfo& info = *result->GetImageInfo();
             EXPECT_EQ(info.pixelFormat, result == unpacked.get() ? ability.unpacked : ability.reduced);
-            EXPECT_EQ(info.width, 12U);
-            EXPECT_EQ(info.height, 6U);
-            EXPECT_EQ(info.paddingX, 0U);
-            EXPECT_EQ(info.blockId, 77U);
-            EXPECT_EQ(info.timestampLow, 0x23456789U);
+            EXPECT_EQ(std::tuple(info.width, info.height, info.paddingX, info.blockId, info.timestampLow),
+                      std::tuple(12U, 6U, 0U, 77U, 0x23456789U));
         }
         const std::size_t channels = PixelFormat(format).Channels();
         EXPECT_EQ(image->Split(0, nullptr).size(), has('S') ? channels : 0);
@@ -102,59 +73,42 @@ TEST(Convertors, EveryFormatDoesWhatItCanAndNothingElse) {
     }
 }
 
-// How many results each named kernel gives of an image.
 struct NamedKernels : TableConvertor {
-    using Kernel = std::function<std::size_t(const IImage*)>;
-
-    template <class Operation, class... Arguments>
-    static Kernel Of(const Operation& operation, Arguments... arguments) {
-        return [=](const IImage* image) { return operation(image, arguments...).size(); };
-    }
-    static std::multimap<std::string, Kernel> ByLayout() {
-        const std::shared_ptr<IImagePool> pool;
-        const ROIRect* all = nullptr;
-        const ProfileType line = ProfileType::Horizontal;
-        return {{"8C3", Of(Split8C3, pool)},
-                {"16C3", Of(Split16C3, pool)},
-                {"8C4", Of(Split8C4, pool)},
-                {"16C4", Of(Split16C4, pool)},
-                {"8B", Of(Split8Bayer, pool)},
-                {"16B", Of(Split16Bayer, pool)},
-                {"8C1", Of(CreateHistogram8C1, all)},
-                {"16C1", Of(CreateHistogram16C1, all)},
-                {"8C3", Of(CreateHistogram8C3, all)},
-                {"16C3", Of(CreateHistogram16C3, all)},
-                {"8C4", Of(CreateHistogram8C4, all)},
-                {"16C4", Of(CreateHistogram16C4, all)},
-                {"8B", Of(CreateHistogram8Bayer, all)},
-                {"16B", Of(CreateHistogram16Bayer, all)},
-                {"8C1", Of(CreateProfile8C1, line, 0U)},
-                {"16C1", Of(CreateProfile16C1, line, 0U)},
-                {"8C3", Of(CreateProfile8C3, line, 0U)},
-                {"16C3", Of(CreateProfile16C3, line, 0U)},
-                {"8C4", Of(CreateProfile8C4, line, 0U)},
-                {"16C4", Of(CreateProfile16C4, line, 0U)},
-                {"8C1", Of(CreateProfile8C1Mean, line)},
-                {"16C1", Of(CreateProfile16C1Mean, line)},
-                {"8C3", Of(CreateProfile8C3Mean, line)},
-                {"16C3", Of(CreateProfile16C3Mean, line)},
-                {"8C4", Of(CreateProfile8C4Mean, line)},
-                {"16C4", Of(CreateProfile16C4Mean, line)}};
+    // The layouts with the kernels that have them in their names.
+    static std::vector<std::pair<SampleLayout, std::vector<SampleLayout>>> ByName() {
+        return {{Layouts::C1x8,
+                 {CreateHistogram8C1.layout, CreateProfile8C1.layout, CreateProfile8C1Mean.layout}},
+                {Layouts::C1x16,
+                 {CreateHistogram16C1.layout, CreateProfile16C1.layout, CreateProfile16C1Mean.layout}},
+                {Layouts::C3x8,
+                 {Split8C3.layout, CreateHistogram8C3.layout, CreateProfile8C3.layout,
+                  CreateProfile8C3Mean.layout}},
+                {Layouts::C3x16,
+                 {Split16C3.layout, CreateHistogram16C3.layout, CreateProfile16C3.layout,
+                  CreateProfile16C3Mean.layout}},
+                {Layouts::C4x8,
+                 {Split8C4.layout, CreateHistogram8C4.layout, CreateProfile8C4.layout,
+                  CreateProfile8C4Mean.layout}},
+                {Layouts::C4x16,
+                 {Split16C4.layout, CreateHistogram16C4.layout, CreateProfile16C4.layout,
+                  CreateProfile16C4Mean.layout}},
+                {Layouts::Bayer8, {Split8Bayer.layout, CreateHistogram8Bayer.layout}},
+                {Layouts::Bayer16, {Split16Bayer.layout, CreateHistogram16Bayer.layout}}};
     }
 };
 
 TEST(Convertors, KernelsTakeImagesOfTheirLayoutOnly) {
-    for (const PixelFormatValue value : AllFormats()) {
-        const PixelFormat format(value);
-        const bool bayer = format.ToString().find("BAYER") == 0;
-        const std::string layout = format.IsPacked()
-                                       ? ""
-                                       : (format.BitDepth() == 8 ? "8" : "16") +
-                                             (bayer ? "B" : "C" + std::to_string(format.Channels()));
-        const auto image = RandomImage(value, {4, 4});
-        for (const auto& [taken, kernel] : NamedKernels::ByLayout())
-            EXPECT_EQ(kernel(image.get()), taken == layout ? format.Channels() : 0)
-                << format.ToString() << " by " << taken;
+    for (const auto& [layout, kernels] : NamedKernels::ByName()) {
+        for (const SampleLayout& named : kernels)
+            EXPECT_TRUE(named == layout);
+        for (const PixelFormatValue value : AllFormats) {
+            const PixelFormat format(value);
+            const bool bayer = format.ToString().find("BAYER") == 0;
+            EXPECT_EQ(layout.Fits(RandomImage(value, {4, 4}).get()),
+                      !format.IsPacked() && layout.sampleBytes == (format.BitDepth() + 7) / 8 &&
+                          layout.bayer == bayer && layout.channels == (bayer ? 1 : format.Channels()))
+                << format.ToString();
+        }
     }
 }
 
@@ -178,26 +132,32 @@ TEST(Convertors, UnknownFormatsAndForeignImagesGiveNothing) {
     EXPECT_EQ(FormatConvertorCreator::Create(Mono16)->Unpack2Image8(nullptr, 8, nullptr), nullptr);
 }
 
-TEST(Convertors, ReductionShiftsEachDepth) {
-    struct Case {
-        PixelFormatValue format;
-        std::uint16_t sample;
-        std::uint8_t reduced;
-    };
-    for (const Case& c : {Case{Mono10, 1023, 255}, Case{Mono10, 0x0403, 0}, Case{Mono12, 0x0ABC, 0xAB},
-                          Case{Mono14, 0x3FC0, 0xFF}, Case{Mono16, 0x1234, 0x12}}) {
-        const auto image = ImageOf<std::uint16_t>(c.format, {1, 1}, {c.sample});
-        EXPECT_EQ(SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr))[0], c.reduced);
+// Samples of 8 or 16 bits, as the format has them.
+std::unique_ptr<IImage> ImageOfDepth(PixelFormatValue format, const Geometry& geometry,
+                                     const std::vector<std::uint16_t>& samples) {
+    if (PixelFormat(format).BitDepth() == 8)
+        return ImageOf<std::uint8_t>(format, geometry, {samples.begin(), samples.end()});
+    return ImageOf<std::uint16_t>(format, geometry, samples);
+}
+
+// Channel order: kept by three deep channels, red first with four, the other way with those of 8 bits.
+TEST(Convertors, ReductionShiftsEachDepthAndOrdersChannels) {
+    const std::tuple<PixelFormatValue, std::vector<std::uint16_t>, std::vector<std::uint8_t>> cases[] = {
+        {Mono10, {1023, 0x0403}, {255, 0}},
+        {Mono12, {0x0ABC}, {0xAB}},
+        {Mono14, {0x3FC0}, {0xFF}},
+        {Mono16, {0x1234}, {0x12}},
+        {BGR10, {0x100, 0x200, 0x300}, {0x40, 0x80, 0xC0}},
+        {RGBa14, {0x0400, 0x0800, 0x0C00, 0x1000}, {0x10, 0x20, 0x30, 0x40}},
+        {BGRa16, {0x1000, 0x2000, 0x3000, 0x4000}, {0x30, 0x20, 0x10, 0x40}},
+        {RGB8, {1, 2, 3, 4, 5, 6}, {3, 2, 1, 6, 5, 4}},
+        {BGRa8, {1, 2, 3, 4, 5, 6, 7, 8}, {3, 2, 1, 4, 7, 6, 5, 8}}};
+    for (const auto& [format, samples, reduced] : cases) {
+        const unsigned int channels = PixelFormat(format).Channels();
+        const auto lines = static_cast<unsigned int>(samples.size()) / channels;
+        const auto image = ImageOfDepth(format, {1, lines, 6}, samples)->Unpack2Image8(8, nullptr);
+        EXPECT_EQ(SamplesOf<std::uint8_t>(*image, channels), reduced) << PixelFormat(format).ToString();
     }
-    // Channel order: kept by three channels, always red first with four.
-    const auto reduce = [](PixelFormatValue format, const std::vector<std::uint16_t>& samples) {
-        const auto image = ImageOf<std::uint16_t>(format, {1, 1}, samples)->Unpack2Image8(8, nullptr);
-        return SamplesOf<std::uint8_t>(*image, static_cast<unsigned int>(samples.size()));
-    };
-    using Bytes = std::vector<std::uint8_t>;
-    EXPECT_EQ(reduce(BGR10, {0x100, 0x200, 0x300}), (Bytes{0x40, 0x80, 0xC0}));
-    EXPECT_EQ(reduce(RGBa14, {0x0400, 0x0800, 0x0C00, 0x1000}), (Bytes{0x10, 0x20, 0x30, 0x40}));
-    EXPECT_EQ(reduce(BGRa16, {0x1000, 0x2000, 0x3000, 0x4000}), (Bytes{0x30, 0x20, 0x10, 0x40}));
 }
 
 TEST(Convertors, PaddedLinesUnpackFromTheirOwnStart) {
@@ -212,28 +172,16 @@ TEST(Convertors, PaddedLinesUnpackFromTheirOwnStart) {
 }
 
 TEST(Convertors, FloatsAreHeldInRange) {
-    const auto image = ImageOf<float>(Mono32f, {2, 2, 4}, {300.7F, 70000.0F, -3.5F, 65535.0F});
+    const auto image = ImageOf<float>(Mono32f, {2, 2, 4}, {300.7F, 70000.0F, -3.5F, NAN});
     EXPECT_EQ(SamplesOf<std::uint16_t>(*image->Unpack(nullptr)),
-              (std::vector<std::uint16_t>{300, 65535, 0, 65535}));
+              (std::vector<std::uint16_t>{300, 65535, 0, 0}));
     EXPECT_EQ(SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr)),
-              (std::vector<std::uint8_t>{1, 255, 0, 255}));
-}
-
-TEST(Convertors, SwapsAgreeWithOpenCV) {
-    for (const Geometry& geometry : Awkward) {
-        cv::Mat expected;
-        const auto rgb = RandomImage(RGB8, geometry);
-        cv::cvtColor(MatOf(*rgb, CV_8UC3), expected, cv::COLOR_RGB2BGR);
-        EXPECT_TRUE(Same(MatOf(*rgb->Unpack2Image8(8, nullptr), CV_8UC3), expected));
-        const auto bgra = RandomImage(BGRa8, geometry);
-        cv::cvtColor(MatOf(*bgra, CV_8UC4), expected, cv::COLOR_BGRA2RGBA);
-        EXPECT_TRUE(Same(MatOf(*bgra->Unpack2Image8(8, nullptr), CV_8UC4), expected));
-    }
+              (std::vector<std::uint8_t>{1, 255, 0, 0}));
 }
 
 // From the pixels that the format reduces to, channel by channel.
 TEST(ConvertTo, TakesEveryFormatToGreyAndColour) {
-    for (const PixelFormatValue format : AllFormats())
+    for (const PixelFormatValue format : AllFormats)
         for (const PixelFormatValue target : {Mono8, RGB8, BGR8}) {
             SCOPED_TRACE(PixelFormat(format).ToString() + " to " + PixelFormat(target).ToString());
             const auto image = RandomImage(format, {38, 6, 3});
@@ -269,47 +217,37 @@ TEST(ConvertTo, TakesEveryFormatToGreyAndColour) {
     EXPECT_EQ(ConvertTo(*NewImage(RawBlock, {4, 4}), RGB8, nullptr), nullptr);
 }
 
-TEST(Demosaic, PadsLinesAndLeavesTheOddLineAlone) {
-    // Width 5: 15 bytes and 1 of padding. The third line keeps what the pool gave.
+TEST(Demosaic, PadsLines) {
+    // Width 5: 15 bytes and 1 of padding.
     const auto image = RandomImage(BayerGB8, {5, 3});
     const auto result = image->Unpack2Image8(8, nullptr);
     EXPECT_EQ(result->GetImageInfo()->paddingX, 1U);
     EXPECT_EQ(result->GetImageInfo()->Stride() % 4, 0U);
-    const auto single = RandomImage(BayerRG12, {6, 1})->Unpack2Image8(8, nullptr);
-    EXPECT_EQ(single->GetImageInfo()->height, 1U);
+    const auto single = ImageOf<std::uint16_t>(BayerRG12, {2, 1}, {0x120, 0xFFF})->Unpack2Image8(8, nullptr);
+    EXPECT_EQ(SamplesOf<std::uint8_t>(*single, 3), (std::vector<std::uint8_t>{18, 18, 18, 255, 255, 255}));
 
-    const auto cell = ImageOf<std::uint8_t>(BayerRG8, {2, 2}, {10, 20, 30, 40})->Unpack2Image8(8, nullptr);
-    EXPECT_EQ(SamplesOf<std::uint8_t>(*cell, 3),
-              (std::vector<std::uint8_t>{10, 20, 40, 10, 20, 40, 10, 30, 40, 10, 30, 40}));
-    const auto deep = ImageOf<std::uint16_t>(BayerGR12, {2, 2}, {0x100, 0x200, 0x300, 0x400});
-    EXPECT_EQ(
-        SamplesOf<std::uint8_t>(*deep->Unpack2Image8(8, nullptr), 3),
-        (std::vector<std::uint8_t>{0x20, 0x10, 0x30, 0x20, 0x10, 0x30, 0x20, 0x40, 0x30, 0x20, 0x40, 0x30}));
+    const std::tuple<PixelFormatValue, std::vector<std::uint16_t>, std::vector<std::uint8_t>> cells[] = {
+        {BayerRG8, {10, 20, 30, 40}, {10, 20, 40, 10, 20, 40, 10, 30, 40, 10, 30, 40}},
+        {BayerGR12,
+         {0x100, 0x200, 0x300, 0x400},
+         {0x20, 0x10, 0x30, 0x20, 0x10, 0x30, 0x20, 0x40, 0x30, 0x20, 0x40, 0x30}}};
+    for (const auto& [format, samples, colours] : cells)
+        EXPECT_EQ(
+            SamplesOf<std::uint8_t>(*ImageOfDepth(format, {2, 2}, samples)->Unpack2Image8(8, nullptr), 3),
+            colours);
 }
 
 // A flat scene in each pattern must come out as its colour everywhere, whatever the size.
 TEST(Demosaic, FlatColoursStayFlat) {
-    for (const PixelFormatValue format : AllFormats()) {
+    for (const PixelFormatValue format : AllFormats) {
         if (PixelFormat(format).ToString().rfind("BAYER", 0) != 0)
             continue;
-        const unsigned int shift = PixelFormat(format).BitDepth() - 8;
-        auto image = NewImage(format, {38, 6, 4});
-        for (unsigned int y = 0; y < 6; ++y) {
-            for (unsigned int x = 0; x < 38; ++x) {
-                const PixelChannelID id = PixelFormat(format).ChannelID(y % 2 * 2 + x % 2);
-                const unsigned int value = 50U * static_cast<unsigned int>(id);
-                std::uint8_t* line = image->GetImageBuff(static_cast<int>(y));
-                if (shift == 0) {
-                    line[x] = static_cast<std::uint8_t>(value);
-                } else {
-                    const auto sample = static_cast<std::uint16_t>(value << shift);
-                    std::memcpy(line + 2 * x, &sample, 2);
-                }
-            }
+        for (const auto& [width, height] : {std::pair(38U, 6U), {37U, 5U}, {3U, 2U}, {2U, 3U}}) {
+            const auto image = FlatImage(format, {width, height, 4}, {50, 100, 150});
+            const auto rgb = SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr), 3);
+            for (std::size_t i = 0; i < rgb.size(); ++i)
+                ASSERT_EQ(rgb[i], 50 * (i % 3 + 1)) << PixelFormat(format).ToString() << " byte " << i;
         }
-        const auto rgb = SamplesOf<std::uint8_t>(*image->Unpack2Image8(8, nullptr), 3);
-        for (std::size_t i = 0; i < rgb.size(); ++i)
-            ASSERT_EQ(rgb[i], 50 * (i % 3 + 1)) << PixelFormat(format).ToString() << " byte " << i;
     }
 }
 
@@ -323,19 +261,15 @@ TEST(Threads, SharedWorkGivesTheSameResults) {
         SetProcessingThreads(threads);
         EXPECT_EQ(ProcessingThreads(), threads);
         auto samples = SamplesOf<std::uint8_t>(*bayer->Unpack2Image8(8, nullptr), 3);
-        // Neither the last line nor the last column has a cell.
-        samples.resize(std::size_t{1002} * 1501 * 3);
-        for (std::size_t line = 0; line < 1002; ++line)
-            std::memset(samples.data() + (line * 1501 + 1500) * 3, 0, 3);
-        const auto unpacked = SamplesOf<std::uint8_t>(*packed->Unpack(nullptr), 2);
-        samples.insert(samples.end(), unpacked.begin(), unpacked.end());
-        for (const auto& part : rgb->Split(0, nullptr)) {
-            const auto plane = SamplesOf<std::uint8_t>(*part.second);
-            samples.insert(samples.end(), plane.begin(), plane.end());
-        }
+        const auto append = [&samples](const std::vector<std::uint8_t>& more) {
+            samples.insert(samples.end(), more.begin(), more.end());
+        };
+        append(SamplesOf<std::uint8_t>(*packed->Unpack(nullptr), 2));
+        for (const auto& part : rgb->Split(0, nullptr))
+            append(SamplesOf<std::uint8_t>(*part.second));
         const auto means = rgb->CreateProfile(0, ProfileType::Horizontal, 1);
         const auto* bytes = reinterpret_cast<const std::uint8_t*>(means[1].second.FloatData());
-        samples.insert(samples.end(), bytes, bytes + 1501 * sizeof(double));
+        append({bytes, bytes + 1501 * sizeof(double)});
         return samples;
     };
     const auto alone = results(1);
@@ -362,4 +296,55 @@ TEST(Threads, SeveralCallersAndASettingThatChanges) {
     SetProcessingThreads(0);
 }
 
+struct Operation {
+    std::string name;
+    PixelFormatValue format;
+    std::function<bool(const IImage&)> run; // false when the result is empty
+};
+
+std::vector<Operation> Operations() {
+    const auto reduce = [](const IImage& image) { return image.Unpack2Image8(8, nullptr) != nullptr; };
+    const auto unpack = [](const IImage& image) { return image.Unpack(nullptr) != nullptr; };
+    const auto split = [](const IImage& image) { return !image.Split(0, nullptr).empty(); };
+    const auto histogram = [](const IImage& image) { return !image.CreateHistogram(nullptr, 0).empty(); };
+    const auto profile = [](const IImage& image) {
+        return !image.CreateProfile(3, ProfileType::Horizontal, 0).empty() &&
+               !image.CreateProfile(0, ProfileType::Vertical, 1).empty();
+    };
+    const auto map = [](const IImage& image) { return image.Map2RGB8(10, 0, 255, nullptr) != nullptr; };
+    return {{"unpack Mono12p", Mono12p, unpack},
+            {"reduce Mono10p", Mono10p, reduce},
+            {"reduce Mono16", Mono16, reduce},
+            {"demosaic BayerRG8", BayerRG8, reduce},
+            {"demosaic BayerGB12", BayerGB12, reduce},
+            {"swap RGB8", RGB8, reduce},
+            {"split RGB8", RGB8, split},
+            {"split BayerRG12", BayerRG12, split},
+            {"histogram Mono8", Mono8, histogram},
+            {"histogram Mono12", Mono12, histogram},
+            {"histogram RGB8", RGB8, histogram},
+            {"profiles RGB12", RGB12, profile},
+            {"map Mono8", Mono8, map},
+            {"map Mono14", Mono14, map}};
+}
+
+TEST(SteadyState, OnlyHandlesAreAllocated) {
+    constexpr unsigned int WarmUp = 3;
+    constexpr unsigned int Runs = 8;
+    constexpr std::uint64_t MostHandles = 64; // a run
+    for (const Operation& operation : Operations()) {
+        // Every result, a quarter of it for Bayer planes, is large enough for the pool to keep.
+        const auto image = RandomImage(operation.format, {2560, 2048});
+        for (unsigned int i = 0; i < WarmUp; ++i)
+            ASSERT_TRUE(operation.run(*image)) << operation.name;
+        const std::uint64_t before = Allocations();
+        const std::uint64_t largeBefore = LargeAllocations();
+        for (unsigned int i = 0; i < Runs; ++i)
+            (void)operation.run(*image);
+        EXPECT_EQ(LargeAllocations() - largeBefore, 0U) << operation.name;
+        EXPECT_LE(Allocations() - before, Runs * MostHandles) << operation.name;
+    }
+}
+
 } // namespace
+} // namespace VX3::Test

@@ -1,5 +1,6 @@
 #include "support/TempDir.h"
-#include "vx3/core/Status.h"
+#include "support/TestImages.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/processing/SaveLoadImage.h"
 
 #include <csignal>
@@ -20,35 +21,11 @@ extern "C" __attribute__((visibility("default"))) const char* __tsan_default_sup
     return "deadlock:libgdal\n";
 }
 
-namespace VX3 {
+namespace VX3::Test {
 namespace {
 
-constexpr auto Ok = static_cast<unsigned int>(Status::Ok);
-constexpr auto NotFound = static_cast<unsigned int>(Status::NotFound);
-constexpr auto NotAvailable = static_cast<unsigned int>(Status::NotAvailable);
-constexpr auto WrongState = static_cast<unsigned int>(Status::WrongState);
-
-ImageBaseInfo Base(unsigned int width, unsigned int height, PixelFormatValue format,
-                   unsigned int padding = 0) {
-    ImageBaseInfo base;
-    base.width = width;
-    base.height = height;
-    base.format = format;
-    base.paddingX = padding;
-    return base;
-}
-
-// Every byte differs from its neighbours; padding holds 0xEE.
-std::shared_ptr<IImage> Pattern(const ImageBaseInfo& base) {
-    const ImageInfo info = ImageInfoCreator::CreateImageInfo(base);
-    std::shared_ptr<IImage> image = ImageCreator::Create(&info, nullptr, nullptr);
-    const unsigned int used = info.Stride() - info.paddingX;
-    for (unsigned int y = 0; y < info.height; ++y) {
-        unsigned char* line = image->GetImageBuff(static_cast<int>(y));
-        for (unsigned int x = 0; x < info.Stride(); ++x)
-            line[x] = x < used ? static_cast<unsigned char>(7 * x + 13 * y) : 0xEE;
-    }
-    return image;
+std::shared_ptr<IImage> Picture(PixelFormatValue format, const Geometry& geometry) {
+    return RandomImage(format, geometry);
 }
 
 std::vector<unsigned char> BytesOf(const std::string& path) {
@@ -60,35 +37,26 @@ std::vector<unsigned char> PixelsOf(const IImage& image) {
     return {image.GetImageBuff(), image.GetImageBuff() + image.GetImageInfo()->ImageDataSize()};
 }
 
-void ExpectSamePixels(const IImage& a, const IImage& b) {
-    const ImageInfo& info = *a.GetImageInfo();
-    ASSERT_EQ(info.width, b.GetImageInfo()->width);
-    ASSERT_EQ(info.height, b.GetImageInfo()->height);
-    const unsigned int used = info.Stride() - info.paddingX;
-    for (int y = 0; static_cast<unsigned int>(y) < info.height; ++y)
-        ASSERT_EQ(std::memcmp(a.GetImageBuff(y), b.GetImageBuff(y), used), 0) << "line " << y;
-}
-
 class ImageFiles : public ::testing::Test {
 protected:
-    VX3::Test::TempDir dir_;
+    TempDir dir_;
 };
 
 TEST_F(ImageFiles, LosslessPicturesKeepEveryPixel) {
     for (const char* name : {"a.png", "b.BMP", "c.tiff"})
         for (const unsigned int padding : {0U, 5U}) {
-            const auto image = Pattern(Base(33, 7, BGR8, padding));
+            const auto image = Picture(BGR8, {33, 7, padding});
             ASSERT_EQ(SaveLoadImage::Save2File(image, dir_ / name, 1), Ok) << name;
             const auto loaded = SaveLoadImage::LoadFromFile(dir_ / name, nullptr, nullptr);
             ASSERT_NE(loaded, nullptr) << name;
             EXPECT_EQ(loaded->GetImageInfo()->pixelFormat, BGR8);
-            ExpectSamePixels(*image, *loaded);
+            EXPECT_EQ(SamplesOf<std::uint8_t>(*loaded, 3), SamplesOf<std::uint8_t>(*image, 3));
         }
 }
 
 TEST_F(ImageFiles, SixteenBitPicturesKeepTheirDepth) {
     for (const unsigned int padding : {0U, 1U, 2U}) { // an odd row step as well
-        const auto image = Pattern(Base(9, 5, Mono12, padding));
+        const auto image = Picture(Mono12, {9, 5, padding});
         ASSERT_EQ(SaveLoadImage::Save2File(image, dir_ / "deep.png", 0), Ok);
         const cv::Mat mat = cv::imread(dir_ / "deep.png", cv::IMREAD_UNCHANGED);
         ASSERT_EQ(mat.type(), CV_16UC1);
@@ -97,12 +65,44 @@ TEST_F(ImageFiles, SixteenBitPicturesKeepTheirDepth) {
     }
 }
 
-TEST_F(ImageFiles, ColoursAreWrittenAsBgr) {
-    const auto image = Pattern(Base(2, 1, RGB8));
-    ASSERT_EQ(SaveLoadImage::Save2File(image, dir_ / "rgb.png", 0), Ok);
-    const auto loaded = SaveLoadImage::LoadFromFile(dir_ / "rgb.png", nullptr, nullptr);
-    EXPECT_EQ(PixelsOf(*loaded), PixelsOf(*image)); // red and blue exchanged: the bytes are taken as BGR8
-    std::shared_ptr<IImage> bgr = SaveLoadImage::LoadFromFile(dir_ / "rgb.png", nullptr, nullptr);
+// One colour in every format, held against OpenCV's reading of the file: B, G, R (and for grey the
+// luminance).
+TEST_F(ImageFiles, EveryFormatBecomesAPictureOfTheRightColour) {
+    for (std::uint32_t code = 0; code < 2; ++code)
+        for (const PixelFormatValue format :
+             {Mono8, Mono10, Mono12, Mono16, BayerRG8, BayerGR8, BayerBG8, BayerGB8, BayerRG10, BayerGB12,
+              RGB8, BGR8, RGBa8, BGRa8, RGB10, BGR12, RGB16, RGBa10, BGRa16}) {
+            const char* name = code == 0 ? "a.png" : "a.bmp";
+            SCOPED_TRACE(PixelFormat(format).ToString() + " " + name);
+            const PixelFormat pixel(format);
+            const std::shared_ptr<IImage> image =
+                FlatImage(pixel, {7, 5, 2}, {200, 100, 50, 255}); // odd sizes
+            const bool grey = pixel.ToString().rfind("MONO", 0) == 0;
+            ASSERT_EQ(SaveLoadImage::Save2File(image, dir_ / name, 0), Ok) << LastFailure().text;
+            const cv::Mat mat = cv::imread(dir_ / name, cv::IMREAD_UNCHANGED);
+            ASSERT_EQ(std::pair(mat.cols, mat.rows), std::pair(7, 5));
+            std::vector<cv::Mat> planes;
+            cv::split(mat, planes);
+            const bool deep = mat.depth() == CV_16U;
+            EXPECT_EQ(deep, code == 0 && grey && pixel.BitDepth() > 8)
+                << "16 bits where the picture has them";
+            const double expected[] = {50, 100, 200, 255};
+            const double unit = deep ? 1 << (pixel.BitDepth() - 8) : 1;
+            for (std::size_t plane = 0; plane < planes.size(); ++plane) {
+                const double level = (grey ? 200 : expected[plane]) * unit;
+                EXPECT_EQ(
+                    cv::norm(planes[plane], cv::Mat(5, 7, mat.depth(), cv::Scalar(level)), cv::NORM_INF), 0)
+                    << "plane " << plane;
+            }
+        }
+    EXPECT_EQ(SaveLoadImage::Save2File(Picture(RawBlock, {4, 4}), dir_ / "x.PNG", 0), NotAvailable);
+}
+
+TEST_F(ImageFiles, ColoursChangeTheirOrder) {
+    const auto image = Picture(BGR8, {2, 1});
+    ASSERT_EQ(SaveLoadImage::Save2File(image, dir_ / "bgr.png", 0), Ok);
+    std::shared_ptr<IImage> bgr = SaveLoadImage::LoadFromFile(dir_ / "bgr.png", nullptr, nullptr);
+    EXPECT_EQ(PixelsOf(*bgr), PixelsOf(*image));
     std::shared_ptr<IImage> rgb;
     ASSERT_EQ(SaveLoadImage::ConvertBGR2RGB(bgr, rgb), Ok);
     EXPECT_EQ(rgb->GetImageInfo()->pixelFormat, RGB8);
@@ -110,8 +110,8 @@ TEST_F(ImageFiles, ColoursAreWrittenAsBgr) {
     EXPECT_EQ(SaveLoadImage::ConvertBGR2RGB(rgb, bgr), NotFound);
     ASSERT_EQ(SaveLoadImage::ConvertBGR2RGB(bgr, bgr), Ok); // in place
     EXPECT_EQ(PixelsOf(*bgr), PixelsOf(*rgb));
-    const auto bgra = Pattern(Base(3, 2, BGRa8, 1));
-    std::shared_ptr<IImage> rgba = Pattern(Base(64, 64, Mono8, 3));
+    const auto bgra = Picture(BGRa8, {3, 2, 1});
+    std::shared_ptr<IImage> rgba = Picture(Mono8, {64, 64, 3});
     ASSERT_EQ(SaveLoadImage::ConvertBGRA2RGBA(bgra, rgba), Ok);
     EXPECT_EQ(rgba->GetImageInfo()->width, 3U);
     EXPECT_EQ(rgba->GetImageBuff(1)[4], bgra->GetImageBuff(1)[6]);
@@ -119,15 +119,14 @@ TEST_F(ImageFiles, ColoursAreWrittenAsBgr) {
 }
 
 TEST_F(ImageFiles, RawNamesCarryTheDescription) {
-    const auto image = Pattern(Base(6, 4, Mono12));
+    const auto image = Picture(Mono12, {6, 4});
     ASSERT_EQ(SaveLoadImage::Save2File(image, dir_ / "frame.raw", 1), Ok);
     EXPECT_EQ(BytesOf(dir_ / "frame.6_4_MONO12.raw"), PixelsOf(*image));
     const auto loaded = SaveLoadImage::LoadFromFile(dir_ / "frame.6_4_MONO12.raw", nullptr, nullptr);
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(PixelsOf(*loaded), PixelsOf(*image));
 
-    const auto bayer = Pattern(Base(4, 4, BayerRG8, 3));
-    EXPECT_EQ(SaveLoadImage::Save2File(bayer, dir_ / "x.PNG", 0), NotAvailable);
+    const auto bayer = Picture(BayerRG8, {4, 4, 3});
     ASSERT_EQ(SaveLoadImage::Save2File(bayer, dir_ / "x.raw", 1), Ok);
     const auto padded = SaveLoadImage::LoadFromFile(dir_ / "x.4_4_BAYER RG8_P3.raw", nullptr, nullptr);
     ASSERT_NE(padded, nullptr);
@@ -142,7 +141,7 @@ TEST_F(ImageFiles, RawNamesCarryTheDescription) {
 TEST_F(ImageFiles, DotsInDirectoriesSayNothing) {
     std::filesystem::create_directory(dir_ / "v1.png");
     const std::string file = dir_ / "v1.png/frame";
-    const auto image = Pattern(Base(4, 2, Mono8));
+    const auto image = Picture(Mono8, {4, 2});
     ASSERT_EQ(SaveLoadImage::Save2File(image, file, 1), Ok);
     EXPECT_EQ(BytesOf(file), PixelsOf(*image));
 }
@@ -173,9 +172,11 @@ TEST_F(ImageFiles, NameWinsAndBaseFills) {
     EXPECT_EQ(std::memcmp(little->GetImageBuff(), "abcd", 4), 0);
     const auto big = SaveLoadImage::LoadFromFile(write("b.2_1_MONO16_EB.raw"), nullptr, nullptr);
     EXPECT_EQ(std::memcmp(big->GetImageBuff(), "badc", 4), 0);
-    const auto shorter = SaveLoadImage::LoadFromFile(write("s.10_10_MONO8.raw"), nullptr, nullptr);
-    ASSERT_NE(shorter, nullptr);
-    EXPECT_EQ(std::memcmp(shorter->GetImageBuff(), "abcdefghijklmnopqrstuvwxyz", 26), 0);
+    for (const char* shorter : {"s.9_3_MONO8.raw", "s.10_10_MONO8.raw", "s.30000_30000_MONO16.raw"}) {
+        EXPECT_EQ(SaveLoadImage::LoadFromFile(write(shorter), nullptr, nullptr), nullptr)
+            << "the rest would be another image's";
+        EXPECT_NE(LastFailure().text.find("has 26 bytes"), std::string::npos) << LastFailure().text;
+    }
     const auto ring = ImagePoolFactory::CreateRingAImagePool(64, 8, 64, "ring"); // slots without slack
     const auto cut = SaveLoadImage::LoadFromFile(write("c.4_2_MONO8.raw"), nullptr, ring);
     ASSERT_NE(cut, nullptr);
@@ -206,7 +207,7 @@ TEST_F(ImageFiles, MissingAndBrokenFilesLoadAsNothing) {
 }
 
 TEST_F(ImageFiles, UnwritableTargetsHaveAStatus) {
-    const auto image = Pattern(Base(8, 8, Mono8));
+    const auto image = Picture(Mono8, {8, 8});
     EXPECT_EQ(SaveLoadImage::Save2File(nullptr, dir_ / "a.png", 0), NotFound);
     for (const char* name : {"no/such/dir.raw", "no/such/dir.png", ""})
         EXPECT_EQ(SaveLoadImage::Save2File(image, dir_ / name, 0), WrongState) << name;
@@ -215,29 +216,27 @@ TEST_F(ImageFiles, UnwritableTargetsHaveAStatus) {
 }
 
 TEST_F(ImageFiles, AFullDiskLeavesNoTruncatedFile) {
-    const auto image = Pattern(Base(400, 400, Mono8));
+    const auto image = Picture(Mono8, {400, 400});
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
     rlimit tight = before;
     tight.rlim_cur = 1000;
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
-    const unsigned int raw = SaveLoadImage::Save2File(image, dir_ / "a.raw", 0);
-    const unsigned int bmp = SaveLoadImage::Save2File(image, dir_ / "a.bmp", 0);
-    const unsigned int png = SaveLoadImage::Save2File(image, dir_ / "a.png", 0);
+    std::vector<unsigned int> statuses;
+    for (const char* name : {"a.raw", "a.bmp", "a.png"})
+        statuses.push_back(SaveLoadImage::Save2File(image, dir_ / name, 0));
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, oldHandler);
-    EXPECT_EQ(raw, WrongState);
-    EXPECT_EQ(bmp, WrongState);
-    EXPECT_EQ(png, WrongState);
+    EXPECT_EQ(statuses, std::vector<unsigned int>(3, WrongState));
     EXPECT_TRUE(std::filesystem::is_empty(dir_.Path()));
     EXPECT_EQ(SaveLoadImage::Save2File(image, dir_ / "a.raw", 0), Ok);
 }
 
 TEST(Matrices, KnowFourTypes) {
     EXPECT_TRUE(Image2Mat(nullptr).empty());
-    EXPECT_TRUE(Image2Mat(Pattern(Base(4, 4, Mono12p)).get()).empty());
-    const auto image = Pattern(Base(5, 4, BGRa8, 3));
+    EXPECT_TRUE(Image2Mat(Picture(Mono12p, {4, 4}).get()).empty());
+    const auto image = Picture(BGRa8, {5, 4, 3});
     const cv::Mat mat = Image2Mat(image.get());
     EXPECT_EQ(mat.data, image->GetImageBuff());
     EXPECT_EQ(mat.step[0], 23U);
@@ -267,7 +266,8 @@ TEST(ImageBuffers, CopiedWrappedDecodedAdded) {
     std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(1));
     ImageBaseInfo base = Base(3, 2, Mono16, 0);
     base.bigEndian = 1;
-    const auto copied = SaveLoadImage::LoadFromBuffer(bytes.data(), 6, &base, nullptr);
+    EXPECT_EQ(SaveLoadImage::LoadFromBuffer(bytes.data(), 11, &base, nullptr), nullptr) << "one byte short";
+    const auto copied = SaveLoadImage::LoadFromBuffer(bytes.data(), 12, &base, nullptr);
     ASSERT_NE(copied, nullptr);
     EXPECT_EQ(copied->GetImageBuff()[0], 2);
     EXPECT_EQ(SaveLoadImage::LoadFromBuffer(bytes.data(), bytes.size(), nullptr, nullptr),
@@ -299,4 +299,4 @@ TEST(ImageBuffers, CopiedWrappedDecodedAdded) {
 }
 
 } // namespace
-} // namespace VX3
+} // namespace VX3::Test

@@ -1,11 +1,15 @@
-// The virtual transport end to end: manager, interface, camera, features, frames.
+// The virtual transport end to end: manager, interface, camera, features, frames, in order and in any.
+#include "simulated/VirtualInterfaceDev.h"
 #include "simulated/VirtualManager.h"
-
 #include "support/FakeDevice.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <functional>
+#include <random>
 #include <set>
 
 namespace VX3::Test {
@@ -136,6 +140,71 @@ TEST(VirtualTransport, FramesMayOutliveTheTransport) {
     }
     EXPECT_EQ(kept->GetImageInfo()->width, 400U);
     EXPECT_NE(kept->GetImageBuff(399), nullptr);
+}
+
+struct Counters {
+    std::atomic<long> frames{0};
+    std::atomic<long> started{0};
+};
+
+// Now and then the callback itself stops, closes or disconnects.
+ImageCallback Callback(unsigned long random, Counters& counters) {
+    return [random, &counters](std::shared_ptr<IImage> image, IDevice* device, unsigned int, unsigned int,
+                               void*) {
+        ++counters.frames;
+        const auto choice = (random + image->GetImageInfo()->blockId) % 40;
+        IStream* stream = device != nullptr && choice < 2 ? device->GetStream(0) : nullptr;
+        if (stream != nullptr)
+            choice == 0 ? stream->Stop() : stream->Close();
+        else if (device != nullptr && choice == 2)
+            device->DisConnect();
+    };
+}
+
+void TakeSteps(IDevice& camera, unsigned int seed, Counters& counters) {
+    std::mt19937 random(seed);
+    using Action = std::function<void(IStream&)>;
+    const Action open = [](IStream& stream) { stream.Open(2, nullptr); };
+    const Action start = [&](IStream& stream) {
+        counters.started += !Failed(stream.Start(Callback(random(), counters), nullptr, 2, nullptr));
+    };
+    const Action stop = [](IStream& stream) { stream.Stop(); };
+    const Action close = [](IStream& stream) { stream.Close(); };
+    const Action snap = [](IStream& stream) { stream.Snap(5, SnapMode::Default); };
+    const Action* actions[] = {&open, &open, &start, &start, &start, &stop, &close, &snap};
+    for (int step = 0; step < 300; ++step) {
+        IStream* stream = camera.GetStream(0); // the plain pointer, on purpose
+        const auto action = random() % 12;
+        if (action < 2)
+            camera.Connect();
+        else if (action == 2)
+            camera.DisConnect();
+        else if (action == 3) {
+            if (const auto configurer = camera.ShareConfigurer()) {
+                configurer->SetNodeValue("FrameTime", static_cast<unsigned int>(random() % 2));
+                configurer->SetNodeValue("Width", static_cast<unsigned int>(16 + random() % 400));
+            }
+        } else if (stream != nullptr)
+            (*actions[action - 4])(*stream);
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 800)); // frames flow meanwhile
+    }
+}
+
+// Two threads open, start, stop, close, connect, disconnect, snap and set features of one camera in random
+// orders while frames flow. Nothing may deadlock, leak or touch freed memory, whatever the codes say.
+TEST(RandomOrder, TwoThreadsThousandOrdersWhileFramesFlow) {
+    Counters counters;
+    for (unsigned int batch = 0; batch < 20; ++batch) {
+        auto interface = std::make_shared<VirtualInterfaceDev>("virtual");
+        const auto camera = interface->EnumSubDevices(0).front();
+        camera->Connect();
+        ASSERT_NE(camera->ShareConfigurer(), nullptr);
+        camera->ShareConfigurer()->SetNodeValue("FrameTime", 0U);
+        OnThreads(2, [&](unsigned int side) { TakeSteps(*camera, 1000 * batch + side, counters); });
+        interface.reset(); // the camera may be in any state, and outlives its interface
+    }
+    EXPECT_GT(counters.started, 50);
+    EXPECT_GT(counters.frames, 100);
 }
 
 } // namespace

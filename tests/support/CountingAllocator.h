@@ -1,4 +1,5 @@
-// Counts allocations of the whole program: include in exactly one source file of an executable.
+// Counts allocations of the whole program: include in exactly one source file of an executable. The other
+// forms of new and delete call these two.
 #pragma once
 
 #include <atomic>
@@ -6,8 +7,7 @@
 #include <cstdlib>
 #include <new>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 inline std::atomic<std::uint64_t> g_allocations{0};
 inline std::uint64_t Allocations() {
     return g_allocations.load(std::memory_order_relaxed);
@@ -18,8 +18,7 @@ inline std::atomic<std::uint64_t> g_largeAllocations{0};
 inline std::uint64_t LargeAllocations() {
     return g_largeAllocations.load(std::memory_order_relaxed);
 }
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test
 
 __attribute__((noinline)) void* operator new(std::size_t size) {
     VX3::Test::g_allocations.fetch_add(1, std::memory_order_relaxed);
@@ -29,18 +28,9 @@ __attribute__((noinline)) void* operator new(std::size_t size) {
         return memory;
     throw std::bad_alloc();
 }
-__attribute__((noinline)) void* operator new[](std::size_t size) {
-    return ::operator new(size);
-}
 __attribute__((noinline)) void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-__attribute__((noinline)) void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
 __attribute__((noinline)) void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-__attribute__((noinline)) void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }

@@ -123,7 +123,7 @@ public:
     }
     StatusCode WritePort(unsigned long long address, const unsigned char* buffer,
                          unsigned int length) override {
-        if (address > memory.size() || length > memory.size() - address)
+        if (address > memory.size() || length > memory.size() - address || address == failingWrite)
             return Status::NotFound;
         calls.Add("write " + std::to_string(address) + " " + std::to_string(buffer[0]));
         std::memcpy(memory.data() + address, buffer, length);
@@ -148,8 +148,10 @@ public:
     }
     using DeviceAbs::ReportLost;
     using DeviceAbs::SetInitialState;
+    using DeviceAbs::UpdateStreams;
 
     std::vector<unsigned char> memory;
+    unsigned long long failingWrite = ~0ULL;
     std::string url;
     CallLog calls;
     std::atomic<StatusCode> connectStatus{Status::Ok};
@@ -189,7 +191,7 @@ private:
 };
 
 // An interface device whose cameras are those that a test says it can reach.
-class FakeInterface final : public InterfaceDevAbs {
+class FakeInterface : public InterfaceDevAbs {
 public:
     explicit FakeInterface(const char* name = "interface")
         : InterfaceDevAbs(TypeIds::InterfaceDevice + 1, name) {}

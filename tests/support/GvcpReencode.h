@@ -3,8 +3,7 @@
 
 #include "gev/protocol/Gvcp.h"
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 // The size written; 0 for what no camera would take.
 inline std::size_t ReencodeCommand(WireBytes datagram, WireRoom room) {
@@ -42,5 +41,4 @@ inline std::size_t ReencodeCommand(WireBytes datagram, WireRoom room) {
     return 0;
 }
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

@@ -15,8 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 using Datagram = std::vector<std::uint8_t>;
 
@@ -45,6 +44,7 @@ struct LabImage {
     std::uint32_t lost = 0;
     std::uint32_t resent = 0;
     std::uint64_t timeStamp = 0;
+    std::uint32_t width = 0;
     bool intact = false; // every pixel byte is what was sent
 };
 
@@ -153,6 +153,11 @@ public:
         return all;
     }
 
+    // The camera's picture from now on.
+    void Resize(std::uint32_t width, std::uint32_t height) {
+        shape_.width = width;
+        shape_.height = height;
+    }
     GvspParserImageA& Parser() { return *parser_; }
     const LabShape& Shape() const { return shape_; }
     const std::vector<LabImage>& Images() const { return images_; }
@@ -169,8 +174,12 @@ private:
         kept.lost = info.lostPackets;
         kept.resent = info.statusC;
         kept.timeStamp = (std::uint64_t{info.timestampHigh} << 32) + info.timestampLow;
+        kept.width = info.width;
+        LabShape sent = shape_;
+        sent.width = info.width;
+        sent.height = info.height;
         kept.intact = std::memcmp(image.GetImageBuff(), Pixels(static_cast<std::uint32_t>(info.blockId)),
-                                  shape_.FrameBytes()) == 0;
+                                  sent.FrameBytes()) == 0;
         images_.push_back(kept);
     }
 
@@ -183,5 +192,4 @@ private:
     std::unique_ptr<GvspParserImageA> parser_;
 };
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

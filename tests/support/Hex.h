@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -22,5 +21,4 @@ inline Bytes FromHex(std::string text) {
     return bytes;
 }
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

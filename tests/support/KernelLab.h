@@ -2,8 +2,6 @@
 // against guard pages.
 #pragma once
 
-#include "support/GuardedBuffer.h"
-
 #include <hwy/targets.h>
 
 #include <gtest/gtest.h>
@@ -12,10 +10,13 @@
 #include <functional>
 #include <map>
 #include <random>
-#include <utility>
+#include <stdexcept>
 #include <vector>
 
-namespace VX3::Testing {
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace VX3::Test {
 
 inline void ForEachTarget(const std::function<void()>& body) {
     const std::int64_t supported = hwy::SupportedTargets();
@@ -43,14 +44,23 @@ inline void FillRandom(std::uint8_t* data, std::size_t size, unsigned int seed) 
     std::generate(data, data + size, [&random] { return static_cast<std::uint8_t>(random() >> 8); });
 }
 
-// Memory number `index` that ends (or begins) at a guard page; kept, since mapping costs more than the
-// kernels.
+enum class Guard { Behind, Before };
+
+// Memory number `index` with an inaccessible page directly behind its last byte, or before its first: a
+// kernel that leaves its line dies there. Kept, since mapping costs more than the kernels.
 inline std::uint8_t* GuardedMemory(std::size_t index, Guard guard, std::size_t size) {
     constexpr std::size_t Most = std::size_t{1} << 20;
-    static std::map<std::pair<std::size_t, Guard>, GuardedBuffer> kept;
-    GuardedBuffer& buffer = kept.try_emplace({index, guard}, Most, guard).first->second;
+    static std::map<std::size_t, std::uint8_t*> kept;
+    std::uint8_t*& memory = kept[index];
+    if (memory == nullptr) {
+        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        void* mapped = mmap(nullptr, Most + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        memory = static_cast<std::uint8_t*>(mapped) + page;
+        if (mapped == MAP_FAILED || mprotect(memory, Most, PROT_READ | PROT_WRITE) != 0)
+            throw std::runtime_error("no memory with guards");
+    }
     EXPECT_LE(size, Most);
-    return guard == Guard::Behind ? buffer.end() - size : buffer.begin();
+    return guard == Guard::Behind ? memory + Most - size : memory;
 }
 
 // Kernel(source, targets): `targets` buffers of `targetBytes` each.
@@ -99,4 +109,4 @@ void ExpectSameLine(const LineCase& line, const Kernel& kernel, const Reference&
         [&](auto* source, auto* targets) { reference(source, targets[0], arguments...); });
 }
 
-} // namespace VX3::Testing
+} // namespace VX3::Test

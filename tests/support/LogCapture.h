@@ -1,4 +1,4 @@
-// Collects the library's log texts for as long as it lives.
+// Collects the library's log, "Level: text" each, for as long as it lives.
 #pragma once
 
 #include "vx3/core/Logger.h"
@@ -8,15 +8,14 @@
 #include <string>
 #include <vector>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 class LogCapture {
 public:
     LogCapture() {
         VxLoggerRegisterCb([this](ILogItem* item) {
             MutexLock lock(mutex_);
-            texts_.push_back(item->Info());
+            texts_.push_back(item->Level() + ": " + item->Info());
         });
     }
     ~LogCapture() { VxLoggerRegisterCb({}); }
@@ -34,5 +33,4 @@ private:
     std::vector<std::string> texts_ VX3_GUARDED_BY(mutex_);
 };
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

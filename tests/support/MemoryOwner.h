@@ -6,6 +6,7 @@
 #include "genicam/XmlData.h"
 #include "vx3/genicam/IGenIObj.h"
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -27,7 +28,11 @@ public:
     }
     std::int64_t GetXmlUrlAddr() override { return -1; }
     bool IsManifestSupported() override { return false; }
+    bool IsWritable() const override { return writable; }
+    bool IsReachable() const override { return reachable; }
 
+    std::atomic<bool> reachable{true};
+    bool writable = true;
     std::vector<unsigned char> memory = std::vector<unsigned char>(4096);
     StatusCode result = Status::Ok; // a negative code is the answer to every access
     int reads = 0;

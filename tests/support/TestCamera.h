@@ -8,8 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 class TestCamera : public Simulated::Camera {
 public:
@@ -37,5 +36,4 @@ public:
     }
 };
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

@@ -1,16 +1,24 @@
 // Images with known pixels for tests of what is made of them.
 #pragma once
 
+#include "vx3/core/Status.h"
 #include "vx3/image/IImage.h"
 #include "vx3/image/IImagePool.h"
 #include "vx3/image/ImageInfo.h"
 
+#include <array>
 #include <cstring>
 #include <memory>
 #include <random>
 #include <vector>
 
-namespace VX3::Testing {
+namespace VX3::Test {
+
+inline constexpr PixelFormatValue AllFormats[] = {
+#define VX3_NAME(name, ...) name,
+    VX3_PIXEL_FORMAT_TABLE(VX3_NAME)
+#undef VX3_NAME
+};
 
 struct Geometry {
     unsigned int width;
@@ -18,16 +26,32 @@ struct Geometry {
     unsigned int padding = 0;
 };
 
-// Zeroed pixels and padding.
-inline std::unique_ptr<IImage> NewImage(PixelFormatValue format, const Geometry& geometry) {
+constexpr auto Ok = static_cast<unsigned int>(Status::Ok);
+constexpr auto NotFound = static_cast<unsigned int>(Status::NotFound);
+constexpr auto NotAvailable = static_cast<unsigned int>(Status::NotAvailable);
+constexpr auto WrongState = static_cast<unsigned int>(Status::WrongState);
+
+inline ImageBaseInfo Base(unsigned int width, unsigned int height, PixelFormatValue format,
+                          unsigned int padding = 0) {
     ImageBaseInfo base;
-    base.width = geometry.width;
-    base.height = geometry.height;
-    base.paddingX = geometry.padding;
+    base.width = width;
+    base.height = height;
+    base.paddingX = padding;
     base.format = format;
+    return base;
+}
+
+inline ImageInfo Header(unsigned int width, unsigned int height, PixelFormatValue format = Mono8,
+                        unsigned int padding = 0) {
+    ImageBaseInfo base = Base(width, height, format, padding);
     base.blockId = 77;
     base.timestamp = 0x123456789ULL;
-    const ImageInfo info = ImageInfoCreator::CreateImageInfo(base);
+    return ImageInfoCreator::CreateImageInfo(base);
+}
+
+// Zeroed pixels and padding.
+inline std::unique_ptr<IImage> NewImage(PixelFormatValue format, const Geometry& geometry) {
+    const ImageInfo info = Header(geometry.width, geometry.height, format, geometry.padding);
     auto image = ImageCreator::Create(&info, nullptr, nullptr);
     std::memset(image->GetImageBuff(), 0, info.ImageDataSize());
     return image;
@@ -43,6 +67,25 @@ std::unique_ptr<IImage> ImageOf(PixelFormatValue format, const Geometry& geometr
         std::memcpy(image->GetImageBuff(static_cast<int>(y)), samples.data() + y * perLine,
                     perLine * sizeof(T));
     }
+    return image;
+}
+
+// One colour everywhere, of grey formats the first level: red, green, blue, alpha, in 8 bits.
+inline std::unique_ptr<IImage> FlatImage(const PixelFormat& format, const Geometry& geometry,
+                                         const std::array<unsigned int, 4>& levels) {
+    auto image = NewImage(format.GetFormat(), geometry);
+    const bool mosaic = format.ToString().rfind("BAYER", 0) == 0;
+    const unsigned int channels = mosaic ? 1 : format.Channels(), bytes = format.BitDepth() > 8 ? 2 : 1;
+    for (unsigned int y = 0; y < geometry.height; ++y)
+        for (unsigned int i = 0; i < geometry.width * channels; ++i) {
+            const auto id = format.ChannelID(mosaic ? y % 2 * 2 + i % 2 : i % channels);
+            const std::size_t level = id == PixelChannelID::Green   ? 1
+                                      : id == PixelChannelID::Blue  ? 2
+                                      : id == PixelChannelID::Alpha ? 3
+                                                                    : 0;
+            const auto sample = static_cast<std::uint16_t>(levels.at(level) << (format.BitDepth() - 8));
+            std::memcpy(image->GetImageBuff(static_cast<int>(y)) + i * bytes, &sample, bytes);
+        }
     return image;
 }
 
@@ -72,4 +115,4 @@ std::vector<T> SamplesOf(const IImage& image, unsigned int perPixel = 1) {
     return samples;
 }
 
-} // namespace VX3::Testing
+} // namespace VX3::Test

@@ -17,10 +17,10 @@ void OnThreads(unsigned int count, Body body) {
         thread.join();
 }
 
-// True as soon as `condition` holds, at the latest after ten seconds.
+// True as soon as `condition` holds, false when the time is over.
 template <typename Condition>
-bool Eventually(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+bool Eventually(Condition condition, std::chrono::seconds time = std::chrono::seconds(10)) {
+    const auto deadline = std::chrono::steady_clock::now() + time;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline)
             return false;

@@ -9,8 +9,7 @@
 #include <cstring>
 #include <vector>
 
-namespace VX3 {
-namespace Test {
+namespace VX3::Test {
 
 struct Arrival {
     long ms = 0;
@@ -88,5 +87,4 @@ public:
     long endMs = 0;
 };
 
-} // namespace Test
-} // namespace VX3
+} // namespace VX3::Test

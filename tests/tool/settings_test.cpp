@@ -1,9 +1,12 @@
 // Settings as text: selectors, order, and what a person may type.
+#include "base/Console.h"
+#include "base/NearMiss.h"
 #include "base/ToolError.h"
 #include "features/Feature.h"
 #include "features/FeatureLoader.h"
 #include "features/FeatureSaver.h"
 #include "features/FeatureText.h"
+#include "features/FindFeature.h"
 #include "features/ValueParser.h"
 #include "support/MemoryOwner.h"
 
@@ -18,34 +21,22 @@ using namespace VX3::Test;
 namespace {
 
 // Gain has a value for each of three taps; Level may not exceed Limit, which stands behind it in the file.
-const char* const Description = R"(<?xml version="1.0"?>
-<RegisterDescription ModelName="M" VendorName="V" StandardNameSpace="None" SchemaMajorVersion="1"
-  SchemaMinorVersion="1" SchemaSubMinorVersion="0" MajorVersion="1" MinorVersion="0" SubMinorVersion="0"
-  ProductGuid="1" VersionGuid="2" ToolTip="t" xmlns="http://www.genicam.org/GenApi/Version_1_1">
-<Category Name="Root"><pFeature>Tap</pFeature><pFeature>Gain</pFeature><pFeature>Level</pFeature>
+const std::string Description = DescriptionOf(
+    R"(<Category Name="Root"><pFeature>Tap</pFeature><pFeature>Gain</pFeature><pFeature>Level</pFeature>
   <pFeature>Limit</pFeature><pFeature>Label</pFeature><pFeature>Stuck</pFeature></Category>
 <Enumeration Name="Tap"><Streamable>Yes</Streamable><EnumEntry Name="Left"><Value>0</Value></EnumEntry>
   <EnumEntry Name="Middle"><Value>1</Value></EnumEntry><EnumEntry Name="Right"><Value>2</Value></EnumEntry>
   <pValue>TapReg</pValue><pSelected>Gain</pSelected></Enumeration>
-<IntReg Name="TapReg"><Address>0x10</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
-  <Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>
 <Integer Name="Gain"><Streamable>Yes</Streamable><pValue>GainReg</pValue></Integer>
-<IntReg Name="GainReg"><Address>0x20</Address><pIndex Offset="4">TapReg</pIndex><Length>4</Length>
-  <AccessMode>RW</AccessMode><pPort>Device</pPort><Cachable>NoCache</Cachable><Sign>Unsigned</Sign>
-  <Endianess>LittleEndian</Endianess></IntReg>
 <Integer Name="Level"><Streamable>Yes</Streamable><pValue>LevelReg</pValue><Min>0</Min><pMax>Limit</pMax></Integer>
-<IntReg Name="LevelReg"><Address>0x40</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
-  <Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>
-<Integer Name="Limit"><Streamable>Yes</Streamable><pValue>LimitReg</pValue><Min>0</Min><Max>1000</Max></Integer>
-<IntReg Name="LimitReg"><Address>0x44</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
-  <Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>
-<StringReg Name="Label"><Streamable>Yes</Streamable><Address>0x50</Address><Length>16</Length>
-  <AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>
-<IntReg Name="Stuck"><Address>0x900000</Address><Length>4</Length><AccessMode>RW</AccessMode>
-  <pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>
-<Port Name="Device"/>
-</RegisterDescription>
-)";
+<Integer Name="Limit"><Streamable>Yes</Streamable><pValue>LimitReg</pValue><Min>0</Min><Max>1000</Max></Integer>)" +
+    RegisterNode("IntReg", "TapReg", 0x10, 4, "RW", LittleEndian) +
+    RegisterNode("IntReg", "GainReg", 0x20, 4, "RW",
+                 LittleEndian + "<pIndex Offset=\"4\">TapReg</pIndex><Cachable>NoCache</Cachable>") +
+    RegisterNode("IntReg", "LevelReg", 0x40, 4, "RW", LittleEndian) +
+    RegisterNode("IntReg", "LimitReg", 0x44, 4, "RW", LittleEndian) +
+    RegisterNode("StringReg", "Label", 0x50, 16, "RW", Streamable) +
+    RegisterNode("IntReg", "Stuck", 0x900000, 4, "RW", LittleEndian));
 
 struct Tapped {
     std::shared_ptr<MemoryOwner> owner = std::make_shared<MemoryOwner>();
@@ -109,7 +100,68 @@ TEST(Settings, ReportWhatCannotBeSetAndGoOn) {
     EXPECT_EQ(lines, (std::vector<unsigned int>{1, 4, 5, 6, 7, 8}));
     EXPECT_EQ(result.set, 2U);
     EXPECT_EQ(camera.At(0x28), 6);
+    EXPECT_TRUE(result.failures[4].adjusted);
+    EXPECT_FALSE(result.failures[5].adjusted);
     EXPECT_NE(result.failures[4].reason.find("1000 instead of 5000"), std::string::npos);
+}
+
+// Four selectors of 200 values each in front of one feature: 1.6 billion settings.
+TEST(Settings, AreBoundedOverProductsOfSelectors) {
+    std::string nodes = R"(<Category Name="Root"><pFeature>Cell</pFeature></Category>)";
+    for (int i = 0; i < 4; ++i) {
+        const std::string name = "Axis" + std::to_string(i);
+        nodes += "<Integer Name=\"" + name + "\"><pValue>" + name + "Reg</pValue><Min>0</Min><Max>199</Max>" +
+                 "<pSelected>Cell</pSelected></Integer>" +
+                 RegisterNode("IntReg", name + "Reg", 0x10 + 4 * i, 4, "RW", LittleEndian);
+    }
+    nodes += RegisterNode("IntReg", "Cell", 0x40, 4, "RW", Streamable + LittleEndian);
+    const auto owner = std::make_shared<MemoryOwner>();
+    GenApiRI genApi(Xml("axes.xml", DescriptionOf(nodes)), owner, nullptr);
+    owner->memory[0x14] = 7;
+    std::ostringstream text;
+    const FeatureSaver::Result result = FeatureSaver(*genApi.GetNodeMap(), text, false).Save();
+    EXPECT_EQ(text.str(), "Cell[Axis0=0,Axis1=7,Axis2=0,Axis3=0] = 0\n");
+    ASSERT_EQ(result.omitted.size(), 1U);
+    EXPECT_NE(result.omitted.front().find("Axis0, Axis1"), std::string::npos);
+    EXPECT_LT(owner->reads + owner->writes, 100);
+}
+
+TEST(Settings, EndWithinTheirLimitsAndWithTheCamera) {
+    const Tapped camera;
+    std::ostringstream text;
+    const FeatureSaver::Limits three{2, 16384, 3, 1U << 20};
+    const FeatureSaver::Result full = FeatureSaver(*camera.nodes, text, true, {}, three).Save();
+    EXPECT_EQ(full.saved, 3U);
+    EXPECT_EQ(full.omitted.size(), 1U);
+
+    FeatureWatch dead;
+    dead.gone = [](const std::string&) { return true; };
+    camera.owner->result = Status::TimeOut;
+    const int before = camera.owner->reads;
+    const FeatureSaver::Result result = FeatureSaver(*camera.nodes, text, false, dead, {}).Save();
+    EXPECT_TRUE(result.gone);
+    EXPECT_LE(camera.owner->reads - before, 2) << "nobody goes on asking a camera that is gone";
+    std::istringstream lines("Limit = 3\nLabel = \"x\"\n");
+    const FeatureLoader::Result loaded = FeatureLoader(*camera.nodes, dead).Load(ReadLines(lines));
+    ASSERT_EQ(loaded.failures.size(), 2U);
+    EXPECT_TRUE(loaded.gone);
+    EXPECT_EQ(loaded.failures[1].reason, "not tried");
+}
+
+TEST(Settings, SayWhenTheCameraHoldsAnotherValue) {
+    const Tapped camera;
+    using Kind = SetResult::Kind;
+    GenICam::INode& limit = FindFeature(*camera.nodes, "limit"); // in any case
+    EXPECT_EQ(WriteText(limit, "640.0").kind, Kind::Taken);
+    EXPECT_EQ(WriteText(limit, "5000").kind, Kind::Adjusted);
+    EXPECT_EQ(WriteText(limit, "5000").kind, Kind::Adjusted) << "the bound was reached before";
+    EXPECT_EQ(WriteText(FindFeature(*camera.nodes, "Tap"), "right").held, "Right");
+    try {
+        FindFeature(*camera.nodes, "Levle");
+        ADD_FAILURE() << "no such feature";
+    } catch (const ToolError& error) {
+        EXPECT_NE(std::string(error.what()).find("did you mean Level?"), std::string::npos) << error.what();
+    }
 }
 
 TEST(Settings, RefuseLinesThatAreNone) {
@@ -142,4 +194,49 @@ TEST(ValueParser, TakesWhatPeopleType) {
     for (const double value : {0.1, 1000.0, 1.0 / 3.0, 1e300, -2.5, 0.0})
         EXPECT_EQ(ParseFloat(NumberText(value)), value);
     EXPECT_EQ(NumberText(1000.0), "1000");
+}
+
+TEST(ValueParser, ConvertsUnits) {
+    struct Case {
+        const char* text;
+        const char* unit;
+        double value;
+    };
+    for (const Case& c : {Case{"5000", "us", 5000}, Case{"5000us", "us", 5000}, Case{"5 ms", "us", 5000},
+                          Case{"0.3ms", "us", 300}, Case{"1.5kHz", "Hz", 1500}, Case{"8Mbps", "Bps", 1e6},
+                          Case{"3 DB", "dB", 3}, Case{"2min", "s", 120}, Case{"-1e3", "", -1000}})
+        EXPECT_DOUBLE_EQ(ParseFloatIn(c.text, c.unit), c.value) << c.text;
+    for (const auto& [text, unit] : {std::pair{"5ms", "Hz"}, {"5ms", ""}, {"5 apples", "us"}, {"5msx", "us"}})
+        EXPECT_THROW(ParseFloatIn(text, unit), ToolError) << text;
+    EXPECT_EQ(ParseIntegerIn("5ms", "us"), 5000);
+    EXPECT_THROW(ParseIntegerIn("1.5us", "us"), ToolError);
+    EXPECT_THROW(ParseIntegerIn("1e300", ""), ToolError);
+}
+
+TEST(NearMiss, FindsWhatWasMeant) {
+    const std::vector<std::string> names{"ExposureTime", "ExposureAuto", "Width", "WIDTH", "Gain"};
+    EXPECT_EQ(*FindName(names, "Width"), "Width");
+    EXPECT_EQ(*FindName(names, "gain"), "Gain");
+    EXPECT_EQ(FindName(names, "width"), nullptr) << "two differ in case alone";
+    EXPECT_EQ(DidYouMean("exposuretmie", names), "; did you mean ExposureTime?");
+    EXPECT_EQ(DidYouMean("exposure", names), "; did you mean ExposureTime or ExposureAuto?");
+    EXPECT_EQ(DidYouMean("zoom", names), "");
+}
+
+TEST(Console, MasksWhatATerminalWouldObey) {
+    const std::pair<const char*, const char*> texts[] = {{"Gr\xC3\xBC\xC3\x9F", "Gr\xC3\xBC\xC3\x9F"},
+                                                         {"\x1B[31m", "?[31m"},
+                                                         {"\xC2\x9B"
+                                                          "31m",
+                                                          "?31m"}, // C1: CSI
+                                                         {"\x9B"
+                                                          "31m",
+                                                          "?31m"},
+                                                         {"\xE2\x80\xAE"
+                                                          "x",
+                                                          "?x"}, // right to left
+                                                         {"\xC0\x9B\xF4", "???"}};
+    for (const auto& [text, masked] : texts)
+        EXPECT_EQ(Printable(text), masked);
+    EXPECT_EQ(JsonText("\xC2\x9B", -1), "\"\\u009b\"");
 }

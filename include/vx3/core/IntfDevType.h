@@ -19,6 +19,11 @@ enum class IntfDevType : std::uint32_t {
     All = 65535,
 };
 
+// Several families at once.
+constexpr IntfDevType operator|(IntfDevType a, IntfDevType b) {
+    return static_cast<IntfDevType>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));
+}
+
 namespace TypeIds {
 constexpr unsigned int CategoryMask = 0xFF000000U;
 constexpr unsigned int Buffer = 0x03000000U;

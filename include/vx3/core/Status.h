@@ -21,6 +21,9 @@ using StatusCode = std::int32_t;
     X(NotFound, 0x80000004, "not found, index out of range, or invalid argument or address")                 \
     X(NotSupported, 0x80000006, "this object does not support the operation")                                \
     X(NoIpAddress, 0x80000007, "the interface has no IPv4 address")                                          \
+    X(NotConnected, 0x80000008, "not connected")                                                             \
+    X(AlreadyConnected, 0x80000009,                                                                          \
+      "this user is already connected; when a remote user disconnects: was not")                             \
     X(AlreadyStreaming, 0x8000000B, "the stream is already streaming")                                       \
     X(AlreadyOpen, 0x8000000D, "the stream is already open")                                                 \
     X(NotOpen, 0x8000000E, "the stream is not open")                                                         \
@@ -33,7 +36,7 @@ using StatusCode = std::int32_t;
     X(NotAvailable, 0x80000022, "not available")                                                             \
     X(WrongState, 0x80000024, "wrong state for this operation")                                              \
     X(OpenFailed, 0x80000025, "the device node could not be opened")                                         \
-    X(DeviceLost, 0x80000026, "the device is lost")                                                          \
+    X(DeviceLost, 0x80000026, "the device is lost, or its driver failed the request")                        \
     X(Generic, 0xFFFFFFFF, "failed")
 
 namespace Status {

@@ -22,9 +22,11 @@ public:
     virtual std::string FriendlyName() const = 0;
     virtual std::string UserName() const = 0;
     virtual DEVICE_STATE DeviceState() const = 0;
-    // Takes the camera over, fetches its description and builds the configurer. 0 when already connected.
+    // Takes the camera over, fetches its description and builds the configurer. 0 when already connected. A
+    // camera whose description cannot be had is connected all the same: FeaturesFailure says why.
     [[nodiscard]] virtual StatusCode Connect() = 0;
-    // Stops and closes every stream first.
+    // Stops and closes every stream first; streams and configurers of this connection then answer
+    // NotConnected. 0 also for a camera that is lost, which is not asked any more.
     virtual StatusCode DisConnect() = 0;
     virtual bool IsConnected() const = 0;
     virtual bool IsConnectedLocally() const = 0;
@@ -63,6 +65,17 @@ public:
     // operations then say NotOpen or NodeFailed). Empty where the plain ones are null.
     virtual std::shared_ptr<IStream> ShareStream(unsigned int index) = 0;
     virtual std::shared_ptr<IConfigurer> ShareConfigurer() = 0;
+    // Connect with the access of choice. WrongState when connected with another one. Where another client has
+    // exclusive access, a GigE Vision camera may refuse even to be read: Status::FromGvcp(0x8006).
+    [[nodiscard]] virtual StatusCode Connect(DeviceAccess access) = 0;
+    // Of the connection, or of the last one.
+    virtual DeviceAccess Access() const = 0;
+    // Why this connected device offers no features, in words; empty where it does, and where its
+    // kind has none.
+    virtual std::string FeaturesFailure() const = 0;
+    // Ends whatever waits for the camera's answers, on any thread, within 100 ms: it fails with WrongState,
+    // and so does all that follows until DisConnect, which still gives the camera back. From any thread.
+    virtual void Interrupt() = 0;
 
 protected:
     [[nodiscard]] virtual StatusCode AcquisitionStartP(unsigned int streamIndex) = 0;

@@ -9,7 +9,7 @@
 
 namespace VX3 {
 
-// A copy of a stream's counters, in the order of the C interface's record.
+// A copy of a stream's counters; the first six in the order of the C interface's record.
 struct VX3_API Statistics {
     std::uint64_t blocks = 0;           // frames handed on, complete or not
     std::uint64_t lostBlocks = 0;       // frames of which nothing arrived
@@ -17,7 +17,8 @@ struct VX3_API Statistics {
     std::uint64_t missingPackets = 0;   // packets that never came, summed over frames handed on
     std::uint64_t incompleteBlocks = 0; // frames handed on with packets missing
     std::uint64_t reserved = 0;
-    std::uint64_t droppedImages = 0; // dropped because the delivery queue was full
+    std::uint64_t droppedImages = 0;  // dropped because the delivery queue was full
+    std::uint64_t foreignPackets = 0; // datagrams refused because somebody else than the camera sent them
 };
 
 // The live counters: one thread writes each, any thread reads.
@@ -29,19 +30,20 @@ struct LiveStatistics {
     std::atomic<std::uint64_t> incompleteBlocks{0};
     std::atomic<std::uint64_t> reserved{0};
     std::atomic<std::uint64_t> droppedImages{0};
+    std::atomic<std::uint64_t> foreignPackets{0};
 
     static void Add(std::atomic<std::uint64_t>& counter, std::uint64_t n = 1) {
         counter.fetch_add(n, std::memory_order_relaxed);
     }
     Statistics Snapshot() const {
-        constexpr auto relaxed = std::memory_order_relaxed;
-        return {blocks.load(relaxed),         lostBlocks.load(relaxed),       resentPackets.load(relaxed),
-                missingPackets.load(relaxed), incompleteBlocks.load(relaxed), reserved.load(relaxed),
-                droppedImages.load(relaxed)};
+        constexpr auto Relaxed = std::memory_order_relaxed;
+        return {blocks.load(Relaxed),         lostBlocks.load(Relaxed),       resentPackets.load(Relaxed),
+                missingPackets.load(Relaxed), incompleteBlocks.load(Relaxed), reserved.load(Relaxed),
+                droppedImages.load(Relaxed),  foreignPackets.load(Relaxed)};
     }
     void Reset() {
         for (auto* counter : {&blocks, &lostBlocks, &resentPackets, &missingPackets, &incompleteBlocks,
-                              &reserved, &droppedImages})
+                              &reserved, &droppedImages, &foreignPackets})
             counter->store(0, std::memory_order_relaxed);
     }
 };

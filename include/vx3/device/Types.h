@@ -21,7 +21,12 @@ enum class DEVICE_STATE : std::uint32_t {
     Controlled = 4,  // another application holds control
     GenTL = 5,       // set by GenTL devices
     Lost = 6,        // the heartbeat timed out
+    Unknown = 7,     // nobody has asked the camera yet
 };
+
+// How a client connects. Control: the camera is this client's alone until it disconnects. Monitor: registers
+// are read beside whoever controls it; nothing can be written and no stream started.
+enum class DeviceAccess : std::uint32_t { Control = 1, Monitor = 2 };
 
 enum class SUB_DEVICE_EVENT : std::uint32_t { Found = 1, Lost = 2, StateChanged = 3 };
 

@@ -19,6 +19,11 @@ public:
     virtual std::int64_t GetXmlUrlAddr() = 0;
     virtual bool IsManifestSupported() = 0;
     virtual ~IGenIObj() = default;
+    // False while registers may only be read (monitor access): their nodes are then read-only.
+    virtual bool IsWritable() const { return true; }
+    // False once nothing answers any more, because the owner was disconnected or lost: sleeping nodes wake
+    // up.
+    virtual bool IsReachable() const { return true; }
 };
 
 } // namespace VX3

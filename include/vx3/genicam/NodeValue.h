@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace VX3::GenICam {
 
@@ -32,6 +33,12 @@ public:
     // A text literal would otherwise become a boolean.
     NodeValue(const char* value) : NodeValue(std::string(value ? value : "")) {}
     NodeValue(CommandValue value);
+    // Every other integer: 5, -5, a size_t.
+    template <typename T, std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, bool>, int> = 0>
+    NodeValue(T value) : NodeValue(static_cast<long>(value)) {}
+    // A pointer would otherwise become a boolean.
+    template <typename T>
+    NodeValue(const T* pointer) = delete;
     // Copies `size` bytes; copies of the NodeValue share them. Size 0 is an empty buffer.
     NodeValue(const unsigned char* data, unsigned int size);
 

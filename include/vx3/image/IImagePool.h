@@ -32,7 +32,8 @@ public:
     [[nodiscard]] static std::shared_ptr<IImagePool> CreateRecycleImagePool(unsigned long long poolSize,
                                                                             const char* name);
     // poolSize / blockSize equal slots in one arena, handed out in rotation: the newest images overwrite the
-    // oldest. `infoSize` bytes of header and extra information a slot.
+    // oldest. `infoSize` bytes of header and extra information a slot. Empty, and the thread's last
+    // failure NoBuffer, where there is no memory for the arena.
     [[nodiscard]] static std::shared_ptr<IImagePool> CreateRingAImagePool(unsigned long long poolSize,
                                                                           unsigned int blockSize,
                                                                           unsigned int infoSize,

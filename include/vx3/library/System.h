@@ -17,6 +17,9 @@ public:
     static unsigned int SupportedDevTypes();
     // A manager over the families whose bits are set (IntfDevType); constructing it enumerates once.
     [[nodiscard]] static std::unique_ptr<IManager> CreateManager(unsigned int types);
+    [[nodiscard]] static std::unique_ptr<IManager> CreateManager(IntfDevType types) {
+        return CreateManager(static_cast<unsigned int>(types));
+    }
 
     static std::string IntfDevType2String(IntfDevType type);
     static IntfDevType String2IntfDevType(const std::string& text);

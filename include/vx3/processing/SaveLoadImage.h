@@ -26,18 +26,21 @@ VX3_API std::unique_ptr<IImage> Mat2Image(cv::Mat& mat, const ImageBaseInfo& bas
 
 class VX3_API SaveLoadImage {
 public:
-    // Extensions bmp, jpg, png, tiff, jpeg and webp (in any case) are written by OpenCV's codecs, which take
-    // colours as BGR; every other file gets the bare pixel bytes. Mode 1 puts the description into a raw
+    // Extensions bmp, jpg, png, tiff, jpeg and webp (in any case) are pictures, with the right colours
+    // whatever the order of the image's bytes: mosaics become colour, packed samples are unpacked, and what
+    // has more bits than the picture keeps its upper 8 (Mono10 to Mono16 go into png and tiff as they are,
+    // with 16 bits). Every other file gets the bare pixel bytes. Mode 1 puts the description into a raw
     // file's name: frame.raw becomes frame.640_480_MONO12.raw, with "_P16" behind the format for 16 bytes of
-    // line padding. NotFound: no image; NotAvailable: the format has no matrix type or the image no pixels;
-    // WrongState: the file could not be opened or written whole (what was written is removed).
+    // line padding. NotFound: no image; NotAvailable: the format has no picture or the image no pixels;
+    // WrongState: the file could not be opened or written whole (what was written is removed). The thread's
+    // last failure says more, here and below.
     static unsigned int Save2File(const std::shared_ptr<IImage>& image, const std::string& path,
                                   unsigned int mode);
 
     // The text between the last two dots of a file name describes the image; `base` (may be null) fills in
     // what the name does not say. Pictures come as BGR8; raw 16-bit samples that are said to be big-endian
-    // are swapped. A raw file shorter than its image fills only its length. Empty when there is no such file,
-    // no description, or no image of that size.
+    // are swapped. Empty when there is no such file, no description, no image of that size, or
+    // when a raw file is shorter than its image.
     static std::unique_ptr<IImage> LoadFromFile(const std::string& path, const ImageBaseInfo* base,
                                                 std::shared_ptr<IImagePool> pool);
 

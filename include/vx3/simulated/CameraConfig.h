@@ -32,6 +32,7 @@ struct CameraConfig {
     std::uint32_t gvcpCapability = 0x00000006; // packet resend, WRITEMEM
     bool reportsSourcePort = false;            // stream source port register valid
     bool requiresControl = true;               // refuse writes of whoever does not hold the control privilege
+    bool tellsPrimaryApplication = true;       // its registers name the host that holds the control privilege
     bool sendsTestPackets = true;
     std::uint32_t largestTestPacket = 9000; // larger ones are lost on their way
 

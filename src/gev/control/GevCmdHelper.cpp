@@ -100,8 +100,28 @@ void GevCmdHelper::Resume() {
 
 // One transaction -----------------------------------------------------------------------------------------
 
+void GevCmdHelper::LimitTotal(std::uint32_t ms) {
+    totalEnd_ = (Clock::now() + milliseconds(ms)).time_since_epoch().count();
+}
+
+bool GevCmdHelper::TotalIsOver(Clock::time_point now) const {
+    const Clock::rep end = totalEnd_;
+    return end != 0 && now.time_since_epoch().count() >= end;
+}
+
+NET_ENDPOINT GevCmdHelper::LocalEndPoint() const {
+    const auto* port = dynamic_cast<const SocketPort*>(port_.get());
+    return port != nullptr ? port->GetLocalEndPoint() : NET_ENDPOINT{};
+}
+
 Transaction::Limits GevCmdHelper::Limits() const {
-    return {milliseconds(timeoutMs_), Transaction::PendingLimit(milliseconds(pendingTimeoutMs_))};
+    const milliseconds attempt(timeoutMs_);
+    const milliseconds pending = Transaction::PendingLimit(milliseconds(pendingTimeoutMs_));
+    const Clock::time_point end{Clock::duration(totalEnd_.load())};
+    if (end == Clock::time_point())
+        return {attempt, pending};
+    const auto left = std::max(std::chrono::duration_cast<milliseconds>(end - Clock::now()), milliseconds(2));
+    return {std::min(attempt, left / 2), std::min(pending, left)}; // two attempts
 }
 
 // To the transaction's end, or to an error of the port, which is returned.
@@ -116,8 +136,13 @@ StatusCode GevCmdHelper::Drive(Transaction& transaction, Ticket begun) {
             status = port_->SendData(transaction.Command().data, transaction.Command().size);
             if (status == Status::TimeOut)
                 transaction.SendFailed();
+            else if (status == Status::Generic)
+                status =
+                    Status::Ok; // as if it were lost on its way: the link may be back for the next attempt
             break;
         case Transaction::Step::Wait:
+            if (TotalIsOver(now))
+                return Status::TimeOut; // sent, and that is all
             status = port_->RecvData(transaction.Room().data, transaction.Room().size,
                                      SliceMs(transaction.Deadline() - now));
             if (!Failed(status))
@@ -133,6 +158,7 @@ StatusCode GevCmdHelper::Drive(Transaction& transaction, Ticket begun) {
 
 StatusCode GevCmdHelper::Finish(Transaction& transaction, Ticket begun) {
     const StatusCode status = Drive(transaction, begun);
+    transaction.Abandon(); // what the port or the time ended; nothing else changes by it
     if (transaction.IdUsed())
         AdvanceRequestId(requestCounter_);
     return status;

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -21,7 +22,8 @@
 namespace VX3 {
 
 // Results: a count of bytes (0 or more), or a negative code. Status::TimeOut: no answer to two attempts, or
-// none but pending acknowledgements within their limit. Status::FromGvcp(s): the device answered with GigE
+// none but pending acknowledgements within their limit; a send that the system refuses (a cut link) is an
+// attempt without answer too. Status::FromGvcp(s): the device answered with GigE
 // Vision status s. Status::Malformed: the answer has another length or address than asked for.
 // Status::IncompleteWrite: the device wrote less. Status::WrongState: interrupted. Addresses and values are
 // in host order. A transaction allocates nothing. Any answer uses its request id up; silence does not.
@@ -35,6 +37,11 @@ public:
     GevCmdHelper(std::unique_ptr<ICommPort> port, std::uint32_t timeoutMs,
                  std::atomic<std::uint16_t>& requestCounter);
 
+    // Bounds one attempt from now on.
+    void SetTimeout(std::uint32_t ms) { timeoutMs_ = ms; }
+    // What begins from now on is given up `ms` from now, however long single attempts may take: each command
+    // is still sent, and waited for as long as the rest of that time allows.
+    void LimitTotal(std::uint32_t ms);
     // The device's own pending time-out, 0 when unknown. Pending acknowledgements put the end of a
     // transaction off by three times this, but by at least 5 and at most 30 seconds.
     void SetPendingTimeout(std::uint32_t ms) { pendingTimeoutMs_ = ms; }
@@ -79,6 +86,8 @@ public:
     const NET_PARAM& LocalParam() const { return local_; }
     const NET_PARAM& RemoteParam() const { return remote_; }
     std::uint32_t TimeoutMs() const { return timeoutMs_; }
+    // The address and port that commands come from; zeros over a port that is no socket.
+    NET_ENDPOINT LocalEndPoint() const;
     // The next request id: 0 is never used.
     static void AdvanceRequestId(std::atomic<std::uint16_t>& counter);
 
@@ -99,10 +108,12 @@ private:
     StatusCode Drive(Transaction& transaction, Ticket begun);
     StatusCode ReceiveAny(WireRoom room, Ticket begun);
     Transaction::Limits Limits() const;
+    bool TotalIsOver(std::chrono::steady_clock::time_point now) const;
 
     const NET_PARAM local_;
     const NET_PARAM remote_;
-    const std::uint32_t timeoutMs_;
+    std::atomic<std::uint32_t> timeoutMs_;
+    std::atomic<std::chrono::steady_clock::rep> totalEnd_{0}; // 0: no limit
     std::atomic<std::uint32_t> pendingTimeoutMs_{0};
     std::atomic<Ticket> interruptions_{0};
     std::atomic<std::uint16_t>& requestCounter_;

@@ -14,8 +14,9 @@ namespace VX3 {
 class CrossSocket {
 public:
     // Binds to localIp (every address when 0, or when remoteIp is BroadcastIp, so that broadcast answers
-    // arrive) on localPort (chosen by the system when 0), and to the interface that owns localIp where the
-    // system lets us. A failed bind leaves the socket closed: sends and receives then fail.
+    // arrive; what is sent carries localIp all the same) on localPort (chosen by the system when 0), and to
+    // the interface that owns localIp where the system lets us. A failed bind leaves the socket closed: sends
+    // and receives then fail.
     CrossSocket(std::uint32_t remoteIp, std::uint32_t remotePort, std::uint32_t localIp,
                 std::uint32_t localPort);
 
@@ -35,8 +36,11 @@ public:
 
 private:
     void BindToInterfaceOf(std::uint32_t ip);
+    long SendPlain(const void* bytes, std::size_t length, std::uint32_t ip, std::uint32_t port) const;
+    long SendFromLocalIp(const void* bytes, std::size_t length, std::uint32_t ip, std::uint32_t port) const;
 
     UniqueFd fd_;
+    const bool bound_; // to localIp_ itself
     std::uint32_t localIp_;
     std::uint32_t localPort_;
 };

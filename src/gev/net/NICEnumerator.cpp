@@ -6,17 +6,20 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
+#include <cerrno>
 #include <cstring>
+#include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <system_error>
 
 namespace VX3 {
 
 namespace {
 
-constexpr std::array<const char*, 6> reservedNames = {"docker0", "lo", "rndis0", "usb0", "dummy0", "l4tbr0"};
+constexpr std::array<const char*, 6> ReservedNames = {"docker0", "lo", "rndis0", "usb0", "dummy0", "l4tbr0"};
 
 struct HardwareAddress {
     std::uint32_t high = 0;
@@ -33,14 +36,29 @@ ifreq RequestFor(const std::string& name) {
     return request;
 }
 
-bool QueryAddress(const UniqueFd& fd, const std::string& name, unsigned long what, std::uint32_t& address) {
-    ifreq request = RequestFor(name);
-    if (::ioctl(fd.Get(), what, &request) != 0)
-        return false;
-    sockaddr_in answer{};
-    std::memcpy(&answer, &request.ifr_addr, sizeof(answer)); // the mask lies in the same place
-    address = ntohl(answer.sin_addr.s_addr);
-    return true;
+std::uint32_t AddressOf(const sockaddr* socketAddress) {
+    sockaddr_in address{};
+    if (socketAddress == nullptr || socketAddress->sa_family != AF_INET)
+        return 0;
+    std::memcpy(&address, socketAddress, sizeof(address));
+    return ntohl(address.sin_addr.s_addr);
+}
+
+// The kernel names further addresses of old make "eth0:1".
+bool BelongsTo(const char* label, const std::string& name) {
+    return name.compare(0, std::string::npos, label, std::strcspn(label, ":")) == 0;
+}
+
+std::vector<NET_PARAM> AddressesOf(const std::string& name) {
+    std::vector<NET_PARAM> addresses;
+    ifaddrs* table = nullptr;
+    if (::getifaddrs(&table) != 0)
+        return addresses;
+    for (const ifaddrs* entry = table; entry != nullptr; entry = entry->ifa_next)
+        if (const std::uint32_t ip = AddressOf(entry->ifa_addr); ip != 0 && BelongsTo(entry->ifa_name, name))
+            addresses.push_back({ip, AddressOf(entry->ifa_netmask), 0});
+    ::freeifaddrs(table);
+    return addresses;
 }
 
 HardwareAddress QueryHardwareAddress(const UniqueFd& fd, const std::string& name) {
@@ -57,7 +75,7 @@ HardwareAddress QueryHardwareAddress(const UniqueFd& fd, const std::string& name
 } // namespace
 
 bool NICEnumerator::IsReservedIfName(const std::string& name) {
-    return std::any_of(reservedNames.begin(), reservedNames.end(),
+    return std::any_of(ReservedNames.begin(), ReservedNames.end(),
                        [&](const char* reserved) { return name == reserved; });
 }
 
@@ -65,7 +83,8 @@ std::vector<std::string> NICEnumerator::GetAllIfNames() {
     std::vector<std::string> names;
     struct if_nameindex* table = ::if_nameindex();
     if (table == nullptr) {
-        VxLoggerLog(LogLevel::Error, "SDK", "if_nameindex failed!");
+        VxLoggerLog(LogLevel::Error, "SDK", "if_nameindex failed!: %s",
+                    std::system_category().message(errno).c_str());
         return names;
     }
     for (const struct if_nameindex* entry = table; entry->if_index != 0 && entry->if_name != nullptr; ++entry)
@@ -95,10 +114,9 @@ NicParams NICEnumerator::NetParamEx(const std::string& name) {
     const UniqueFd fd = QuerySocket();
     if (!fd)
         return result;
-    NET_PARAM param;
-    (void)QueryAddress(fd, name, SIOCGIFADDR, param.ip);
-    (void)QueryAddress(fd, name, SIOCGIFNETMASK, param.mask);
-    result.params.push_back(param);
+    result.params = AddressesOf(name);
+    if (result.params.empty())
+        result.params.emplace_back();
     const HardwareAddress mac = QueryHardwareAddress(fd, name);
     result.macHigh = mac.high;
     result.macLow = mac.low;
@@ -118,16 +136,30 @@ NicParams NICEnumerator::FindNicParamByAddr(std::uint32_t address) {
 }
 
 std::string NICEnumerator::GetNicNameByIp(std::uint32_t address) {
-    const std::vector<std::string> names = GetAllIfNames();
-    const UniqueFd fd = QuerySocket();
-    if (!fd)
-        return {};
-    for (const std::string& name : names) {
-        std::uint32_t own = 0;
-        if (QueryAddress(fd, name, SIOCGIFADDR, own) && own == address)
+    const auto owns = [address](const NET_PARAM& param) { return param.ip == address; };
+    for (const std::string& name : GetAllIfNames()) {
+        const std::vector<NET_PARAM> addresses = AddressesOf(name);
+        if (std::any_of(addresses.begin(), addresses.end(), owns))
             return name;
     }
     return {};
+}
+
+std::uint32_t NICEnumerator::PathMtu(std::uint32_t from, std::uint32_t to) {
+    const UniqueFd fd = QuerySocket();
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(from);
+    if (!fd || ::bind(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
+        return 0;
+    address.sin_addr.s_addr = htonl(to);
+    address.sin_port = htons(3956); // nothing is sent
+    int mtu = 0;
+    socklen_t length = sizeof(mtu);
+    const bool known =
+        ::connect(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
+        ::getsockopt(fd.Get(), IPPROTO_IP, IP_MTU, &mtu, &length) == 0;
+    return known && mtu > 0 ? static_cast<std::uint32_t>(mtu) : 0;
 }
 
 } // namespace VX3

@@ -18,12 +18,16 @@ public:
     // In the kernel's order.
     static std::vector<std::string> GetAllIfNames();
     static std::vector<NICInfo> EnumerateNICs();
-    // One entry, with ip 0 when the interface has no IPv4 address.
+    // All IPv4 addresses of the interface, the kernel's primary one first; one entry with ip 0 when it has
+    // none.
     static NicParams NetParamEx(const std::string& name);
     // The first listed interface whose subnet holds `address`; empty when none does or address is 0.
     static NicParams FindNicParamByAddr(std::uint32_t address);
     // The first listed interface that owns `address`; empty when none does.
     static std::string GetNicNameByIp(std::uint32_t address);
+    // Largest IP packet, in bytes, that leaves `from` towards `to` in one piece, as far as the kernel knows;
+    // 0 when it does not.
+    static std::uint32_t PathMtu(std::uint32_t from, std::uint32_t to);
 };
 
 } // namespace VX3

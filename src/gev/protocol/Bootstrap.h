@@ -42,6 +42,8 @@ namespace Bootstrap {
     X(PendingTimeout, 0x0958, 4, "pending time-out")                                                         \
     X(GvspConfiguration, 0x0960, 4, "GVSP configuration")                                                    \
     X(ControlChannelPrivilege, 0x0A00, 4, "control channel privilege")                                       \
+    X(PrimaryApplicationPort, 0x0A04, 4, "primary application port")                                         \
+    X(PrimaryApplicationIp, 0x0A14, 4, "primary application IP address")                                     \
     X(StreamPort, 0x0D00, 4, "stream channel port")                                                          \
     X(StreamPacketSize, 0x0D04, 4, "stream channel packet size")                                             \
     X(StreamPacketDelay, 0x0D08, 4, "stream channel packet delay")                                           \
@@ -64,6 +66,7 @@ constexpr std::uint32_t StreamRegister(std::uint32_t channel0Address, std::uint3
 }
 
 // Control channel privilege.
+constexpr std::uint32_t ExclusiveAccess = 1;
 constexpr std::uint32_t ControlAccess = 2;
 constexpr std::uint32_t ReleaseControl = 0;
 // Stream packet size: the low 16 bits are the size.

@@ -5,11 +5,11 @@
 namespace VX3 {
 
 namespace {
-constexpr std::size_t payloadSize = Gvcp::DiscoveryAckSize - Gvcp::HeaderSize;
+constexpr std::size_t PayloadSize = Gvcp::DiscoveryAckSize - Gvcp::HeaderSize;
 }
 
 bool DecodeDiscoveryPayload(WireBytes payload, GevDiscoveryInfo& info) {
-    if (payload.size < payloadSize)
+    if (payload.size < PayloadSize)
         return false;
     WireReader reader(payload);
     GevDiscoveryInfo read;
@@ -32,7 +32,7 @@ bool DecodeDiscoveryPayload(WireBytes payload, GevDiscoveryInfo& info) {
 
 std::size_t EncodeDiscoveryAck(WireRoom room, std::uint16_t ackId, const GevDiscoveryInfo& info) {
     const std::size_t header = Gvcp::EncodeAckHeader(room, {Gvcp::AckStatus::Success, Gvcp::Ack::Discovery,
-                                                            static_cast<std::uint16_t>(payloadSize), ackId});
+                                                            static_cast<std::uint16_t>(PayloadSize), ackId});
     if (header == 0)
         return 0;
     WireWriter writer(room.data + header, room.size - header);

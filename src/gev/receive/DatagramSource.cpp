@@ -21,16 +21,16 @@ void DatagramSource::LimitWait(std::chrono::milliseconds wait) {
 }
 
 std::unique_ptr<DatagramSource> DatagramSource::Create(ReceiveMethod method, int socketFd,
-                                                       std::size_t maxDatagram) {
+                                                       std::size_t maxDatagram, SenderCheck& senders) {
     if (method == ReceiveMethod::Best || method == ReceiveMethod::Gro) {
         if (GroSource::Enable(socketFd))
-            return std::make_unique<GroSource>(socketFd);
+            return std::make_unique<GroSource>(socketFd, senders);
         if (method == ReceiveMethod::Gro)
             return nullptr;
     }
     if (method == ReceiveMethod::RecvFrom)
-        return std::make_unique<RecvFromSource>(socketFd, maxDatagram);
-    return std::make_unique<RecvMmsgSource>(socketFd, maxDatagram);
+        return std::make_unique<RecvFromSource>(socketFd, maxDatagram, senders);
+    return std::make_unique<RecvMmsgSource>(socketFd, maxDatagram, senders);
 }
 
 ReceiveMethod DatagramSource::MethodNamed(const std::string& name) {
@@ -42,6 +42,7 @@ ReceiveMethod DatagramSource::MethodNamed(const std::string& name) {
 }
 
 ReceiveMethod DatagramSource::MethodFromEnvironment() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the library changes the environment
     const char* name = std::getenv("VX3_RECEIVE_METHOD");
     return MethodNamed(name == nullptr ? "" : name);
 }

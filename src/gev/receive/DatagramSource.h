@@ -3,6 +3,7 @@
 // outlive it.
 #pragma once
 
+#include "gev/receive/SenderCheck.h"
 #include "wire/WireCursor.h"
 
 #include <chrono>
@@ -21,7 +22,7 @@ enum class ReceiveMethod {
 
 class DatagramSource {
 public:
-    // Datagrams of one call, in order of arrival; valid until the next call.
+    // Datagrams of one call that came from the camera, in order of arrival; valid until the next call.
     struct Batch {
         const WireBytes* items = nullptr;
         std::size_t count = 0;
@@ -39,9 +40,9 @@ public:
     virtual const char* Name() const = 0;
 
     // Null when the system does not grant `method` (Best always is granted). `maxDatagram`: bytes; longer
-    // datagrams are dropped.
-    static std::unique_ptr<DatagramSource> Create(ReceiveMethod method, int socketFd,
-                                                  std::size_t maxDatagram);
+    // datagrams are dropped. `senders` outlives the source.
+    static std::unique_ptr<DatagramSource> Create(ReceiveMethod method, int socketFd, std::size_t maxDatagram,
+                                                  SenderCheck& senders);
     // "recvfrom", "recvmmsg", "gro"; anything else is Best.
     static ReceiveMethod MethodNamed(const std::string& name);
     // What the environment variable VX3_RECEIVE_METHOD names; Best without it.
@@ -51,12 +52,13 @@ public:
     static constexpr std::chrono::milliseconds LongestWait{20};
 
 protected:
-    explicit DatagramSource(int socketFd) : socketFd_(socketFd) {}
+    DatagramSource(int socketFd, SenderCheck& senders) : socketFd_(socketFd), senders_(senders) {}
     // How long the next blocking receive sleeps. One system call a datagram that way, none to poll; the limit
     // stays on the socket and is changed only when `wait` changes.
     void LimitWait(std::chrono::milliseconds wait);
 
     const int socketFd_;
+    SenderCheck& senders_;
 
 private:
     std::chrono::milliseconds limit_{-1};

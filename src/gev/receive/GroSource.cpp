@@ -14,7 +14,7 @@ namespace VX3 {
 namespace {
 
 // The kernel joins at most this many datagrams; a train of smaller pieces than that allows is cut short.
-constexpr std::size_t maxPerTrain = 1024;
+constexpr std::size_t MaxPerTrain = 1024;
 
 std::size_t SegmentSize(msghdr& header, std::size_t whole) {
     for (cmsghdr* control = CMSG_FIRSTHDR(&header); control != nullptr;
@@ -35,13 +35,15 @@ bool GroSource::Enable(int socketFd) {
     return ::setsockopt(socketFd, IPPROTO_UDP, UDP_GRO, &on, sizeof(on)) == 0;
 }
 
-GroSource::GroSource(int socketFd)
-    : DatagramSource(socketFd), buffer_(Messages * TrainBytes), datagrams_(Messages * maxPerTrain) {
+GroSource::GroSource(int socketFd, SenderCheck& senders)
+    : DatagramSource(socketFd, senders), buffer_(Messages * TrainBytes), datagrams_(Messages * MaxPerTrain) {
     for (std::size_t i = 0; i < Messages; ++i) {
         vectors_[i] = {buffer_.data() + i * TrainBytes, TrainBytes};
         messages_[i].msg_hdr.msg_iov = &vectors_[i];
         messages_[i].msg_hdr.msg_iovlen = 1;
         messages_[i].msg_hdr.msg_control = controls_[i].bytes.data();
+        messages_[i].msg_hdr.msg_name = &from_[i];
+        messages_[i].msg_hdr.msg_namelen = sizeof(from_[i]); // and stays so: every IPv4 address is as long
     }
 }
 
@@ -57,24 +59,25 @@ DatagramSource::Batch GroSource::Receive(WireRoom, std::chrono::milliseconds wai
     const int count = ReceiveTrains();
     batch.waited = true; // or not; a batch is worth a look at the clock
     count_ = 0;
-    for (int i = 0; i < count; ++i)
-        Split(messages_[static_cast<std::size_t>(i)]);
+    for (int i = 0; i < count; ++i) {
+        const auto index = static_cast<std::size_t>(i);
+        Split(messages_[index], from_[index]);
+    }
     batch.drained = count < static_cast<int>(Messages);
     batch.items = datagrams_.data();
     batch.count = count_;
     return batch;
 }
 
-void GroSource::Split(const mmsghdr& message) {
+void GroSource::Split(const mmsghdr& message, const sockaddr_in& sender) {
     msghdr header = message.msg_hdr;
-    if ((header.msg_flags & MSG_TRUNC) != 0)
-        return;
     const auto* data = static_cast<const std::uint8_t*>(header.msg_iov->iov_base);
     const std::size_t length = message.msg_len;
-    const std::size_t segment = SegmentSize(header, length);
-    if (segment == 0)
+    const std::size_t segment = std::max<std::size_t>(SegmentSize(header, length), 1);
+    if (!senders_.Takes(sender, std::max<std::size_t>((length + segment - 1) / segment, 1)) ||
+        (header.msg_flags & MSG_TRUNC) != 0)
         return;
-    for (std::size_t at = 0, n = 0; at < length && n < maxPerTrain; at += segment, ++n)
+    for (std::size_t at = 0, n = 0; at < length && n < MaxPerTrain; at += segment, ++n)
         datagrams_[count_++] = {data + at, std::min(segment, length - at)};
 }
 

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <vector>
 
@@ -19,7 +20,7 @@ public:
     // Asks the socket for trains; false when the system has none.
     static bool Enable(int socketFd);
 
-    GroSource(int socketFd);
+    GroSource(int socketFd, SenderCheck& senders);
 
     Batch Receive(WireRoom room, std::chrono::milliseconds wait) override;
     bool Places() const override { return false; }
@@ -32,11 +33,12 @@ private:
     };
 
     int ReceiveTrains();
-    void Split(const mmsghdr& message);
+    void Split(const mmsghdr& message, const sockaddr_in& sender);
 
     std::vector<std::uint8_t> buffer_; // Messages trains
     std::array<iovec, Messages> vectors_{};
     std::array<Control, Messages> controls_{};
+    std::array<sockaddr_in, Messages> from_{}; // one a train: the kernel joins no two senders
     std::array<mmsghdr, Messages> messages_{};
     std::vector<WireBytes> datagrams_;
     std::size_t count_ = 0;

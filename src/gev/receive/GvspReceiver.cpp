@@ -13,15 +13,15 @@ namespace VX3 {
 
 namespace {
 
-constexpr std::uint32_t commandTimeoutMs = 1000;
-constexpr std::chrono::milliseconds silenceCheck{2};
-constexpr std::size_t smallestReceive = 2048;
+constexpr std::uint32_t CommandTimeoutMs = 1000;
+constexpr std::chrono::milliseconds SilenceCheck{2};
+constexpr std::size_t SmallestReceive = 2048;
 
 // The longest datagram worth receiving.
 std::size_t MaxDatagram(const GevStreamParam& param) {
     if (param.packetSize == 0)
         return GvspParserImageA::MaxDatagram;
-    return std::clamp<std::size_t>(param.packetSize, smallestReceive, GvspParserImageA::MaxDatagram);
+    return std::clamp<std::size_t>(param.packetSize, SmallestReceive, GvspParserImageA::MaxDatagram);
 }
 
 } // namespace
@@ -91,10 +91,12 @@ void GvspReceiver::SetReady(bool ready) {
 void GvspReceiver::ThreadListen(const std::atomic<bool>& running, const GevStreamParam& param,
                                 const std::shared_ptr<IImagePool>& pool, const GvspImageCallback& callback,
                                 unsigned int count) {
+    SenderCheck senders(param.camera.ip, param.name, statistics_);
+    const int socket = socket_.Descriptor();
     std::unique_ptr<DatagramSource> source =
-        DatagramSource::Create(method_, socket_.Descriptor(), MaxDatagram(param));
+        DatagramSource::Create(method_, socket, MaxDatagram(param), senders);
     if (!source) {
-        source = DatagramSource::Create(ReceiveMethod::RecvMmsg, socket_.Descriptor(), MaxDatagram(param));
+        source = DatagramSource::Create(ReceiveMethod::RecvMmsg, socket, MaxDatagram(param), senders);
         VxLoggerLog(LogLevel::Info, "SDK", "%s: the system does not join datagrams, receiving batches",
                     param.name.c_str());
     }
@@ -103,7 +105,7 @@ void GvspReceiver::ThreadListen(const std::atomic<bool>& running, const GevStrea
     options.statistics = &statistics_;
     GvspParserImageA parser(callback, param, pool, count, options);
     requestCounter_ = 1;
-    GevCmdHelper helper(param.host, param.camera, commandTimeoutMs, requestCounter_, gvcpPort_);
+    GevCmdHelper helper(param.host, param.camera, CommandTimeoutMs, requestCounter_, gvcpPort_);
     OpenPath(helper, param);
     SetReady(true);
     ReceiveLoop(running, *source, parser, helper, param.channelIndex);
@@ -134,7 +136,7 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
             (void)parser.HandlePacket(batch.items[i].data, batch.items[i].size, next, now);
         if (batch.drained)
             parser.NoteDrained(now);
-        if (now - checked >= silenceCheck) {
+        if (now - checked >= SilenceCheck) {
             checked = now;
             parser.CheckSilence(next, now);
             AddWantedBlocks(parser);

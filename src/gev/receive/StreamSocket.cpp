@@ -5,16 +5,16 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
-#include <cstring>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <system_error>
 
 namespace VX3 {
 
 namespace {
 
 // What a received datagram takes in the kernel besides its bytes: buffer head and rounding.
-constexpr std::uint64_t datagramOverhead = 832;
+constexpr std::uint64_t DatagramOverhead = 832;
 
 sockaddr_in AddressOf(std::uint32_t ip, std::uint32_t port) {
     sockaddr_in address{};
@@ -45,7 +45,7 @@ StatusCode StreamSocket::Open(std::uint32_t hostIp) {
     if (!fd || ::bind(fd.Get(), reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
         ::getsockname(fd.Get(), reinterpret_cast<sockaddr*>(&address), &length) != 0) {
         VxLoggerLog(LogLevel::Error, "SDK", "cannot bind a stream socket to %s: %s", Ipv4Text(hostIp).c_str(),
-                    std::strerror(errno));
+                    std::system_category().message(errno).c_str());
         return Status::Generic;
     }
     port_ = ntohs(address.sin_port);
@@ -60,7 +60,7 @@ void StreamSocket::WarnIfTooSmall(const GevStreamParam& param) const {
     if (param.bufferSize == 0 || param.packetSize <= 64)
         return;
     const std::uint64_t packets = param.bufferSize / (param.packetSize - 48U) + 3;
-    const std::uint64_t frame = packets * (param.packetSize + datagramOverhead);
+    const std::uint64_t frame = packets * (param.packetSize + DatagramOverhead);
     if (granted_ >= frame)
         return;
     // The kernel grants twice what is asked for, so the limit need be half a frame; recommend two frames.
@@ -73,9 +73,9 @@ void StreamSocket::WarnIfTooSmall(const GevStreamParam& param) const {
 }
 
 void StreamSocket::SendOpening(std::uint32_t ip, std::uint32_t port) const {
-    static constexpr char text[] = "12345678901234567890"; // with its zero byte
+    static constexpr char Text[] = "12345678901234567890"; // with its zero byte
     const sockaddr_in address = AddressOf(ip, port);
-    (void)::sendto(fd_.Get(), text, sizeof(text), MSG_NOSIGNAL | MSG_DONTWAIT,
+    (void)::sendto(fd_.Get(), Text, sizeof(Text), MSG_NOSIGNAL | MSG_DONTWAIT,
                    reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 

@@ -9,7 +9,7 @@ namespace VX3 {
 
 namespace {
 
-constexpr std::int64_t farAhead = 17; // block ids between two in flight that are worth a line in the log
+constexpr std::int64_t FarAhead = 17; // block ids between two in flight that are worth a line in the log
 
 } // namespace
 
@@ -23,7 +23,10 @@ GvspParserInfo* GvspBlockQueue::Open(std::uint32_t blockId, TimePoint now) {
         return nullptr;
     if (!store_.Ring().HasSpare()) {
         if (warnings_.Allow(now))
-            VxLoggerLog(LogLevel::Error, "SDK", "GetParserInfo with bid(%d) error, NO Buff Available!", 0);
+            VxLoggerLog(LogLevel::Error, "SDK",
+                        "GetParserInfo with bid(%d) error, NO Buff Available!: the client holds all images, "
+                        "or there is no memory for more",
+                        0);
         return nullptr;
     }
     GvspParserInfo* info = store_.Open(blockId, order_, geometry_);
@@ -80,10 +83,11 @@ StatusCode GvspBlockQueue::CommitUpTo(const GvspParserInfo& info, TimePoint now)
             return Status::Ok;
         }
         const std::int64_t ahead = order_.Distance(head.blockId, info.blockId);
-        if ((ahead <= 0 || ahead >= farAhead) && warnings_.Allow(now))
+        if ((ahead <= 0 || ahead >= FarAhead) && warnings_.Allow(now))
             VxLoggerLog(LogLevel::Fatal, "SDK",
-                        "Ready to commit block %u whose ID bigger than current %u!!!!", head.blockId,
-                        info.blockId);
+                        "Ready to commit block %u whose ID bigger than current %u!!!!: the camera began its "
+                        "numbers anew, or many blocks were lost",
+                        head.blockId, info.blockId);
         CommitHead(now);
     }
     return Status::WrongState;
@@ -107,9 +111,13 @@ void GvspBlockQueue::CommitHead(TimePoint now) {
         (void)store_.AddSpare(); // tried again when the next block needs it
 }
 
-void GvspBlockQueue::Restart(TimePoint now) {
+void GvspBlockQueue::HandOnAll(TimePoint now) {
     while (InFlight() != 0)
         CommitHead(now);
+}
+
+void GvspBlockQueue::Restart(TimePoint now) {
+    HandOnAll(now);
     resend_.Restart();
     closedSeen_ = resend_.Closed();
     history_.Forget();

@@ -66,6 +66,12 @@ public:
     [[nodiscard]] StatusCode CommitUpTo(const GvspParserInfo& info, TimePoint now);
     // Every block; ids start anew then.
     void Restart(TimePoint now);
+    // Every block: those that follow have another geometry.
+    void HandOnAll(TimePoint now);
+    // Later than every block in flight.
+    bool IsNewest(std::uint32_t blockId) const {
+        return InFlight() == 0 || order_.Distance(store_.Ring().Newest(), blockId) > 0;
+    }
     // Hands on what is complete and drops the rest.
     void Flush(TimePoint now);
 

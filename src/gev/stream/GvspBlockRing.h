@@ -27,8 +27,9 @@ public:
     bool HasSpare() const { return Size() > inFlight_; }
     // In flight, oldest first.
     GvspParserInfo& At(std::size_t index) { return *Slot(index); }
-    // The block in flight that goes next; InFlight must not be 0.
+    // The blocks in flight that go next and last; InFlight must not be 0.
     std::uint32_t Oldest() const { return ring_[head_]->blockId; }
+    std::uint32_t Newest() const { return ring_[(head_ + inFlight_ - 1) % Slots]->blockId; }
     GvspParserInfo* Find(std::uint32_t blockId);
     // Room for one more spare block; the ring must not be full.
     void AddSpare(std::unique_ptr<IImage> image, std::uint32_t bufferId, std::size_t capacity);

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace VX3 {
 
@@ -10,11 +12,11 @@ namespace {
 
 // A leader may claim more than the camera's features promised (a pixel format that we do not know, features
 // that could not be read), but not without bound.
-constexpr std::uint64_t maxUnpromisedBytes = 0x10000000U;
-constexpr std::uint64_t maxRemadeBytes = 0x40000000U; // of all spare blocks together
+constexpr std::uint64_t MaxUnpromisedBytes = 0x10000000U;
+constexpr std::uint64_t MaxRemadeBytes = 0x40000000U; // of all spare blocks together
 
 std::uint64_t MostBytes(std::uint32_t promised) {
-    return promised == 0 ? maxUnpromisedBytes : 8ULL * promised + ImageInfo::SlackBytes;
+    return promised == 0 ? MaxUnpromisedBytes : 8ULL * promised + ImageInfo::SlackBytes;
 }
 
 // Packet slots of a block before its leader is known; the smaller payload of the two header forms.
@@ -27,12 +29,12 @@ std::uint32_t EstimatedPackets(const GevStreamParam& param) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(packets, GvspGeometry::MaxPackets)) + 2;
 }
 
+// Without the time stamp: a block whose own leader is lost has no known one, and 0 says so. An estimate would
+// pass for what the camera measured.
 ImageInfo HeaderFrom(const Gvsp::Leader& leader) {
     ImageInfo header;
     header.fieldInfo = leader.fieldInfo;
     header.imageType = leader.payloadType;
-    header.timestampHigh = static_cast<std::uint32_t>(leader.timeStamp >> 32);
-    header.timestampLow = static_cast<std::uint32_t>(leader.timeStamp);
     header.pixelFormat = leader.pixelFormat;
     header.width = leader.sizeX;
     header.height = leader.sizeY;
@@ -113,8 +115,34 @@ StatusCode GvspBlockStore::Shape(std::uint32_t blockId, const Gvsp::Leader& lead
     if (Failed(status))
         return status;
     blockPackets_ = packets;
+    shape_ = leader;
+    ++shapes_;
     header_ = header;
     return Status::Ok;
+}
+
+bool GvspBlockStore::HasShapeOf(const Gvsp::Leader& leader) const {
+    const auto all = [](const Gvsp::Leader& l) {
+        return std::tie(l.fieldInfo, l.payloadType, l.pixelFormat, l.sizeX, l.sizeY, l.offsetX, l.offsetY,
+                        l.paddingX, l.paddingY);
+    };
+    return all(leader) == all(shape_);
+}
+
+bool GvspBlockStore::Title(GvspParserInfo& info, const Gvsp::Leader& leader) {
+    if (info.shape != shapes_) {
+        // Opened before its leader came. The new header clears what is noted of the packets.
+        const std::vector<std::uint8_t> state(info.state, info.state + header_.extraInfoSize);
+        header_.blockId = info.blockId;
+        if (Failed(static_cast<StatusCode>(info.image->UpdateImageInfo(&header_))))
+            return false;
+        info.state = info.image->GetExtraInfoBuff();
+        std::copy(state.begin(), state.end(), info.state);
+        info.shape = shapes_;
+    }
+    info.image->UpdateImageInfoA(info.blockId, static_cast<std::uint32_t>(leader.timeStamp >> 32),
+                                 static_cast<std::uint32_t>(leader.timeStamp));
+    return true;
 }
 
 StatusCode GvspBlockStore::MakeRoom(std::uint64_t bytes, std::uint32_t packets) {
@@ -122,7 +150,7 @@ StatusCode GvspBlockStore::MakeRoom(std::uint64_t bytes, std::uint32_t packets) 
         return Status::Ok;
     if (bytes > MostBytes(promisedBytes_))
         return Status::NoBuffer;
-    const auto most = static_cast<unsigned int>(std::max<std::uint64_t>(2, maxRemadeBytes / bytes));
+    const auto most = static_cast<unsigned int>(std::max<std::uint64_t>(2, MaxRemadeBytes / bytes));
     const auto count = std::min(static_cast<unsigned int>(ring_.Size()), most);
     blockBytes_ = static_cast<std::uint32_t>(bytes);
     blockPackets_ = packets;
@@ -146,6 +174,7 @@ bool GvspBlockStore::Prepare(GvspParserInfo& info, std::uint32_t blockId, const 
     if (Failed(static_cast<StatusCode>(info.image->UpdateImageInfo(&header_))))
         return false;
     info.blockId = blockId;
+    info.shape = shapes_;
     info.state = info.image->GetExtraInfoBuff();
     info.data = info.image->GetImageBuff();
     if (info.state == nullptr || info.data == nullptr || info.capacity < geometry.payloadBytes)

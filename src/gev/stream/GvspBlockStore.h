@@ -32,17 +32,20 @@ public:
     std::uint32_t BlockBytes() const { return blockBytes_; }
     // A ring pool would overwrite the oldest blocks with the newest.
     bool IsRecycling() const { return pool_->PoolType() == RecyclePoolType; }
-    // Lines of an image, as its leader said.
-    std::uint32_t Lines() const { return header_.height; }
+    // The picture is the one that Shape was told last; block id and time stamp do not count.
+    bool HasShapeOf(const Gvsp::Leader& leader) const;
 
     // One more spare block for good; QueueFull, NoBuffer.
     [[nodiscard]] StatusCode Extend();
     // One spare block to make up for one that went; QueueFull, NoBuffer.
     [[nodiscard]] StatusCode AddSpare();
-    // Makes the header of every later block from the first leader's, and blocks that can hold `bytes` and
-    // what the header's geometry says. Malformed, NoBuffer.
+    // Makes the header of every later block from a leader's, without its time stamp, and blocks that can hold
+    // `bytes` and what the header's geometry says. Malformed, NoBuffer; the header stays as it was then.
     [[nodiscard]] StatusCode Shape(std::uint32_t blockId, const Gvsp::Leader& leader, std::uint32_t packets,
                                    std::uint32_t bytes, bool extended);
+    // A block in flight gets what its own leader says, which is the shape told last; its packets stay. False
+    // when its image refuses that.
+    [[nodiscard]] bool Title(GvspParserInfo& info, const Gvsp::Leader& leader);
     // A spare block becomes that block, no packet received; there must be one. Null when its image refuses.
     GvspParserInfo* Open(std::uint32_t blockId, const GvspBlockOrder& order, const GvspGeometry& geometry);
 
@@ -56,7 +59,9 @@ private:
     const std::uint32_t promisedBytes_; // of a block, by the camera's features; 0: unknown
     const std::shared_ptr<IImagePool> pool_;
     GvspBlockRing ring_;
-    ImageInfo header_;           // what every block's image starts with
+    Gvsp::Leader shape_;         // that header_ was made from
+    std::uint32_t shapes_ = 0;   // so far
+    ImageInfo header_;           // what every block's image starts with; of unknown time, 0
     std::uint32_t blockBytes_;   // payload bytes that every block can hold
     std::uint32_t blockPackets_; // packet slots that a new block's image gets
     std::size_t target_ = 0;

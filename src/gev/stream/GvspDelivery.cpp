@@ -6,15 +6,19 @@
 
 namespace VX3 {
 
-GvspDelivery::GvspDelivery(GvspImageCallback callback, LiveStatistics* statistics)
-    : callback_(std::move(callback)), statistics_(statistics != nullptr ? statistics : &own_) {}
+GvspDelivery::GvspDelivery(GvspImageCallback callback, LiveStatistics* statistics, bool resendSupported)
+    : callback_(std::move(callback)),
+      statistics_(statistics != nullptr ? statistics : &own_),
+      resendSupported_(resendSupported) {}
 
 void GvspDelivery::Finish(const GvspParserInfo& info, std::uint32_t missing, std::size_t inFlight,
                           TimePoint now) {
     info.image->UpdateImageInfoB(info.lines, missing, info.packetsResent);
     if (missing != 0 && info.packetsResent == 0 && warnings_.Allow(now))
-        VxLoggerLog(LogLevel::Error, "SDK", "block 0x%x lost %u packets with %u parse items remained!",
-                    info.blockId, missing, static_cast<unsigned int>(inFlight));
+        VxLoggerLog(LogLevel::Error, "SDK", "block 0x%x lost %u packets with %u parse items remained!: %s",
+                    info.blockId, missing, static_cast<unsigned int>(inFlight),
+                    resendSupported_ ? "there was no time to ask for them again"
+                                     : "this camera cannot resend");
 }
 
 void GvspDelivery::Count(const GvspParserInfo& info, std::uint32_t missing, std::uint64_t lostBlocks) {

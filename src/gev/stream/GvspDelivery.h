@@ -16,8 +16,8 @@ class GvspDelivery {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    // Where to count; null: a record of its own. Must outlive the delivery.
-    GvspDelivery(GvspImageCallback callback, LiveStatistics* statistics);
+    // `statistics`: where to count; null: a record of its own. Must outlive the delivery.
+    GvspDelivery(GvspImageCallback callback, LiveStatistics* statistics, bool resendSupported);
 
     // A block in flight is about to go with `missing` packets lacking; `inFlight` blocks, itself included.
     void Finish(const GvspParserInfo& info, std::uint32_t missing, std::size_t inFlight, TimePoint now);
@@ -30,6 +30,7 @@ private:
     const GvspImageCallback callback_;
     LiveStatistics own_;
     LiveStatistics* const statistics_;
+    const bool resendSupported_;
     LogLimiter warnings_;
 };
 

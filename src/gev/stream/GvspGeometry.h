@@ -1,5 +1,5 @@
-// How a stream's blocks are cut into packets: fixed by the first leader, the same for every later block.
-// A value; pure arithmetic over checked numbers.
+// How a stream's blocks are cut into packets: fixed by the first leader, and by a later one that says
+// otherwise. A value; pure arithmetic over checked numbers.
 #pragma once
 
 #include "gev/protocol/Gvsp.h"
@@ -24,6 +24,10 @@ struct GvspGeometry {
     bool extended = false;
 
     bool IsFixed() const { return packets != 0; }
+    bool operator==(const GvspGeometry& other) const {
+        return payloadBytes == other.payloadBytes && packetData == other.packetData &&
+               packets == other.packets && extended == other.extended; // the rest follows
+    }
     std::uint32_t TrailerId() const { return packets - 1; }
     // Payload packets are 1 .. TrailerId() - 1.
     bool IsPayloadId(std::uint32_t packetId) const { return packetId != 0 && packetId < TrailerId(); }

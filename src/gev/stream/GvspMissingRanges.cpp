@@ -6,9 +6,9 @@ namespace VX3 {
 
 namespace {
 
-constexpr std::uint32_t firstCountdown = 51;  // plus the range's length
-constexpr std::uint32_t laterCountdown = 201; // likewise
-constexpr std::chrono::milliseconds longestBacklog{250};
+constexpr std::uint32_t FirstCountdown = 51;  // plus the range's length
+constexpr std::uint32_t LaterCountdown = 201; // likewise
+constexpr std::chrono::milliseconds LongestBacklog{250};
 
 std::uint32_t CountdownFor(std::uint32_t length, std::uint32_t base) {
     return length > 0xFFFFU ? 0xFFFFU : length + base;
@@ -45,7 +45,7 @@ void GvspMissingRanges::Add(std::uint32_t blockId, std::uint32_t first, std::uin
     item.created = now;
     item.createdAt = packets_;
     item.extended = extended_;
-    item.countdown = CountdownFor(LastOf(item) - first, firstCountdown);
+    item.countdown = CountdownFor(LastOf(item) - first, FirstCountdown);
     if (Count() >= MaxItems)
         GiveUp(item);
     else
@@ -192,7 +192,7 @@ void GvspMissingRanges::CheckWaiting(TimePoint now, bool force) {
         const auto waited = now - item.asked;
         const bool late = item.countdown <= CheckEvery || force || waited >= GvspRoundTrip::LongestRetry;
         const auto delay = roundTrip_.RetryDelay(item.attempts);
-        const bool unanswered = drained_ - item.asked >= delay || waited >= longestBacklog;
+        const bool unanswered = drained_ - item.asked >= delay || waited >= LongestBacklog;
         if (!late || waited < delay || !unanswered) {
             ++i;
             continue;
@@ -201,7 +201,7 @@ void GvspMissingRanges::CheckWaiting(TimePoint now, bool force) {
             GiveUp(item);
         } else {
             item.first = item.next;
-            item.countdown = CountdownFor(LastOf(item) - item.next, laterCountdown);
+            item.countdown = CountdownFor(LastOf(item) - item.next, LaterCountdown);
             item.due = true;
             requests_.push_back(item);
         }

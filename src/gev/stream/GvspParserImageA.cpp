@@ -10,11 +10,11 @@ namespace VX3 {
 
 namespace {
 
-constexpr std::chrono::milliseconds itemWait{2};
-constexpr std::chrono::milliseconds idleWait{300};
+constexpr std::chrono::milliseconds ItemWait{2};
+constexpr std::chrono::milliseconds IdleWait{300};
 // A leader that goes back in block ids after a pause this long, or by this many, starts a new sequence.
-constexpr std::chrono::milliseconds restartPause{250};
-constexpr std::int64_t restartSteps = 64;
+constexpr std::chrono::milliseconds RestartPause{250};
+constexpr std::int64_t RestartSteps = 64;
 
 } // namespace
 
@@ -24,7 +24,7 @@ GvspParserImageA::GvspParserImageA(GvspImageCallback callback, const GevStreamPa
       mayRedirect_(options.redirect),
       resend_(param.resendSupported != 0),
       store_(param, std::move(pool), count),
-      delivery_(std::move(callback), options.statistics),
+      delivery_(std::move(callback), options.statistics, param.resendSupported != 0),
       lifted_(MaxDatagram) {}
 
 StatusCode GvspParserImageA::HandlePacket(const std::uint8_t* data, std::size_t length, WireRoom& next,
@@ -76,7 +76,8 @@ StatusCode GvspParserImageA::Dispatch(GvspPacket& packet, TimePoint now) {
 StatusCode GvspParserImageA::SetPacketState(GvspParserInfo& info, const GvspPacketAddr& addr, TimePoint now) {
     if (addr.packetId >= form_.Geometry().packets) {
         if (warnings_.Allow(now))
-            VxLoggerLog(LogLevel::Warning, "SDK", "SetPacketState runs into error with pakcet:%u.%u!!!",
+            VxLoggerLog(LogLevel::Warning, "SDK",
+                        "SetPacketState runs into error with pakcet:%u.%u!!!: its block has no such packet",
                         addr.blockId, addr.packetId);
         return Status::Malformed;
     }
@@ -107,8 +108,8 @@ StatusCode GvspParserImageA::ProcessLeader(const GvspPacket& packet, TimePoint n
         }
         queue_.Restart(now);
     }
-    if (!form_.IsFixed()) {
-        const StatusCode status = FixGeometry(packet, leader, now);
+    if (!form_.IsFixed() || !store_.HasShapeOf(leader)) {
+        const StatusCode status = AdoptShape(packet, leader, now);
         if (Failed(status))
             return status;
     }
@@ -116,50 +117,76 @@ StatusCode GvspParserImageA::ProcessLeader(const GvspPacket& packet, TimePoint n
     GvspParserInfo* info = queue_.FindOrOpen(addr.blockId, now);
     if (info == nullptr)
         return expected ? Status::WrongState : Status::NoBuffer;
-    if (!info->Has(0))
-        info->image->UpdateImageInfoA(addr.blockId, static_cast<std::uint32_t>(leader.timeStamp >> 32),
-                                      static_cast<std::uint32_t>(leader.timeStamp));
+    if (!info->Has(0) && !store_.Title(*info, leader))
+        return Status::NoBuffer;
     return SetPacketState(*info, addr, now);
 }
 
-StatusCode GvspParserImageA::FixGeometry(const GvspPacket& packet, const Gvsp::Leader& leader,
-                                         TimePoint now) {
+// The first leader says what the stream is like, and so does every later one: a camera may change its picture
+// while it streams.
+StatusCode GvspParserImageA::AdoptShape(const GvspPacket& packet, const Gvsp::Leader& leader, TimePoint now) {
     GvspGeometry geometry;
-    StatusCode status = GvspGeometry::FromLeader(leader, param_.packetSize, packet.header.extended, geometry);
-    if (!Failed(status))
-        status = CreateImage(packet.addr.blockId, leader, geometry.packets, geometry.payloadBytes,
-                             geometry.extended);
+    const StatusCode status = ShapeOf(packet, leader, geometry);
     if (Failed(status)) {
         if (warnings_.Allow(now))
             VxLoggerLog(
                 LogLevel::Warning, "SDK",
-                "leader of block %u refused: payload type %u, %u x %u of format 0x%08X in packets of %u",
+                "leader of block %u refused: payload type %u, %u x %u of format 0x%08X in packets of %u: %s",
                 packet.addr.blockId, leader.payloadType, leader.sizeX, leader.sizeY, leader.pixelFormat,
-                param_.packetSize);
+                param_.packetSize, StatusText(status).c_str());
         return status;
     }
-    if (geometry.payloadBytes == 0)
+    if (geometry == form_.Geometry())
+        return Status::Ok;
+    if (geometry.payloadBytes == 0 && warnings_.Allow(now))
         VxLoggerLog(LogLevel::Warning, "SDK",
                     "%s: payload type 0x%04X carries no image data that can be placed", param_.name.c_str(),
                     leader.payloadType);
+    FixGeometry(packet, geometry, now);
+    return Status::Ok;
+}
+
+StatusCode GvspParserImageA::ShapeOf(const GvspPacket& packet, const Gvsp::Leader& leader,
+                                     GvspGeometry& geometry) {
+    const StatusCode status =
+        GvspGeometry::FromLeader(leader, param_.packetSize, packet.header.extended, geometry);
+    if (Failed(status))
+        return status;
+    // Packets of this block, or of later ones, were placed by the geometry so far.
+    if (form_.IsFixed() && !(geometry == form_.Geometry()) && !queue_.IsNewest(packet.addr.blockId))
+        return Status::WrongState;
+    return CreateImage(packet.addr.blockId, leader, geometry.packets, geometry.payloadBytes,
+                       geometry.extended);
+}
+
+void GvspParserImageA::FixGeometry(const GvspPacket& packet, const GvspGeometry& geometry, TimePoint now) {
+    if (form_.IsFixed()) {
+        if (warnings_.Allow(now))
+            VxLoggerLog(LogLevel::Info, "SDK", "%s: from block %u on a frame has %u bytes, not %u",
+                        param_.name.c_str(), packet.addr.blockId, geometry.payloadBytes,
+                        form_.Geometry().payloadBytes);
+        queue_.HandOnAll(now);
+        resend_.SkipRest(resend_.Expected().blockId);
+    }
     form_.Fix(geometry, packet);
     queue_.SetOrder(GvspBlockOrder(geometry.extended));
     (void)resend_.SetMaxPid(geometry.TrailerId());
     (void)resend_.SetFlagExt(geometry.extended);
-    return Status::Ok;
 }
 
 bool GvspParserImageA::StartsAnew(const GvspPacket& leader, TimePoint now) const {
     if (leader.header.status == Gvcp::AckStatus::PacketResent)
         return false;
-    return now - pace_.Last() >= restartPause ||
-           queue_.History().StepsBack(leader.addr.blockId) > restartSteps;
+    return now - pace_.Last() >= RestartPause ||
+           queue_.History().StepsBack(leader.addr.blockId) > RestartSteps;
 }
 
 void GvspParserImageA::LogJustCommitted(const char* what, std::uint32_t blockId, TimePoint now) {
     if (queue_.History().IsJustCommitted(blockId) && warnings_.Allow(now))
-        VxLoggerLog(LogLevel::Warning, "SDK", "Block %u's %s received which is already committed!", blockId,
-                    what);
+        VxLoggerLog(LogLevel::Warning, "SDK",
+                    "Block %u's %s received which is already committed!: it came too late, the block was "
+                    "handed on without it",
+                    blockId, what);
 }
 
 // Payload -------------------------------------------------------------------------------------------------
@@ -222,7 +249,7 @@ StatusCode GvspParserImageA::ProcessTrailer(GvspPacket& packet, TimePoint now) {
         return Status::NoBuffer;
     form_.FixTrailer(packet);
     // Some cameras leave the line count 0: then it says nothing.
-    info->lines = trailer.sizeY != 0 ? trailer.sizeY : store_.Lines();
+    info->lines = trailer.sizeY != 0 ? trailer.sizeY : info->image->GetImageInfo()->height;
     const std::uint32_t trailerId = form_.Geometry().TrailerId();
     packet.endsBlock = packet.addr.packetId != trailerId;
     // A block may end early. Its trailer counts as the trailer wherever it comes: never as data.
@@ -286,8 +313,8 @@ void GvspParserImageA::CheckSilence(WireRoom& next, TimePoint now) {
 
 std::chrono::milliseconds GvspParserImageA::MaxWait() const {
     if (resend_.HasItems())
-        return itemWait;
-    return queue_.InFlight() != 0 ? GvspPace::Quiet : idleWait;
+        return ItemWait;
+    return queue_.InFlight() != 0 ? GvspPace::Quiet : IdleWait;
 }
 
 StatusCode GvspParserImageA::CommitBlock(GvspParserInfo& info) {

@@ -75,7 +75,9 @@ private:
     StatusCode ProcessPayLoad(const GvspPacket& packet, TimePoint now);
     StatusCode ProcessTrailer(GvspPacket& packet, TimePoint now);
     StatusCode ProcessError(const GvspPacket& packet, TimePoint now);
-    StatusCode FixGeometry(const GvspPacket& packet, const Gvsp::Leader& leader, TimePoint now);
+    StatusCode AdoptShape(const GvspPacket& packet, const Gvsp::Leader& leader, TimePoint now);
+    StatusCode ShapeOf(const GvspPacket& packet, const Gvsp::Leader& leader, GvspGeometry& geometry);
+    void FixGeometry(const GvspPacket& packet, const GvspGeometry& geometry, TimePoint now);
     StatusCode SetPacketState(GvspParserInfo& info, const GvspPacketAddr& addr, TimePoint now);
     void KeepEarly(const GvspPacket& packet, TimePoint now);
     void ReplayEarly(TimePoint now);

@@ -19,6 +19,7 @@ struct GvspParserInfo {
     std::uint32_t packetsReceived = 0;
     std::uint32_t packetsResent = 0; // asked for again
     std::uint32_t lines = 0;         // from the trailer
+    std::uint32_t shape = 0;         // of the store, which its image has
     std::uint32_t bufferId = 0;
     std::uint8_t* state = nullptr; // one byte a packet, in the image's extra information
     std::uint8_t* data = nullptr;  // first pixel byte

@@ -1,4 +1,4 @@
-// What the first leader and the first trailer of a stream settled, and which later packets fit that: header
+// What the leaders and the first trailer of a stream settled, and which later packets fit that: header
 // form, geometry, lengths of datagrams. Knows no blocks. Owned by the parser; its thread only.
 #pragma once
 

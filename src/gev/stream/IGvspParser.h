@@ -36,7 +36,7 @@ public:
     // A packet-resend request that is due; false when there is none.
     [[nodiscard]] virtual bool GetResendInfo(GvspResendInfo& info, TimePoint now) = 0;
     virtual ~IGvspParser() = default;
-    // Makes the header that every block of the stream gets, and blocks that can hold it. NoBuffer when it
+    // Makes the header that every later block gets, and blocks that can hold it. NoBuffer when it
     // asks for more than the stream may take.
     [[nodiscard]] virtual StatusCode CreateImage(std::uint32_t blockId, const Gvsp::Leader& leader,
                                                  std::uint32_t packets, std::uint32_t bytes,

@@ -66,11 +66,11 @@ zip_int64_t FindOnly(zip_t* archive, std::string_view extension, std::string& fa
 
 // The size in the directory is a claim: the bytes grow with what really comes out, up to the limit.
 void ReadAll(zip_file_t* entry, std::size_t limit, ZipContent& content) {
-    constexpr std::size_t step = 256 * 1024;
+    constexpr std::size_t Step = 256 * 1024;
     for (;;) {
         const std::size_t used = content.bytes.size();
-        content.bytes.resize(used + step);
-        const zip_int64_t got = zip_fread(entry, &content.bytes[used], step);
+        content.bytes.resize(used + Step);
+        const zip_int64_t got = zip_fread(entry, &content.bytes[used], Step);
         content.bytes.resize(used + static_cast<std::size_t>(std::max<zip_int64_t>(got, 0)));
         if (got < 0)
             content.failure = std::string("zip archive is damaged: ") + zip_file_strerror(entry);
@@ -79,6 +79,14 @@ void ReadAll(zip_file_t* entry, std::size_t limit, ZipContent& content) {
         if (got <= 0 || !content.failure.empty())
             return;
     }
+}
+
+// Whoever lies about the size of what came out may have put something else in its place.
+void CheckSize(zip_t* archive, zip_uint64_t index, ZipContent& content) {
+    zip_stat_t claims;
+    if (zip_stat_index(archive, index, 0, &claims) != 0 || (claims.valid & ZIP_STAT_SIZE) == 0 ||
+        claims.size != content.bytes.size())
+        content.failure = "zip archive is damaged: its directory gives the file another size than it has";
 }
 
 } // namespace
@@ -102,6 +110,8 @@ ZipContent UnzipOnly(std::string_view bytes, std::string_view extension, const Z
         ReadAll(entry.get(), limits.content, content);
     else
         content.failure = std::string("zip archive cannot be read: ") + zip_strerror(archive.get());
+    if (content.failure.empty())
+        CheckSize(archive.get(), static_cast<zip_uint64_t>(index), content);
     if (!content.failure.empty())
         std::string().swap(content.bytes);
     return content;

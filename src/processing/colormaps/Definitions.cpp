@@ -126,10 +126,10 @@ std::vector<Definition> Definitions() {
         {"gnuplot2", {Slope(1 / 0.32, -0.78125), Slope(2, -0.84), Gnuplot2Blue}},
         Hot(),
         Jet(),
-        Listed("magma", Listed_magma),
+        Listed("magma", ListedMagma),
         NipySpectral(),
-        Listed("plasma", Listed_plasma),
-        Listed("viridis", Listed_viridis),
+        Listed("plasma", ListedPlasma),
+        Listed("viridis", ListedViridis),
     };
 }
 

@@ -151,33 +151,52 @@ CellOrder OrderOf(Mosaic mosaic) {
     return {2, 1};
 }
 
+// The cell's samples, its left and right column possibly from elsewhere, as the colours of both its rows'
+// pixels.
+template <class T>
+class Cell {
+public:
+    Cell(Mosaic mosaic, const LinePair& lines, unsigned int shift)
+        : order_(OrderOf(mosaic)), lines_(lines), shift_(shift) {}
+
+    // Writes the pixels at column `x` of both lines.
+    void Write(std::size_t x, std::size_t leftX, std::size_t rightX) const {
+        const unsigned int green[2] = {order_.red < 2 ? 1 - order_.red : 1 - order_.blue,
+                                       order_.red < 2 ? 5 - order_.blue : 5 - order_.red};
+        std::uint8_t* const targets[2] = {lines_.target0, lines_.target1};
+        for (std::size_t row = 0; row < 2; ++row) {
+            std::uint8_t* pixel = targets[row] + 3 * x;
+            pixel[0] = At(order_.red, leftX, rightX);
+            pixel[1] = At(green[row], leftX, rightX);
+            pixel[2] = At(order_.blue, leftX, rightX);
+        }
+    }
+
+private:
+    std::uint8_t At(unsigned int position, std::size_t leftX, std::size_t rightX) const {
+        const std::uint8_t* line = position < 2 ? lines_.source0 : lines_.source1;
+        return static_cast<std::uint8_t>(Sample<T>(line, position % 2 == 0 ? leftX : rightX) >> shift_);
+    }
+
+    CellOrder order_;
+    const LinePair& lines_;
+    unsigned int shift_;
+};
+
 // Finishes the cells from column `from` on.
 template <class T>
 void ScalarPair(Mosaic mosaic, const LinePair& lines, std::size_t width, unsigned int shift,
                 std::size_t from) {
-    const CellOrder order = OrderOf(mosaic);
-    const std::uint8_t* const sources[2] = {lines.source0, lines.source1};
-    std::uint8_t* const targets[2] = {lines.target0, lines.target1};
+    const Cell<T> cell(mosaic, lines, shift);
     const std::size_t cells = width & ~std::size_t{1};
     for (std::size_t x = from; x < cells; x += 2) {
+        // Samples of the left column come from the next cell for right pixels.
         const bool last = x + 2 >= cells;
-        for (std::size_t column = 0; column < 2; ++column) {
-            // Samples of the left column come from the next cell for right pixels.
-            const std::size_t leftX = column == 1 && !last ? x + 2 : x;
-            const auto sample = [&](unsigned int position) {
-                const std::size_t at = position % 2 == 0 ? leftX : x + 1;
-                return static_cast<std::uint8_t>(Sample<T>(sources[position / 2], at) >> shift);
-            };
-            const unsigned int green[2] = {order.red < 2 ? 1 - order.red : 1 - order.blue,
-                                           order.red < 2 ? 5 - order.blue : 5 - order.red};
-            for (std::size_t row = 0; row < 2; ++row) {
-                std::uint8_t* pixel = targets[row] + 3 * (x + column);
-                pixel[0] = sample(order.red);
-                pixel[1] = sample(green[row]);
-                pixel[2] = sample(order.blue);
-            }
-        }
+        cell.Write(x, x, x + 1);
+        cell.Write(x + 1, last ? x : x + 2, x + 1);
     }
+    if (width % 2 != 0) // the right column of its cell is the one before
+        cell.Write(width - 1, width - 1, width > 1 ? width - 2 : 0);
 }
 
 } // namespace

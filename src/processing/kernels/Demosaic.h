@@ -11,7 +11,7 @@ enum class Mosaic { RG, GR, BG, GB };
 
 // Two source lines give two lines of packed 8-bit R, G, B. Every pixel has the green of its own row. The left
 // pixels of a cell take red and blue from the cell; the right ones take the samples of the left column from
-// the next cell, where there is one. An odd last column has no cell and its pixels are not written.
+// the next cell, where there is one. An odd last column makes a cell with the column before it.
 struct LinePair {
     const std::uint8_t* source0;
     const std::uint8_t* source1;

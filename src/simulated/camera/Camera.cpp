@@ -30,7 +30,7 @@ public:
         : config_(std::move(given)),
           chooseIp_(config_.ip == 0),
           streams(registers, config_),
-          target_(registers, streams),
+          target_(registers, streams, config_.tellsPrimaryApplication),
           server(target_, config_.requiresControl, config_.rememberedCommands) {
         Reset();
     }

@@ -33,8 +33,12 @@ std::uint16_t CameraTarget::Write(std::uint64_t address, WireBytes bytes) {
     return AckStatus::Success;
 }
 
-void CameraTarget::ControlChanged(std::uint32_t privilege) {
+void CameraTarget::ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) {
     (void)registers_.SetValue(Bootstrap::ControlChannelPrivilege, privilege);
+    if (tellsPrimary_) {
+        (void)registers_.SetValue(Bootstrap::PrimaryApplicationIp, holder.ip);
+        (void)registers_.SetValue(Bootstrap::PrimaryApplicationPort, holder.port);
+    }
     if (privilege == Bootstrap::ReleaseControl)
         streams_.StopAll();
 }

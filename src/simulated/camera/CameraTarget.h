@@ -9,13 +9,13 @@ namespace Simulated {
 
 class CameraTarget : public IGvcpTarget {
 public:
-    // Both outlive it.
-    CameraTarget(RegisterFile& registers, StreamChannels& streams)
-        : registers_(registers), streams_(streams) {}
+    // Both outlive it. `tellsPrimary`: the registers of the primary application name who holds control.
+    CameraTarget(RegisterFile& registers, StreamChannels& streams, bool tellsPrimary = true)
+        : registers_(registers), streams_(streams), tellsPrimary_(tellsPrimary) {}
 
     std::uint16_t Read(std::uint64_t address, WireRoom room) override;
     std::uint16_t Write(std::uint64_t address, WireBytes bytes) override;
-    void ControlChanged(std::uint32_t privilege) override;
+    void ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) override;
     void ForceIp(const Gvcp::ForceIpRequest& request) override;
     void Resend(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, TimePoint now) override {
         streams_.Resend(request, sender, now);
@@ -27,6 +27,7 @@ private:
 
     RegisterFile& registers_;
     StreamChannels& streams_;
+    const bool tellsPrimary_;
 };
 
 } // namespace Simulated

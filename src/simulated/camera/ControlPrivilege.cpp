@@ -1,5 +1,6 @@
 #include "simulated/camera/ControlPrivilege.h"
 
+#include "gev/protocol/Bootstrap.h"
 #include "gev/protocol/Gvcp.h"
 
 namespace VX3 {
@@ -10,6 +11,7 @@ std::uint16_t ControlPrivilege::Request(const NET_ENDPOINT& sender, std::uint32_
     if (exclusive_ && controller_.port != 0 && !Holds(sender))
         return Gvcp::AckStatus::AccessDenied;
     controller_ = value != 0 ? sender : NET_ENDPOINT{};
+    readsAlone_ = (value & Bootstrap::ExclusiveAccess) != 0;
     lastHeard_ = now;
     return Gvcp::AckStatus::Success;
 }
@@ -23,6 +25,11 @@ void ControlPrivilege::Heard(const NET_ENDPOINT& sender, TimePoint now) {
 bool ControlPrivilege::MayWrite(const NET_ENDPOINT& sender) const {
     MutexLock lock(mutex_);
     return !exclusive_ || Holds(sender);
+}
+
+bool ControlPrivilege::MayRead(const NET_ENDPOINT& sender) const {
+    MutexLock lock(mutex_);
+    return !readsAlone_ || controller_.port == 0 || Holds(sender);
 }
 
 bool ControlPrivilege::Expire(TimePoint now, std::chrono::milliseconds timeout) {

@@ -23,6 +23,8 @@ public:
     // Any command of a host keeps its control alive.
     void Heard(const NET_ENDPOINT& sender, TimePoint now);
     bool MayWrite(const NET_ENDPOINT& sender) const;
+    // False for all others while a host has exclusive access.
+    bool MayRead(const NET_ENDPOINT& sender) const;
     // True once, when the controlling host was silent for so long: nobody controls any more.
     bool Expire(TimePoint now, std::chrono::milliseconds timeout);
     void Reset();
@@ -35,6 +37,7 @@ private:
     const bool exclusive_;
     mutable Mutex mutex_;
     NET_ENDPOINT controller_ VX3_GUARDED_BY(mutex_); // port 0: nobody
+    bool readsAlone_ VX3_GUARDED_BY(mutex_) = false;
     TimePoint lastHeard_ VX3_GUARDED_BY(mutex_);
 };
 

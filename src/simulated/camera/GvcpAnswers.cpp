@@ -55,13 +55,14 @@ std::size_t GvcpAnswers::Carry(const CommandPacket& command, const NET_ENDPOINT&
     case Command::ForceIp:
         return ForceIp(command, room);
     case Command::ReadReg:
-        return ReadReg(command, room);
+        return control_.MayRead(sender) ? ReadReg(command, room)
+                                        : Bare(command, AckStatus::AccessDenied, room);
     case Command::WriteReg:
         return WriteReg(command, sender, now, room);
     case Command::ReadMem:
-        return ReadMem(command, false, room);
     case Command::ReadMemEx:
-        return ReadMem(command, true, room);
+        return control_.MayRead(sender) ? ReadMem(command, command.header.command == Command::ReadMemEx, room)
+                                        : Bare(command, AckStatus::AccessDenied, room);
     case Command::WriteMem:
         return WriteMem(command, false, sender, room);
     case Command::WriteMemEx:
@@ -134,7 +135,7 @@ std::size_t GvcpAnswers::WriteReg(const CommandPacket& command, const NET_ENDPOI
 std::uint16_t GvcpAnswers::WriteControl(const NET_ENDPOINT& sender, std::uint32_t value, TimePoint now) {
     const std::uint16_t status = control_.Request(sender, value, now);
     if (status == AckStatus::Success)
-        target_.ControlChanged(value);
+        target_.ControlChanged(value, value != 0 ? sender : NET_ENDPOINT{});
     return status;
 }
 
@@ -165,7 +166,7 @@ std::size_t GvcpAnswers::WriteMem(const CommandPacket& command, bool extended, c
 
 void GvcpAnswers::CheckHeartbeat(TimePoint now) {
     if (control_.Expire(now, std::chrono::milliseconds(Value(Bootstrap::HeartbeatTimeout))))
-        target_.ControlChanged(Bootstrap::ReleaseControl);
+        target_.ControlChanged(Bootstrap::ReleaseControl, {});
 }
 
 } // namespace Simulated

@@ -19,8 +19,8 @@ public:
     // as their four bytes.
     virtual std::uint16_t Read(std::uint64_t address, WireRoom room) = 0;
     virtual std::uint16_t Write(std::uint64_t address, WireBytes bytes) = 0;
-    // The control channel privilege changed hands; 0: nobody holds it any more.
-    virtual void ControlChanged(std::uint32_t privilege) = 0;
+    // The control channel privilege changed hands; 0: nobody holds it any more, and the holder is empty.
+    virtual void ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) = 0;
     // The request names this camera.
     virtual void ForceIp(const Gvcp::ForceIpRequest& request) = 0;
     virtual void Resend(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, TimePoint now) = 0;

@@ -1,5 +1,9 @@
 #include "base/Arguments.h"
 
+#include "base/NearMiss.h"
+#include "base/Quantity.h"
+#include "base/ToolError.h"
+
 #include <CLI/CLI.hpp>
 
 namespace VX3::Tool {
@@ -15,11 +19,6 @@ Argument& Argument::OneAtATime() {
 }
 
 Argument& Argument::OneOf(const std::vector<std::string>& values) {
-    option_->check(CLI::IsMember(values));
-    return *this;
-}
-
-Argument& Argument::OneOfAnyCase(const std::vector<std::string>& values) {
     option_->transform(CLI::IsMember(values, CLI::ignore_case));
     return *this;
 }
@@ -47,6 +46,18 @@ bool Arguments::Chosen() const {
     return app_->parsed();
 }
 
+std::string Arguments::Help(const std::string& verb) const {
+    if (verb.empty())
+        return app_->help();
+    std::vector<std::string> names;
+    for (const CLI::App* known : app_->get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(known->get_name());
+    const std::string* name = FindName(names, verb);
+    if (name == nullptr)
+        throw ToolError("there is no verb \"" + verb + "\"" + DidYouMean(verb, names));
+    return app_->get_subcommand(*name)->help(app_->get_name());
+}
+
 Argument Arguments::Add(const std::string& name, std::string& value, const std::string& help) {
     return Argument(app_->add_option(name, value, help));
 }
@@ -65,6 +76,20 @@ Argument Arguments::Add(const std::string& name, std::uint64_t& value, const std
 
 Argument Arguments::Add(const std::string& name, double& value, const std::string& help) {
     return Argument(app_->add_option(name, value, help));
+}
+
+Argument Arguments::AddSeconds(const std::string& name, double& seconds, const std::string& help, double low,
+                               double high) {
+    const auto parse = [name, &seconds, low, high](const std::string& text) {
+        try {
+            seconds = ParseQuantity(text, "s");
+        } catch (const ToolError& error) {
+            throw CLI::ValidationError(name, error.what());
+        }
+        if (seconds < low || seconds > high)
+            throw CLI::ValidationError(name, text + " is out of range");
+    };
+    return Argument(app_->add_option_function<std::string>(name, parse, help)->type_name("TIME"));
 }
 
 void Arguments::Flag(const std::string& name, bool& value, const std::string& help) {

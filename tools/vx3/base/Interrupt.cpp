@@ -20,6 +20,8 @@ void CatchInterrupts() {
     action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    // A reader that goes away is an error of writing like any other: the camera must still be given back.
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 bool Interrupted() {

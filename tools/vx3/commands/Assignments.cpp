@@ -2,30 +2,41 @@
 
 #include "base/Console.h"
 #include "base/ToolError.h"
+#include "features/FeatureText.h"
+#include "features/FindFeature.h"
 
 namespace VX3::Tool {
+
+std::string AssignmentFault(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    return equals == std::string::npos || equals == 0 ? "\"" + text + "\" is not FEATURE=VALUE" : "";
+}
 
 std::vector<Assignment> ParseAssignments(const std::vector<std::string>& texts) {
     std::vector<Assignment> assignments;
     for (const std::string& text : texts) {
+        if (const std::string fault = AssignmentFault(text); !fault.empty())
+            throw ToolError(fault);
         const std::size_t equals = text.find('=');
-        if (equals == std::string::npos || equals == 0)
-            throw ToolError("\"" + text + "\" is not FEATURE=VALUE");
         assignments.emplace_back(text.substr(0, equals), text.substr(equals + 1));
     }
     return assignments;
 }
 
-SetResult Assign(const Connection& connection, const Assignment& assignment) {
-    const SetResult result = WriteText(connection.Node(assignment.first), assignment.second);
+AssignResult Assign(const Connection& connection, const Assignment& assignment) {
+    GenICam::INode& node = FindFeature(*connection.Nodes(), assignment.first);
+    const SetResult result = WriteText(node, assignment.second);
+    const std::string name = node.GetName();
     if (result.kind == SetResult::Kind::Refused)
-        throw ToolError(assignment.first + ": the camera keeps " + result.held + " and does not take " +
+        throw ToolError(name + ": the camera keeps " + result.held + " and does not take " +
                             assignment.second,
                         Status::NodeFailed);
-    if (result.kind == SetResult::Kind::Adjusted)
-        Console::Instance().Say(Printable(assignment.first + ": asked for " + assignment.second +
-                                          ", the camera took " + result.held));
-    return result;
+    const bool adjusted = result.kind == SetResult::Kind::Adjusted;
+    if (adjusted)
+        Console::Instance().Say(Printable(result.held.empty() ? result.told
+                                                              : name + ": asked for " + assignment.second +
+                                                                    ", the camera took " + result.held));
+    return {node, adjusted};
 }
 
 } // namespace VX3::Tool

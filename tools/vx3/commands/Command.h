@@ -19,8 +19,10 @@ public:
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
 
-    // The program's exit status; failures are thrown.
+    // The program's exit status (base/ExitCode.h); failures are thrown.
     virtual int Run() = 0;
+    // True when this verb was to go on until it is interrupted.
+    virtual bool EndsByInterrupt() const { return false; }
     // True when the command line names this verb.
     bool Chosen() const { return arguments_.Chosen(); }
 

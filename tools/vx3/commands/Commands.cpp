@@ -18,6 +18,7 @@ std::vector<std::unique_ptr<Command>> CreateCommands(Arguments& arguments, const
     commands.push_back(CreateLoadCommand(arguments, options));
     commands.push_back(CreateForceIpCommand(arguments, options));
     commands.push_back(CreateVersionCommand(arguments, options));
+    commands.push_back(CreateHelpCommand(arguments, options));
     return commands;
 }
 

@@ -19,5 +19,8 @@ std::unique_ptr<Command> CreateSaveCommand(Arguments& arguments, const GlobalOpt
 std::unique_ptr<Command> CreateLoadCommand(Arguments& arguments, const GlobalOptions& options);
 std::unique_ptr<Command> CreateForceIpCommand(Arguments& arguments, const GlobalOptions& options);
 std::unique_ptr<Command> CreateVersionCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateHelpCommand(Arguments& arguments, const GlobalOptions& options);
+
+void PrintVersion(bool json);
 
 } // namespace VX3::Tool

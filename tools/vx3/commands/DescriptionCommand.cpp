@@ -1,6 +1,7 @@
 // vx3 description: loads a description file without a camera and shows what is in it and what is wrong with
 // it.
 #include "base/Console.h"
+#include "base/ExitCode.h"
 #include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/FeatureTree.h"
@@ -17,7 +18,7 @@ public:
         Args().Add("FILE", file_, "GenApi description, .xml or .zip").Required();
         Args()
             .Add("--visibility", visibility_, "Show features up to this visibility (default invisible)")
-            .OneOfAnyCase({"beginner", "expert", "guru", "invisible"});
+            .OneOf({"beginner", "expert", "guru", "invisible"});
         Args().Flag("--problems", onlyProblems_, "Leave the tree out");
     }
 
@@ -32,14 +33,14 @@ public:
             PrintAsJson(check, tree);
         else
             PrintAsText(check, tree);
-        return nodes ? 0 : 1;
+        return nodes ? Exit::Done : Exit::Failure;
     }
 
 private:
     void PrintAsJson(const GenICam::DescriptionCheck& check, const FeatureTree& tree) const {
         Json json = {{"file", file_}, {"usable", check.Error().empty()}};
         if (!check.Error().empty())
-            json["error"] = check.Error();
+            json.update(ErrorJson(check.Error(), Exit::Failure));
         if (const auto nodes = check.GetNodeMap())
             json["nodes"] = nodes->GetNumNodes();
         json["problems"] = Json::array();

@@ -1,5 +1,6 @@
 // vx3 features: a camera's features by category.
 #include "base/Console.h"
+#include "base/ExitCode.h"
 #include "commands/Commands.h"
 #include "features/FeatureTree.h"
 #include "search/Connection.h"
@@ -15,18 +16,22 @@ public:
         AddCameraArgument(camera_);
         Args()
             .Add("--visibility", visibility_, "Show features up to this visibility (default guru)")
-            .OneOfAnyCase({"beginner", "expert", "guru", "invisible"});
+            .OneOf({"beginner", "expert", "guru", "invisible"});
     }
 
     int Run() override {
         CameraSearch search(Options());
-        const Connection connection(search.Find(camera_));
+        const Connection connection(search.Find(camera_), Use::Read);
         const FeatureTree tree = ReadTree(*connection.Nodes(), {ParseVisibility(visibility_), false});
         if (Options().json)
             Console::Instance().PrintJson(ToJson(tree));
         else
             PrintTree(Console::Instance().Out(), tree);
-        return 0;
+        const std::size_t problems = CountProblems(tree);
+        if (problems == 0)
+            return Exit::Done;
+        Console::Instance().Say(std::to_string(problems) + " features could not be read");
+        return Exit::Incomplete;
     }
 
 private:

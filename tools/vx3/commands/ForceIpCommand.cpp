@@ -1,5 +1,6 @@
 // vx3 force-ip: gives a camera an address until its next restart, also when it is in another subnet.
 #include "base/Console.h"
+#include "base/ExitCode.h"
 #include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
@@ -67,7 +68,7 @@ private:
                     Console::Instance().PrintJson({{"name", name}, {"address", address_}});
                 else
                     Console::Instance().Out() << Describe(found) << '\n';
-                return 0;
+                return Exit::Done;
             }
         throw ToolError(Printable(name) + " did not appear at " + address_, Status::TimeOut);
     }

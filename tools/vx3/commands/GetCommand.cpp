@@ -1,9 +1,12 @@
 // vx3 get: values of features.
 #include "base/Console.h"
+#include "base/ExitCode.h"
+#include "base/Interrupt.h"
 #include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/Feature.h"
 #include "features/FeatureText.h"
+#include "features/FindFeature.h"
 #include "search/Connection.h"
 
 namespace VX3::Tool {
@@ -21,20 +24,25 @@ public:
     // Reads what can be read before it complains about the rest.
     int Run() override {
         CameraSearch search(Options());
-        const Connection connection(search.Find(camera_));
+        const Connection connection(search.Find(camera_), Use::Read);
+        const std::shared_ptr<GenICam::INodeMap> nodes = connection.Nodes();
         Json json = Json::object();
-        int status = 0;
+        std::string failures;
         for (const std::string& name : features_) {
             try {
-                Read(connection.Node(name), json);
+                Read(FindFeature(*nodes, name), json);
             } catch (const ToolError& error) {
                 Console::Instance().Say(Printable(error.what()));
-                status = 1;
+                failures += (failures.empty() ? "" : "\n") + std::string(error.what());
             }
+            if (Interrupted())
+                throw ToolError(failures.empty() ? "not everything was read" : failures);
         }
+        if (!failures.empty())
+            json.update(ErrorJson(failures, Exit::Failure));
         if (Options().json)
             Console::Instance().PrintJson(json);
-        return status;
+        return failures.empty() ? Exit::Done : Exit::Failure;
     }
 
 private:
@@ -49,9 +57,9 @@ private:
         if (Options().json)
             json[feature.name] = feature.value;
         else if (features_.size() == 1)
-            Console::Instance().Out() << Printable(feature.text) << '\n';
+            Console::Instance().Out() << ValueLines(feature) << '\n';
         else
-            Console::Instance().Out() << feature.name << " = " << Printable(feature.text) << '\n';
+            Console::Instance().Out() << feature.name << " = " << ValueLines(feature) << '\n';
     }
 
     std::string camera_;

@@ -1,5 +1,6 @@
 // vx3 info: everything that is known of one camera without changing it.
 #include "base/Console.h"
+#include "base/ExitCode.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
 #include "search/Connection.h"
@@ -66,24 +67,28 @@ public:
                      {"transport", TransportName(camera)},
                      {"interface", found.interfaceDevice->Name()}};
         AddAddress(json, camera);
-        const bool connect = !noConnect_ && camera.DeviceState() == DEVICE_STATE::Available;
+        const bool connect = !noConnect_ && camera.DeviceState() != DEVICE_STATE::Unreachable;
         std::optional<Connection> connection;
         if (connect)
-            connection.emplace(found);
+            connection.emplace(found, Use::Read);
         AddIdentity(json, camera);
         if (connection)
             AddConnected(json, *connection);
         for (const auto& [key, value] : camera.GetInfo())
             json["discovery"][key] = value;
         Print(json);
-        return 0;
+        return Exit::Done;
     }
 
 private:
     static void AddConnected(Json& json, const Connection& connection) {
-        json["streams"] = connection.Device().StreamCnt();
-        if (connection.Device().GetConfigurer() == nullptr)
+        if (connection.Device().Access() == DeviceAccess::Control)
+            json["streams"] = connection.Device().StreamCnt();
+        const std::string failure = connection.Device().FeaturesFailure();
+        if (!failure.empty()) {
+            json["features_failure"] = failure;
             return;
+        }
         IConfigurer& configurer = connection.Configurer();
         AddFeatureValue(json, "width", configurer, "Width");
         AddFeatureValue(json, "height", configurer, "Height");

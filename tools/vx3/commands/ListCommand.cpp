@@ -1,5 +1,6 @@
 // vx3 list: the cameras that answer now.
 #include "base/Console.h"
+#include "base/ExitCode.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
 #include "search/Connection.h"
@@ -54,8 +55,19 @@ public:
             for (const FoundCamera& found : cameras)
                 list.push_back(CameraJson(found));
             Console::Instance().PrintJson(list);
-            return 0;
+        } else if (!cameras.empty()) {
+            PrintCameras(cameras);
         }
+        if (!cameras.empty())
+            return Exit::Done;
+        const std::size_t count = search.Interfaces().size();
+        Console::Instance().Say("no camera answered on " + std::to_string(count) +
+                                (count == 1 ? " interface" : " interfaces"));
+        return Exit::Nothing;
+    }
+
+private:
+    static void PrintCameras(const std::vector<FoundCamera>& cameras) {
         std::vector<Row> rows{{"NAME", "SERIAL", "ADDRESS", "STATE", "TRANSPORT", "INTERFACE"}};
         for (const FoundCamera& found : cameras) {
             const IDevice& camera = *found.camera;
@@ -64,12 +76,7 @@ public:
                             orDash(AddressOf(camera)), StateText(camera.DeviceState()), TransportName(camera),
                             Printable(found.interfaceDevice->Name())});
         }
-        if (cameras.empty())
-            Console::Instance().Say("no camera answered on " + std::to_string(search.Interfaces().size()) +
-                                    " interfaces");
-        else
-            PrintTable(Console::Instance().Out(), rows);
-        return 0;
+        PrintTable(Console::Instance().Out(), rows);
     }
 };
 

@@ -1,11 +1,15 @@
 // vx3 load: a camera's settings from a text file.
 #include "base/Console.h"
+#include "base/ExitCode.h"
+#include "base/Files.h"
+#include "base/Interrupt.h"
 #include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/FeatureLoader.h"
 #include "search/Connection.h"
 
-#include <fstream>
+#include <algorithm>
+#include <sstream>
 
 namespace VX3::Tool {
 
@@ -20,21 +24,34 @@ public:
     }
 
     int Run() override {
-        std::ifstream file(file_);
-        if (!file)
-            throw ToolError(file_ + " cannot be read");
+        std::istringstream file(ReadWholeFile(file_));
         const std::vector<FeatureLine> lines = ReadLines(file);
         CameraSearch search(Options());
         const Connection connection(search.Find(camera_));
-        const FeatureLoader::Result result = FeatureLoader(*connection.Nodes()).Load(lines);
-        Report(result);
-        return result.failures.empty() ? 0 : 1;
+        const FeatureWatch watch{[&](const std::string& feature) { return connection.IsGone(feature); },
+                                 Interrupted};
+        const FeatureLoader::Result result = FeatureLoader(*connection.Nodes(), watch).Load(lines);
+        const int status = lines.empty() ? Exit::Nothing : Judge(result);
+        Report(result, status);
+        return status;
     }
 
 private:
-    void Report(const FeatureLoader::Result& result) const {
+    static int Judge(const FeatureLoader::Result& result) {
+        if (result.failures.empty())
+            return Exit::Done;
+        const bool adjusted = std::all_of(result.failures.begin(), result.failures.end(),
+                                          [](const auto& failure) { return failure.adjusted; });
+        return adjusted ? Exit::Adjusted : Exit::Failure;
+    }
+
+    void Report(const FeatureLoader::Result& result, int status) const {
         Console& console = Console::Instance();
         Json failures = Json::array();
+        if (result.gone && !Interrupted())
+            console.Say("the camera stopped answering");
+        if (result.set == 0 && result.failures.empty())
+            console.Say(Printable(file_) + " holds no settings");
         for (const FeatureLoader::Failure& failure : result.failures) {
             console.Say(Printable(file_ + ":" + std::to_string(failure.line.number) + ": " +
                                   failure.line.Label() + ": " + failure.reason));
@@ -44,7 +61,7 @@ private:
                                 {"reason", failure.reason}});
         }
         if (Options().json)
-            console.PrintJson({{"file", file_}, {"set", result.set}, {"failed", failures}});
+            console.PrintJson({{"file", file_}, {"set", result.set}, {"failed", failures}, {"code", status}});
         else
             console.Out() << result.set << " values set, " << result.failures.size() << " not\n";
     }

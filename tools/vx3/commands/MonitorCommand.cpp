@@ -1,5 +1,6 @@
 // vx3 monitor: reports cameras found, lost and changed as it happens.
 #include "base/Console.h"
+#include "base/ExitCode.h"
 #include "base/Interrupt.h"
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
@@ -26,27 +27,27 @@ std::string EventText(SUB_DEVICE_EVENT event) {
     return "unknown";
 }
 
+// ISO 8601: "2026-11-23T11:11:00+01:00".
 std::string TimeText() {
     const std::time_t now = std::time(nullptr);
     std::tm local = {};
     localtime_r(&now, &local);
-    char text[32];
-    std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &local);
-    return text;
+    char text[48];
+    std::strftime(text, sizeof(text), "%Y-%m-%dT%H:%M:%S%z", &local);
+    std::string time = text;
+    time.insert(time.size() - 2, ":");
+    return time;
 }
 
 class MonitorCommand : public Command {
 public:
     MonitorCommand(Arguments& arguments, const GlobalOptions& options)
         : Command(arguments, options, "monitor", "Report cameras as they come, go and change, until Ctrl-C") {
-        Args().Add("--period", period_, "Seconds between two looks (default 2)").Between(0.1, 3600.0);
-        Args()
-            .Add("--duration", duration_, "Seconds after which to end; 0 never (default)")
-            .Between(0.0, 1e9);
+        Args().AddSeconds("--period", period_, "Time between two looks (default 2 s)", 0.1, 3600.0);
+        Args().AddSeconds("--duration", duration_, "Time after which to end; 0 never (default)", 0.0, 1e9);
     }
 
     int Run() override {
-        CatchInterrupts();
         CameraSearch search(Options());
         for (const std::shared_ptr<IDevice>& device : search.Interfaces())
             device->MonitorSubDevices(true, static_cast<unsigned int>(period_ * 1000.0), 0,
@@ -55,12 +56,13 @@ public:
                                       });
         const auto started = std::chrono::steady_clock::now();
         while (
-            !Interrupted() &&
+            !Interrupted() && Console::Instance().OutputError() == 0 &&
             (duration_ == 0.0 ||
              std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count() < duration_))
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        return 0;
+        return Exit::Done;
     }
+    bool EndsByInterrupt() const override { return duration_ == 0.0; }
 
 private:
     // One monitoring thread an interface calls this.

@@ -1,7 +1,10 @@
 // vx3 run: executes a command feature.
+#include "base/Console.h"
+#include "base/ExitCode.h"
 #include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "features/FeatureText.h"
+#include "features/FindFeature.h"
 #include "search/Connection.h"
 
 namespace VX3::Tool {
@@ -14,17 +17,19 @@ public:
         : Command(arguments, options, "run", "Execute a command") {
         AddCameraArgument(camera_);
         Args().Add("COMMAND", command_, "Name of the command").Required();
-        Args()
-            .Add("--timeout", timeout_, "Seconds to wait until it is done (default 5)")
-            .Between(0.0, 86400.0);
+        Args().AddSeconds("--timeout", timeout_, "How long to wait until it is done (default 5 s)", 0.0,
+                          86400.0);
     }
 
     int Run() override {
         CameraSearch search(Options());
         const Connection connection(search.Find(camera_));
-        if (!Execute(connection.Node(command_), static_cast<unsigned int>(timeout_ * 1000.0)))
-            throw ToolError(command_ + " was not done in time", Status::TimeOut);
-        return 0;
+        GenICam::INode& command = FindFeature(*connection.Nodes(), command_);
+        if (!Execute(command, static_cast<unsigned int>(timeout_ * 1000.0)))
+            throw ToolError(command.GetName() + " was not done in time", Status::TimeOut);
+        if (Options().json)
+            Console::Instance().PrintJson({{"command", command.GetName()}, {"done", true}});
+        return Exit::Done;
     }
 
 private:

@@ -1,7 +1,10 @@
 // vx3 set: writes features, in the order given.
 #include "base/Console.h"
+#include "base/ExitCode.h"
+#include "base/ToolError.h"
 #include "commands/Assignments.h"
 #include "commands/Commands.h"
+#include "features/Feature.h"
 
 namespace VX3::Tool {
 
@@ -12,29 +15,39 @@ public:
     SetCommand(Arguments& arguments, const GlobalOptions& options)
         : Command(arguments, options, "set", "Write features; enumerations by symbolic name or number") {
         AddCameraArgument(camera_);
-        Args().Add("FEATURE=VALUE", texts_, "What to write").Required().Check(IsAssignment);
+        Args().Add("FEATURE=VALUE", texts_, "What to write").Required().Check(AssignmentFault);
     }
 
+    // In the order given, up to the first that fails.
     int Run() override {
         const std::vector<Assignment> assignments = ParseAssignments(texts_);
         CameraSearch search(Options());
         const Connection connection(search.Find(camera_));
         Json json = Json::object();
-        for (const Assignment& assignment : assignments) {
-            const SetResult result = Assign(connection, assignment);
-            json[assignment.first] = result.held;
-            if (!Options().json)
-                Console::Instance().Out() << assignment.first << " = " << Printable(result.held) << '\n';
+        int status = Exit::Done;
+        try {
+            for (const Assignment& assignment : assignments)
+                status = Graver(status, Set(connection, assignment, json));
+        } catch (const ToolError& error) {
+            json.update(ErrorJson(error.what(), Exit::Failure));
+            Console::Instance().Say(PrintableLines(error.what()));
+            status = Exit::Failure;
         }
         if (Options().json)
             Console::Instance().PrintJson(json);
-        return 0;
+        return status;
     }
 
 private:
-    static std::string IsAssignment(const std::string& text) {
-        const std::size_t equals = text.find('=');
-        return equals == std::string::npos || equals == 0 ? "\"" + text + "\" is not FEATURE=VALUE" : "";
+    int Set(const Connection& connection, const Assignment& assignment, Json& json) const {
+        const AssignResult result = Assign(connection, assignment);
+        const Feature feature = ReadFeature(result.node);
+        json[feature.name] = feature.value;
+        if (result.adjusted)
+            json["adjusted"].push_back(feature.name);
+        if (!Options().json)
+            Console::Instance().Out() << feature.name << " = " << Printable(feature.text) << '\n';
+        return result.adjusted ? Exit::Adjusted : Exit::Done;
     }
 
     std::string camera_;

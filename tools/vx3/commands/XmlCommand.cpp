@@ -1,11 +1,11 @@
 // vx3 xml: the description that a camera publishes.
 #include "base/Console.h"
+#include "base/ExitCode.h"
+#include "base/Files.h"
 #include "base/ToolError.h"
 #include "commands/Commands.h"
 #include "search/Connection.h"
 #include "vx3/genicam/DescriptionCheck.h"
-
-#include <fstream>
 
 namespace VX3::Tool {
 
@@ -21,8 +21,10 @@ public:
     }
 
     int Run() override {
+        if (Options().json && original_ && file_.empty())
+            throw ToolError("the camera's own bytes are no JSON text: name a file with --output");
         CameraSearch search(Options());
-        const Connection connection(search.Find(camera_));
+        const Connection connection(search.Find(camera_), Use::Read);
         const IXmlData* description = connection.Configurer().GetXmlData();
         if (description == nullptr)
             throw ToolError(Describe(connection.Found()) + " gave no description", Status::NotAvailable);
@@ -32,20 +34,25 @@ public:
         if (text.empty())
             throw ToolError("the description " + description->GetXmlName() +
                             " could not be unpacked; --original gives its bytes");
-        if (file_.empty()) {
+        if (!file_.empty())
+            WriteWholeFile(file_, text);
+        if (Options().json)
+            PrintAsJson(*description, text);
+        else if (file_.empty())
             Console::Instance().Out() << text;
-            Console::Instance().Out().flush();
-            return 0;
-        }
-        std::ofstream file(file_, std::ios::binary | std::ios::trunc);
-        file << text;
-        file.close();
-        if (!file)
-            throw ToolError(file_ + " cannot be written");
-        return 0;
+        return Exit::Done;
     }
 
 private:
+    void PrintAsJson(const IXmlData& description, const std::string& text) const {
+        Json json = {{"name", description.GetXmlName()}, {"bytes", text.size()}};
+        if (file_.empty())
+            json["text"] = text;
+        else
+            json["file"] = file_;
+        Console::Instance().PrintJson(json);
+    }
+
     std::string camera_;
     std::string file_;
     bool original_ = false;

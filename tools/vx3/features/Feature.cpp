@@ -1,5 +1,6 @@
 #include "features/Feature.h"
 
+#include "base/NearMiss.h"
 #include "base/ToolError.h"
 #include "features/FeatureText.h"
 
@@ -11,6 +12,10 @@ namespace VX3::Tool {
 using namespace VX3::GenICam;
 
 namespace {
+
+constexpr std::size_t WidestText = 64; // of a value in a table
+constexpr std::size_t WidestLine = 98; // of a value on its own: 0x and 48 bytes, then 49 a line
+constexpr std::size_t MostEntriesShown = 24;
 
 void ReadInteger(IInteger& node, Feature& feature) {
     feature.unit = node.GetUnit();
@@ -184,8 +189,21 @@ std::string ValueWithUnit(const Feature& feature) {
     if (!feature.problem.empty())
         return "! " + feature.problem;
     if (feature.type == EInterfaceType::String && IsReadable(feature.access))
-        return "\"" + feature.text + "\"";
-    return feature.unit.empty() || feature.text.empty() ? feature.text : feature.text + " " + feature.unit;
+        return "\"" + Shortened(feature.text, WidestText) + "\"";
+    if (feature.type == EInterfaceType::Register && feature.text.size() > WidestText)
+        return Shortened(feature.text, WidestText) + " (" + std::to_string(feature.text.size() / 2 - 1) +
+               " bytes)";
+    const std::string text = Shortened(feature.text, WidestText);
+    return feature.unit.empty() || text.empty() ? text : text + " " + feature.unit;
+}
+
+std::string ValueLines(const Feature& feature) {
+    if (feature.type != EInterfaceType::Register || feature.text.size() <= WidestLine)
+        return Printable(feature.text);
+    std::string lines;
+    for (std::size_t at = 0; at < feature.text.size(); at += WidestLine)
+        lines += (at == 0 ? "" : "\n") + feature.text.substr(at, WidestLine);
+    return lines;
 }
 
 std::string RangeText(const Feature& feature) {
@@ -193,12 +211,11 @@ std::string RangeText(const Feature& feature) {
         return json.is_number_float() ? NumberText(json.get<double>()) : json.dump();
     };
     if (feature.type == EInterfaceType::Enumeration) {
-        std::string text;
-        for (const Feature::Entry& entry : feature.entries) {
-            text += text.empty() ? "{" : ", ";
-            text += entry.available ? entry.symbolic : "(" + entry.symbolic + ")";
-        }
-        return text.empty() ? text : text + "}";
+        std::vector<std::string> names;
+        for (const Feature::Entry& entry : feature.entries)
+            names.push_back(
+                Shortened(entry.available ? entry.symbolic : "(" + entry.symbolic + ")", WidestText));
+        return names.empty() ? "" : "{" + Listed(names, MostEntriesShown) + "}";
     }
     if (feature.min.is_null() || feature.max.is_null() || IsUnbounded(feature))
         return {};

@@ -42,7 +42,9 @@ std::string VisibilityText(GenICam::EVisibility visibility);
 GenICam::EVisibility ParseVisibility(const std::string& text);
 
 Json ToJson(const Feature& feature);
-// "512 px" and "[16 .. 1024, step 16]" or "{Mono8, Mono16}", for a line of text.
+// All of it for the terminal, large registers in several lines.
+std::string ValueLines(const Feature& feature);
+// "512 px" and "[16 .. 1024, step 16]" or "{Mono8, Mono16}", for a line of text, long ones cut.
 std::string ValueWithUnit(const Feature& feature);
 std::string RangeText(const Feature& feature);
 

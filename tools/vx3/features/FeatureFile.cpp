@@ -16,6 +16,11 @@ std::string Trimmed(const std::string& text) {
     return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
 }
 
+// A feature's name or a selector's value has to survive being written: a readable character in every place.
+bool IsReadable(const std::string& text) {
+    return text == Printable(text);
+}
+
 // "a=b,c=d" between the brackets; false when it is something else.
 bool ParseSelectors(const std::string& text, FeatureLine& line) {
     std::size_t from = 0;
@@ -29,7 +34,7 @@ bool ParseSelectors(const std::string& text, FeatureLine& line) {
         line.selectors.emplace_back(name, Trimmed(pair.substr(equals + 1)));
         from = comma + 1;
     }
-    return true;
+    return IsReadable(text);
 }
 
 bool ParseValue(const std::string& text, FeatureLine& line) {
@@ -58,7 +63,8 @@ bool ParseLine(const std::string& text, FeatureLine& line) {
         if (nameEnd == std::string::npos || !Trimmed(text.substr(close + 1, nameEnd - close - 1)).empty())
             return false;
     }
-    return !line.feature.empty() && ParseValue(Trimmed(text.substr(nameEnd + 1)), line);
+    return !line.feature.empty() && IsReadable(line.feature) &&
+           ParseValue(Trimmed(text.substr(nameEnd + 1)), line);
 }
 
 } // namespace
@@ -71,8 +77,7 @@ std::string FeatureLine::Label() const {
 }
 
 void WriteLine(std::ostream& out, const FeatureLine& line, bool quoted) {
-    out << line.Label() << " = "
-        << (quoted ? Json(line.value).dump(-1, ' ', false, Json::error_handler_t::replace) : line.value)
+    out << Printable(line.Label()) << " = " << (quoted ? JsonText(line.value, -1) : Printable(line.value))
         << '\n';
 }
 

@@ -1,7 +1,9 @@
 #include "features/FeatureText.h"
 
+#include "base/Interrupt.h"
 #include "base/ToolError.h"
 #include "features/ValueParser.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/genicam/GenICamPointer.h"
 
 #include <algorithm>
@@ -27,7 +29,9 @@ constexpr long MostRegisterBytes = 1024L * 1024;
 
 std::string RegisterText(INode& node, bool ignoreCache) {
     const auto source = As<IRegister>(node);
-    const long length = std::clamp(source->GetLength(), 0L, MostRegisterBytes);
+    const long length = std::max(source->GetLength(), 0L);
+    if (length > MostRegisterBytes)
+        throw ToolError("the register has " + std::to_string(length) + " bytes, which is too much to show");
     std::vector<unsigned char> bytes(static_cast<std::size_t>(length));
     source->Get(bytes.data(), length, false, ignoreCache);
     std::string text = "0x";
@@ -41,8 +45,8 @@ std::string RegisterText(INode& node, bool ignoreCache) {
 
 SetResult Judge(const std::string& asked, const std::string& before, const std::string& held) {
     if (held == asked)
-        return {SetResult::Kind::Taken, held};
-    return {held == before ? SetResult::Kind::Refused : SetResult::Kind::Adjusted, held};
+        return {SetResult::Kind::Taken, held, {}};
+    return {held == before ? SetResult::Kind::Refused : SetResult::Kind::Adjusted, held, {}};
 }
 
 bool IsReadableNode(const INode& node) {
@@ -57,12 +61,12 @@ std::string BeforeText(INode& node) {
 std::string WriteByType(INode& node, const std::string& text) {
     switch (node.GetPrincipalInterfaceType()) {
     case EInterfaceType::Integer: {
-        const long value = ParseInteger(text);
+        const long value = ParseIntegerIn(text, As<IInteger>(node)->GetUnit());
         As<IInteger>(node)->SetValue(value, true);
         return std::to_string(value);
     }
     case EInterfaceType::Float: {
-        const double value = ParseFloat(text);
+        const double value = ParseFloatIn(text, As<IFloat>(node)->GetUnit());
         As<IFloat>(node)->SetValue(value, true);
         return NumberText(value);
     }
@@ -158,7 +162,7 @@ void InWords(const std::string& what, const std::function<void()>& body) {
     try {
         body();
     } catch (const ToolError& error) {
-        throw ToolError(prefix + error.what());
+        throw error.Behind(prefix);
     } catch (const std::exception& error) {
         throw ToolError(prefix + error.what(), Status::NodeFailed);
     } catch (const char* text) {
@@ -175,10 +179,16 @@ SetResult WriteText(INode& node, const std::string& text) {
         if (!IsWritable(mode))
             throw ToolError("it is read-only now", Status::NodeFailed);
         const std::string before = BeforeText(node);
+        const std::uint64_t told = FailureCount();
         const std::string asked = WriteByType(node, text);
+        const bool moved = FailureCount() != told && LastFailure().code == Status::Ok;
+        if (moved)
+            result = {SetResult::Kind::Adjusted, {}, LastFailure().text};
         if (!IsReadableNode(node))
             return;
-        result = Judge(asked, before, ReadText(node, true, true));
+        const std::string held = ReadText(node, true, true);
+        result = moved && held != asked ? SetResult{SetResult::Kind::Adjusted, held, result.told}
+                                        : Judge(asked, before, held);
         if (node.GetPrincipalInterfaceType() == EInterfaceType::Float && SameNumber(asked, result.held))
             result.kind = SetResult::Kind::Taken;
         if (node.GetPrincipalInterfaceType() == EInterfaceType::Enumeration &&
@@ -199,7 +209,8 @@ bool Execute(INode& node, unsigned int timeoutMs) {
         const auto command = As<ICommand>(node);
         command->Execute(true);
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-        while (!(done = command->IsDone(false)) && std::chrono::steady_clock::now() < deadline)
+        while (!(done = command->IsDone(false)) && !Interrupted() &&
+               std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
     });
     return done;

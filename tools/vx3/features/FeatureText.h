@@ -23,11 +23,12 @@ std::string ReadText(GenICam::INode& node, bool ignoreCache, bool exact = false)
 struct SetResult {
     enum class Kind {
         Taken,
-        Adjusted, // the camera holds something else, which is not what it held before
+        Adjusted, // out of range and moved into it, or the camera took something else of its own
         Refused   // the camera holds what it held before
     };
     Kind kind = Kind::Taken;
     std::string held; // read back; empty for features that cannot be read
+    std::string told; // what the library said of a value out of range
 };
 
 // Writes the value that `text` spells and reads it back. Throws ToolError in words when the text is no such

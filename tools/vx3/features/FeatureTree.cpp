@@ -104,4 +104,11 @@ std::size_t CountFeatures(const FeatureTree& tree) {
     return count;
 }
 
+std::size_t CountProblems(const FeatureTree& tree) {
+    std::size_t count = tree.feature.problem.empty() ? 0 : 1;
+    for (const FeatureTree& child : tree.children)
+        count += CountProblems(child);
+    return count;
+}
+
 } // namespace VX3::Tool

@@ -25,5 +25,7 @@ void PrintTree(std::ostream& out, const FeatureTree& tree);
 Json ToJson(const FeatureTree& tree);
 // Features, categories not counted.
 std::size_t CountFeatures(const FeatureTree& tree);
+// Those that could not be read.
+std::size_t CountProblems(const FeatureTree& tree);
 
 } // namespace VX3::Tool

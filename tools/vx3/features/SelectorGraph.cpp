@@ -39,8 +39,9 @@ void SelectorGraph::Collect(const std::string& feature, std::set<std::string>& s
     }
 }
 
-std::vector<std::string> SelectorValues(INode& selector, std::size_t most) {
+std::vector<std::string> SelectorValues(INode& selector, std::size_t most, bool& tooMany) {
     std::vector<std::string> values;
+    tooMany = false;
     if (!IsWritable(selector.GetAccessMode()))
         return values;
     if (auto* enumeration = dynamic_cast<IEnumeration*>(&selector)) {
@@ -52,14 +53,16 @@ std::vector<std::string> SelectorValues(INode& selector, std::size_t most) {
         const long max = integer->GetMax();
         const long step = integer->GetInc() > 0 ? integer->GetInc() : 1;
         const auto span = static_cast<unsigned long>(max) - static_cast<unsigned long>(min);
-        if (max < min || span / static_cast<unsigned long>(step) >= most)
+        tooMany = max >= min && span / static_cast<unsigned long>(step) >= most;
+        if (max < min || tooMany)
             return values;
         for (unsigned long i = 0; i <= span / static_cast<unsigned long>(step); ++i)
             values.push_back(std::to_string(min + static_cast<long>(i) * step));
     } else if (dynamic_cast<IBoolean*>(&selector) != nullptr) {
         values = {"false", "true"};
     }
-    return values.size() > most ? std::vector<std::string>() : values;
+    tooMany = values.size() > most;
+    return tooMany ? std::vector<std::string>() : values;
 }
 
 } // namespace VX3::Tool

@@ -27,7 +27,7 @@ private:
 };
 
 // The values that a selector can be set to now, as text: available entries, or the integers of its range.
-// Empty when it cannot be set or has more than `most`.
-std::vector<std::string> SelectorValues(GenICam::INode& selector, std::size_t most);
+// Empty when it cannot be set, or has more than `most`, which `tooMany` tells.
+std::vector<std::string> SelectorValues(GenICam::INode& selector, std::size_t most, bool& tooMany);
 
 } // namespace VX3::Tool

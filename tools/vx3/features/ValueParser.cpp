@@ -1,8 +1,9 @@
 #include "features/ValueParser.h"
 
+#include "base/NearMiss.h"
+#include "base/Quantity.h"
 #include "base/ToolError.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
@@ -15,14 +16,11 @@ using namespace VX3::GenICam;
 
 namespace {
 
+constexpr double LargestExactDouble = 9007199254740992.0; // 2^53: up to here no integer is lost
+constexpr std::size_t MostEntriesListed = 30;
+
 [[noreturn]] void Expected(const std::string& what, const std::string& text) {
     throw ToolError("\"" + text + "\" is not " + what);
-}
-
-std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
 }
 
 // `count` numbers below 256 in `base`, separated by `separator`, as one big-endian number; false otherwise.
@@ -92,21 +90,41 @@ bool ParseBoolean(const std::string& text) {
     Expected("true or false", text);
 }
 
+long ParseIntegerIn(const std::string& text, const std::string& unit) {
+    long value = 0;
+    if (ParseNumber(text, value) || ParseGroups(text, '.', 10, 4, value) ||
+        ParseGroups(text, ':', 16, 6, value))
+        return value;
+    if (text.find_first_of("0123456789") == std::string::npos)
+        Expected("an integer", text);
+    const double number = ParseQuantity(text, unit);
+    if (number != std::floor(number) || std::abs(number) >= LargestExactDouble)
+        Expected(unit.empty() ? "an integer" : "a whole number of " + unit, text);
+    return static_cast<long>(number);
+}
+
+double ParseFloatIn(const std::string& text, const std::string& unit) {
+    return text.find_first_of("0123456789") == std::string::npos ? ParseFloat(text)
+                                                                 : ParseQuantity(text, unit);
+}
+
 long ParseEnumeration(IEnumeration& enumeration, const std::string& text) {
-    std::string names;
+    std::vector<std::string> names;
+    std::vector<std::string> available;
     const std::vector<IEnumEntry*> entries = enumeration.GetEntries();
     for (IEnumEntry* entry : entries) {
-        if (entry->GetSymbolic() == text)
-            return entry->GetValue();
+        names.push_back(entry->GetSymbolic());
         if (IsAvailable(entry->GetAccessMode()))
-            names += (names.empty() ? "" : ", ") + entry->GetSymbolic();
+            available.push_back(names.back());
     }
+    if (const std::string* found = FindName(names, text))
+        return entries[static_cast<std::size_t>(found - names.data())]->GetValue();
     long number = 0;
     if (ParseNumber(text, number))
         for (IEnumEntry* entry : entries)
             if (entry->GetValue() == number)
                 return number;
-    Expected("one of " + names, text);
+    Expected("one of " + Listed(available, MostEntriesListed) + DidYouMean(text, available), text);
 }
 
 std::vector<unsigned char> ParseBytes(const std::string& text) {

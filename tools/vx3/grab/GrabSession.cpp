@@ -2,6 +2,8 @@
 
 #include "base/Interrupt.h"
 #include "base/ToolError.h"
+#include "vx3/core/LastFailure.h"
+#include "vx3/core/Utilities.h"
 
 #include <cstdio>
 #include <sys/resource.h>
@@ -45,14 +47,21 @@ double MegabitsPerSecond(const GrabSummary& summary) {
 
 } // namespace
 
-GrabSession::GrabSession(IDevice& camera, ImageWriter* writer, const GrabLimits& limits)
-    : camera_(camera), writer_(writer), limits_(limits) {}
+GrabSession::GrabSession(IDevice& camera, ImageWriter* writer, SoftwareTrigger* trigger,
+                         const GrabLimits& limits)
+    : camera_(camera),
+      writer_(writer),
+      trigger_(trigger),
+      limits_(limits),
+      patience_(limits.timeout + (trigger != nullptr ? 1.0 / trigger->Rate() : 0.0)) {}
 
 GrabSession::~GrabSession() {
     StopStream();
 }
 
 void GrabSession::StopStream() {
+    if (trigger_ != nullptr)
+        trigger_->End();
     if (!open_)
         return;
     stream_->Stop();
@@ -98,39 +107,52 @@ GrabSummary GrabSession::Snapshot() {
     summary.lostFrames = statistics.lostBlocks;
     summary.droppedFrames = statistics.droppedImages;
     summary.seconds = summary.frames > 1 ? Seconds(last_ - first_) : 0.0;
+    if (trigger_ != nullptr) {
+        summary.triggers = trigger_->Count();
+        summary.triggersPerSecond = trigger_->Attained();
+    }
     return summary;
 }
 
+// The most telling first: a narrow terminal shows no more.
 void GrabSession::ShowProgress(Clock::time_point started) {
     const GrabSummary now = Snapshot();
-    char line[200];
-    std::snprintf(
-        line, sizeof(line), "%llu%s frames  %.1f/s  %.1f Mbit/s  %llu incomplete  %llu resent  %.0f s",
-        static_cast<unsigned long long>(now.frames),
-        limits_.frames == 0 ? "" : ("/" + std::to_string(limits_.frames)).c_str(), FramesPerSecond(now),
-        MegabitsPerSecond(now), static_cast<unsigned long long>(now.incomplete),
-        static_cast<unsigned long long>(now.resentPackets), Seconds(Clock::now() - started));
-    Console::Instance().Progress(line);
+    const auto count = [](std::uint64_t number) { return std::to_string(number); };
+    Console::Instance().Progress(
+        {count(now.frames) + (limits_.frames == 0 ? "" : "/" + count(limits_.frames)) + " frames",
+         StringFormat("%.1f/s", FramesPerSecond(now)), StringFormat("%.0f Mbit/s", MegabitsPerSecond(now)),
+         count(now.incomplete) + " incomplete", StringFormat("%.0f s", Seconds(Clock::now() - started)),
+         count(now.resentPackets) + " resent"});
 }
 
-std::string GrabSession::WaitForEnd() {
-    const Clock::time_point started = Clock::now();
+std::string GrabSession::EndByFrames(Clock::time_point started) {
+    MutexLock lock(mutex_);
+    if (limits_.frames == 0 || counted_.frames < limits_.frames)
+        arrived_.WaitUntil(mutex_, Clock::now() + ProgressPeriod / 4);
+    if (limits_.frames != 0 && counted_.frames >= limits_.frames)
+        return "done";
+    if (limits_.duration > 0.0 && Seconds(Clock::now() - started) >= limits_.duration)
+        return limits_.frames == 0 ? "done" : "duration";
+    const Clock::time_point heard = counted_.frames == 0 ? started : last_;
+    return Seconds(Clock::now() - heard) > patience_ ? "timeout" : "";
+}
+
+std::string GrabSession::EndByOthers() const {
+    if (Interrupted())
+        return "interrupted";
+    if (camera_.DeviceState() == DEVICE_STATE::Lost)
+        return "lost";
+    return trigger_ != nullptr && !trigger_->FailureText().empty() ? "trigger" : "";
+}
+
+std::string GrabSession::WaitForEnd(Clock::time_point started) {
     Clock::time_point shown;
     while (true) {
-        {
-            MutexLock lock(mutex_);
-            if (limits_.frames == 0 || counted_.frames < limits_.frames)
-                arrived_.WaitUntil(mutex_, Clock::now() + ProgressPeriod / 4);
-            if (limits_.frames != 0 && counted_.frames >= limits_.frames)
-                return "done";
-            const Clock::time_point heard = counted_.frames == 0 ? started : last_;
-            if (Seconds(Clock::now() - heard) > limits_.timeout)
-                return "timeout";
-        }
-        if (Interrupted())
-            return "interrupted";
-        if (camera_.DeviceState() == DEVICE_STATE::Lost)
-            return "lost";
+        std::string end = EndByFrames(started);
+        if (end.empty())
+            end = EndByOthers();
+        if (!end.empty())
+            return end;
         if (Clock::now() - shown >= ProgressPeriod) {
             shown = Clock::now();
             ShowProgress(started);
@@ -138,7 +160,19 @@ std::string GrabSession::WaitForEnd() {
     }
 }
 
-GrabSummary GrabSession::Run() {
+// No frame came for long: a camera that does not even take the order to stop is gone, although its heartbeat
+// may not have noticed yet.
+bool GrabSession::IsSilent() const {
+    IConfigurer* configurer = camera_.GetConfigurer();
+    if (configurer == nullptr || camera_.DeviceState() == DEVICE_STATE::Lost)
+        return camera_.DeviceState() == DEVICE_STATE::Lost;
+    if (!Failed(configurer->SetNodeValue("AcquisitionStop", GenICam::CommandValue())))
+        return false;
+    const StatusCode cause = LastFailure().code; // of the register behind the command
+    return cause == Status::TimeOut || cause == Status::DeviceLost || cause == Status::NotConnected;
+}
+
+void GrabSession::Start() {
     stream_ = camera_.GetStream(0);
     if (stream_ == nullptr)
         throw ToolError(camera_.Name() + " has no stream");
@@ -147,8 +181,6 @@ GrabSummary GrabSession::Run() {
     open_ = code != Status::AlreadyOpen;
     if (Failed(code))
         throw ToolError("the stream of " + camera_.Name() + " could not be opened", code);
-    const double cpuBefore = CpuSeconds();
-    const Clock::time_point started = Clock::now();
     code = stream_->Start(
         [this](std::shared_ptr<IImage> image, IDevice*, unsigned int, unsigned int, void*) {
             if (image)
@@ -157,10 +189,22 @@ GrabSummary GrabSession::Run() {
         nullptr, 0, pool);
     if (Failed(code))
         throw ToolError("the stream of " + camera_.Name() + " could not be started", code);
-    const std::string end = WaitForEnd();
+    if (trigger_ != nullptr)
+        trigger_->Begin();
+}
+
+GrabSummary GrabSession::Run() {
+    const double cpuBefore = CpuSeconds();
+    Start();
+    const Clock::time_point started = Clock::now();
+    std::string end = WaitForEnd(started);
     ShowProgress(started);
     const double cpuSeconds = CpuSeconds() - cpuBefore;
     GrabSummary summary = Snapshot();
+    if (end == "timeout" && IsSilent()) {
+        end = "lost";
+        camera_.Interrupt(); // the rest of its orders would only be waited for
+    }
     StopStream();
     Console::Instance().EndProgress();
     summary.end = end;
@@ -171,24 +215,27 @@ GrabSummary GrabSession::Run() {
 }
 
 Json ToJson(const GrabSummary& summary) {
-    return {{"frames", summary.frames},
-            {"incomplete", summary.incomplete},
-            {"lost_packets", summary.lostPackets},
-            {"resent_packets", summary.resentPackets},
-            {"lost_frames", summary.lostFrames},
-            {"dropped_frames", summary.droppedFrames},
-            {"out_of_order", summary.outOfOrder},
-            {"seconds", summary.seconds},
-            {"bytes", summary.bytes},
-            {"cpu_seconds", summary.cpuSeconds},
-            {"frames_per_second", FramesPerSecond(summary)},
-            {"megabits_per_second", MegabitsPerSecond(summary)},
-            {"first_block", summary.firstBlock},
-            {"last_block", summary.lastBlock},
-            {"width", summary.width},
-            {"height", summary.height},
-            {"pixel_format", summary.format},
-            {"end", summary.end}};
+    Json json = {{"frames", summary.frames},
+                 {"incomplete", summary.incomplete},
+                 {"lost_packets", summary.lostPackets},
+                 {"resent_packets", summary.resentPackets},
+                 {"lost_frames", summary.lostFrames},
+                 {"dropped_frames", summary.droppedFrames},
+                 {"out_of_order", summary.outOfOrder},
+                 {"seconds", summary.seconds},
+                 {"bytes", summary.bytes},
+                 {"cpu_seconds", summary.cpuSeconds},
+                 {"frames_per_second", FramesPerSecond(summary)},
+                 {"megabits_per_second", MegabitsPerSecond(summary)},
+                 {"first_block", summary.firstBlock},
+                 {"last_block", summary.lastBlock},
+                 {"width", summary.width},
+                 {"height", summary.height},
+                 {"pixel_format", summary.format},
+                 {"end", summary.end}};
+    if (summary.triggers != 0)
+        json.update({{"triggers", summary.triggers}, {"triggers_per_second", summary.triggersPerSecond}});
+    return json;
 }
 
 void PrintSummary(std::ostream& out, const GrabSummary& summary) {

@@ -4,6 +4,7 @@
 
 #include "base/Console.h"
 #include "grab/ImageWriter.h"
+#include "grab/SoftwareTrigger.h"
 #include "vx3/core/Mutex.h"
 #include "vx3/device/IDevice.h"
 
@@ -16,7 +17,8 @@
 namespace VX3::Tool {
 
 struct GrabLimits {
-    std::uint64_t frames = 1; // 0: until interrupted
+    std::uint64_t frames = 1; // 0: any number
+    double duration = 0.0;    // seconds after which the run ends; 0: none
     double timeout = 5.0;     // seconds without a frame after which the run ends
 };
 
@@ -36,13 +38,17 @@ struct GrabSummary {
     std::string format;      // of the last frame
     unsigned int width = 0;
     unsigned int height = 0;
-    std::string end; // why the run ended: "done", "interrupted", "timeout" or "lost"
+    std::uint64_t triggers = 0; // sent by software
+    double triggersPerSecond = 0.0;
+    // Why the run ended: "done" (all frames, or the duration where no number was asked for), "duration"
+    // before all frames came, "interrupted", "timeout", "lost" or "trigger" (the camera refused one).
+    std::string end;
 };
 
 class GrabSession {
 public:
-    // `writer` may be null: frames are only counted.
-    GrabSession(IDevice& camera, ImageWriter* writer, const GrabLimits& limits);
+    // `writer` may be null: frames are only counted. `trigger` may be null: the camera frees its own frames.
+    GrabSession(IDevice& camera, ImageWriter* writer, SoftwareTrigger* trigger, const GrabLimits& limits);
     ~GrabSession();
     GrabSession(const GrabSession&) = delete;
     GrabSession& operator=(const GrabSession&) = delete;
@@ -52,14 +58,22 @@ public:
 
 private:
     void OnImage(const std::shared_ptr<IImage>& image) VX3_EXCLUDES(mutex_);
-    std::string WaitForEnd() VX3_EXCLUDES(mutex_);
+    void Start();
+    std::string WaitForEnd(std::chrono::steady_clock::time_point started) VX3_EXCLUDES(mutex_);
+    // Empty while the run goes on.
+    std::string EndByFrames(std::chrono::steady_clock::time_point started) VX3_EXCLUDES(mutex_);
+    std::string EndByOthers() const;
+    bool IsSilent() const;
     void ShowProgress(std::chrono::steady_clock::time_point started) VX3_EXCLUDES(mutex_);
     GrabSummary Snapshot() VX3_EXCLUDES(mutex_);
     void StopStream();
 
     IDevice& camera_;
     ImageWriter* writer_;
+    SoftwareTrigger* trigger_;
     const GrabLimits limits_;
+    // The time-out; where frames are triggered more seldom, they are waited for as long.
+    const double patience_;
     IStream* stream_ = nullptr;
     bool open_ = false;
     Mutex mutex_;

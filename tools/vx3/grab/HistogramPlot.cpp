@@ -1,5 +1,7 @@
 #include "grab/HistogramPlot.h"
 
+#include "base/Files.h"
+
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgcodecs.hpp>
@@ -76,7 +78,7 @@ void DrawCurve(cv::Mat& plot, const std::vector<std::uint64_t>& counts, double l
 
 } // namespace
 
-bool PlotHistogram(const ChannelCounts& counts, const std::string& path) {
+std::string PlotHistogram(const ChannelCounts& counts, const std::string& path) {
     cv::Mat plot(Height, Width, CV_8UC3, cv::Scalar(255, 255, 255));
     std::uint64_t most = 1;
     std::size_t bins = 1;
@@ -90,11 +92,16 @@ bool PlotHistogram(const ChannelCounts& counts, const std::string& path) {
     for (const auto& [channel, levels] : counts)
         if (!levels.empty())
             DrawCurve(plot, levels, logMost, Colour(channel));
+    // Encoded in memory and written here: the codec does not notice a full disk.
     try {
-        return cv::imwrite(path, plot);
-    } catch (const cv::Exception&) {
-        return false;
+        std::vector<unsigned char> bytes;
+        if (!cv::imencode(".png", plot, bytes))
+            return path + ": the plot cannot be encoded";
+        WriteWholeFile(path, std::string(bytes.begin(), bytes.end()));
+    } catch (const std::exception& error) { // OpenCV's and ours
+        return error.what();
     }
+    return {};
 }
 
 } // namespace VX3::Tool

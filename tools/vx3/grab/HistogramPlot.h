@@ -7,7 +7,8 @@
 
 namespace VX3::Tool {
 
-// A channel a curve in its colour, counts on a logarithmic scale. False when the file cannot be written.
-bool PlotHistogram(const ChannelCounts& counts, const std::string& path);
+// A channel a curve in its colour, counts on a logarithmic scale. Why the file cannot be written; empty on
+// success.
+std::string PlotHistogram(const ChannelCounts& counts, const std::string& path);
 
 } // namespace VX3::Tool

@@ -1,6 +1,7 @@
 #include "grab/ImageWriter.h"
 
 #include "base/ToolError.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/processing/SaveLoadImage.h"
 
 #include <cstdio>
@@ -85,12 +86,20 @@ void ImageWriter::Work() {
         } catch (const std::exception& error) {
             failure = error.what();
         }
-        MutexLock lock(mutex_);
-        if (failure.empty())
-            counts_.saved += options_.save ? 1 : 0;
-        else if (++counts_.failed == 1)
-            counts_.firstFailure = failure;
+        Count(failure);
     }
+}
+
+void ImageWriter::Count(const std::string& failure) {
+    MutexLock lock(mutex_);
+    if (failure.empty()) {
+        counts_.saved += options_.save ? 1 : 0;
+        return;
+    }
+    if (++counts_.failed > 1)
+        return;
+    counts_.firstFailure = failure;
+    Console::Instance().Say(Printable(failure)); // at once: the run may take hours yet
 }
 
 std::string ImageWriter::Save(const Item& item) {
@@ -100,12 +109,16 @@ std::string ImageWriter::Save(const Item& item) {
                " cannot be shown this way; --format raw saves its bytes";
     const std::string path = PathOf(item);
     const auto status = static_cast<StatusCode>(SaveLoadImage::Save2File(picture, path, 1));
-    return Failed(status) ? path + ": " + StatusWords(status) : std::string();
+    if (!Failed(status))
+        return {};
+    const Failure last = LastFailure();
+    return last.code == status && !last.text.empty() ? last.text : path + ": " + StatusWords(status);
 }
 
 std::string ImageWriter::PathOf(const Item& item) const {
     char number[24];
-    std::snprintf(number, sizeof(number), "%06llu", static_cast<unsigned long long>(item.index));
+    std::snprintf(number, sizeof(number), "%06llu",
+                  static_cast<unsigned long long>(options_.firstNumber + item.index - 1));
     const bool incomplete = item.image->GetImageInfo()->lostPackets != 0;
     return options_.directory + "/frame_" + number + (incomplete ? "_incomplete." : ".") +
            options_.picture.format;

@@ -16,6 +16,7 @@ namespace VX3::Tool {
 
 struct WriterOptions {
     std::string directory = ".";
+    std::uint64_t firstNumber = 1; // of the files
     bool save = true;
     bool histogram = false;
     std::uint64_t queueBytes = 512ULL * 1024 * 1024;
@@ -36,7 +37,7 @@ public:
     ImageWriter(const ImageWriter&) = delete;
     ImageWriter& operator=(const ImageWriter&) = delete;
 
-    // Any thread; never waits for the disk. `index` numbers the file.
+    // Any thread; never waits for the disk. `index`, from 1, numbers the file.
     void Push(std::shared_ptr<IImage> image, std::uint64_t index) VX3_EXCLUDES(mutex_);
     // Saves what waits and ends the thread.
     void Finish() VX3_EXCLUDES(mutex_);
@@ -52,6 +53,7 @@ private:
 
     void Work() VX3_EXCLUDES(mutex_);
     bool Take(Item& item) VX3_EXCLUDES(mutex_);
+    void Count(const std::string& failure) VX3_EXCLUDES(mutex_);
     // Why it could not be saved; empty on success.
     std::string Save(const Item& item);
     std::string PathOf(const Item& item) const;

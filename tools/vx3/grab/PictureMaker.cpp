@@ -1,10 +1,12 @@
 #include "grab/PictureMaker.h"
 
+#include "base/NearMiss.h"
 #include "base/ToolError.h"
 #include "vx3/processing/ColorConversion.h"
 #include "vx3/processing/ColorMaps.h"
 
 #include <utility>
+#include <vector>
 
 namespace VX3::Tool {
 
@@ -18,16 +20,19 @@ bool IsMono(PixelFormat format) {
     return format.Channels() == 1 && format.ChannelID(0) == PixelChannelID::Mono;
 }
 
+bool HasOnly8Bits(const std::string& fileFormat) {
+    return fileFormat == "bmp" || fileFormat == "jpg" || fileFormat == "jpeg";
+}
+
 } // namespace
 
 unsigned int MapIndex(const std::string& name) {
-    const int map = FindColorMap(name);
+    const std::vector<std::string>& names = ColorMapNames();
+    const std::string* known = FindName(names, name);
+    const int map = known != nullptr ? FindColorMap(*known) : -1;
     if (map >= 0)
         return static_cast<unsigned int>(map);
-    std::string names;
-    for (const std::string& known : ColorMapNames())
-        names += (names.empty() ? "" : ", ") + known;
-    throw ToolError("there is no colour map \"" + name + "\"; the maps are " + names);
+    throw ToolError("there is no colour map \"" + name + "\"; the maps are " + Listed(names, names.size()));
 }
 
 PictureMaker::PictureMaker(const PictureOptions& options, std::shared_ptr<IImagePool> pool)
@@ -78,7 +83,7 @@ PictureMaker::Picture PictureMaker::InFileOrder(const Picture& image) const {
     if (format.Channels() == 0)
         return nullptr;
     if (IsMono(format))
-        return format == Mono8 || options_.format == "bmp" ? Converted(image, Mono8) : ScaledTo16(image);
+        return format == Mono8 || HasOnly8Bits(options_.format) ? Converted(image, Mono8) : ScaledTo16(image);
     return Converted(image, BGR8);
 }
 

@@ -10,7 +10,7 @@
 namespace VX3::Tool {
 
 struct PictureOptions {
-    std::string format = "png";                  // png, tiff, bmp or raw
+    std::string format = "png";                  // png, tiff, bmp, jpg, jpeg or raw
     PixelFormatValue conversion = InvalidFormat; // Mono8 or RGB8; invalid: none
     bool map = false;                            // false colour of mono images
     unsigned int mapIndex = 0;
@@ -24,7 +24,7 @@ public:
 
     // The image to save; empty when the format cannot be shown. Raw files get the camera's own bytes unless a
     // conversion or a map is asked for. Mono samples of more than 8 bits keep their precision in png and
-    // tiff, scaled to 16 bits, so that white is white; bmp gets the upper 8 bits.
+    // tiff, scaled to 16 bits, so that white is white; the others get the upper 8 bits.
     std::shared_ptr<IImage> Make(const std::shared_ptr<IImage>& image) const;
 
 private:

@@ -2,6 +2,7 @@
 
 #include "base/Console.h"
 #include "base/Interrupt.h"
+#include "base/NearMiss.h"
 #include "base/ToolError.h"
 #include "vx3/core/Utilities.h"
 #include "vx3/device/IEnumerationRounds.h"
@@ -41,21 +42,42 @@ std::vector<std::shared_ptr<IDevice>> SubDevicesOf(IDevice& device) {
     return cameras;
 }
 
-bool Matches(const IDevice& camera, const std::string& selector) {
-    return selector == camera.Name() || selector == camera.SerialNumber() || selector == camera.UserName() ||
-           selector == camera.UniqueName() || selector == AddressOf(camera);
+std::vector<std::string> NamesOf(const IDevice& camera) {
+    return {camera.Name(), camera.SerialNumber(), camera.UserName(), camera.UniqueName(), AddressOf(camera)};
 }
 
-// Those that the selector names; where there is none, those of that model.
+bool Contains(const std::vector<std::string>& names, const std::string& name, bool anyCase) {
+    return std::any_of(names.begin(), names.end(), [&](const std::string& known) {
+        return !known.empty() && (known == name || (anyCase && Lower(known) == Lower(name)));
+    });
+}
+
+// Those that the selector names; where there is none, those of that model; where there is none either, the
+// same without regard to case.
 std::vector<FoundCamera> Matching(const std::vector<FoundCamera>& cameras, const std::string& selector) {
-    std::vector<FoundCamera> named;
-    std::vector<FoundCamera> models;
-    for (const FoundCamera& found : cameras)
-        if (Matches(*found.camera, selector))
-            named.push_back(found);
-        else if (found.camera->ModelName() == selector)
-            models.push_back(found);
-    return named.empty() ? models : named;
+    for (const bool anyCase : {false, true}) {
+        std::vector<FoundCamera> named;
+        std::vector<FoundCamera> models;
+        for (const FoundCamera& found : cameras)
+            if (Contains(NamesOf(*found.camera), selector, anyCase))
+                named.push_back(found);
+            else if (Contains({found.camera->ModelName()}, selector, anyCase))
+                models.push_back(found);
+        if (!named.empty() || !models.empty())
+            return named.empty() ? models : named;
+    }
+    return {};
+}
+
+// The families that this library was built with: asked of the library, which is the one to know.
+std::string BuiltFamilies() {
+    std::string names;
+    const auto manager = System::CreateManager(IntfDevType::All);
+    for (const IntfDevType family : manager->DeviceTypeSupported())
+        for (const Transport& transport : Transports)
+            if (transport.family == family)
+                names += (names.empty() ? "" : ", ") + std::string(transport.name);
+    return names;
 }
 
 std::string Candidates(const std::vector<FoundCamera>& cameras) {
@@ -108,6 +130,9 @@ CameraSearch::CameraSearch(const GlobalOptions& options)
     : manager_(System::CreateManager(TransportBits(options.transport))) {
     if (!manager_)
         throw ToolError("the library made no manager");
+    if (manager_->DeviceTypeSupported().empty())
+        throw ToolError("family not built: this library has no \"" + options.transport + "\", only " +
+                        BuiltFamilies());
     const int count = manager_->GetDevices(IntfDevType::All);
     for (int i = 0; i < count; ++i) {
         std::shared_ptr<IDevice> device = manager_->GetDevice(static_cast<unsigned int>(i), IntfDevType::All);
@@ -145,6 +170,8 @@ void CameraSearch::AskAddress(const std::string& address) {
 
 FoundCamera CameraSearch::Find(const std::string& selector) {
     std::vector<FoundCamera> cameras = Cameras();
+    if (Interrupted())
+        throw ToolError("while looking for cameras");
     std::vector<FoundCamera> matches = Matching(cameras, selector);
     if (matches.empty() && LooksLikeAddress(selector)) {
         AskAddress(selector);

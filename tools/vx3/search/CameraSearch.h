@@ -18,7 +18,7 @@ struct FoundCamera {
 
 class CameraSearch {
 public:
-    // Lists the interfaces; throws when --interface names none of them.
+    // Lists the interfaces; throws when --interface names none of them, or the library has no such family.
     explicit CameraSearch(const GlobalOptions& options);
     ~CameraSearch();
     CameraSearch(const CameraSearch&) = delete;

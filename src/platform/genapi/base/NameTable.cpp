@@ -39,13 +39,13 @@ std::uint64_t LoadTail(std::string_view name) {
 
 // Names are short: eight characters at a time, well mixed.
 std::uint32_t HashOf(std::string_view name) {
-    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15u;
+    constexpr std::uint64_t Factor = 0x9E3779B97F4A7C15u;
     std::uint64_t hash = Seed() ^ name.size();
     for (std::size_t i = 0; i + sizeof(hash) < name.size(); i += sizeof(hash)) {
-        hash = (hash ^ Load<std::uint64_t>(name.data() + i)) * factor;
+        hash = (hash ^ Load<std::uint64_t>(name.data() + i)) * Factor;
         hash ^= hash >> 32;
     }
-    hash = (hash ^ LoadTail(name)) * factor;
+    hash = (hash ^ LoadTail(name)) * Factor;
     return static_cast<std::uint32_t>(hash >> 32);
 }
 

@@ -83,8 +83,8 @@ std::optional<double> ParseUnsignedFloat(std::string_view text) {
     if (EqualsIgnoringCase(text, "nan"))
         return std::numeric_limits<double>::quiet_NaN();
     // Up to 2^53 an integer converts exactly; most numbers are such.
-    constexpr std::size_t exactDigits = 15;
-    if (text.size() <= exactDigits)
+    constexpr std::size_t ExactDigits = 15;
+    if (text.size() <= ExactDigits)
         if (const std::optional<std::uint64_t> value = ParseMagnitude(text, 10))
             return static_cast<double>(*value);
     return IsDecimalFloat(text) ? std::optional<double>(ConvertDecimal(text)) : std::nullopt;
@@ -105,16 +105,16 @@ std::optional<std::int64_t> ParseInteger(std::string_view text) {
     const bool negative = TakeSign(text);
     std::string_view digits = text;
     const unsigned base = TakeHexPrefix(digits) ? 16 : 10;
-    constexpr std::uint64_t lowestMagnitude = std::uint64_t{1} << 63;
+    constexpr std::uint64_t LowestMagnitude = std::uint64_t{1} << 63;
     if (const std::optional<std::uint64_t> magnitude = ParseMagnitude(digits, base)) {
-        if (negative && *magnitude > lowestMagnitude)
+        if (negative && *magnitude > LowestMagnitude)
             return std::nullopt;
         return static_cast<std::int64_t>(negative ? 0 - *magnitude : *magnitude);
     }
     if (base == 16 || text.find_first_of(".eE") == std::string_view::npos || !IsDecimalFloat(text))
         return std::nullopt;
     const double value = ConvertDecimal(text);
-    if (!(value < static_cast<double>(lowestMagnitude)) || value != std::trunc(value))
+    if (!(value < static_cast<double>(LowestMagnitude)) || value != std::trunc(value))
         return std::nullopt;
     return static_cast<std::int64_t>(negative ? -value : value);
 }

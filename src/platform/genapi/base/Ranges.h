@@ -19,6 +19,7 @@ struct IntegerRange {
 
     // True when `value` lies on the grid of increments that starts at min.
     bool IsOnGrid(std::int64_t value) const;
+    // What both hold. Where their grids never meet inside the bounds this range's own grid stays.
     void Intersect(const IntegerRange& other);
 };
 

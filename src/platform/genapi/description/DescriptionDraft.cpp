@@ -16,12 +16,12 @@ DescriptionDraft::DescriptionDraft(Description& description)
 
 // A little more than descriptions of this length usually have, so that the tables rarely move.
 void DescriptionDraft::Reserve() {
-    constexpr std::size_t bytesPerElement = 40;
-    constexpr std::size_t bytesPerNode = 180;
+    constexpr std::size_t BytesPerElement = 40;
+    constexpr std::size_t BytesPerNode = 180;
     const std::size_t bytes = description_.text_.size();
-    description_.elements_.reserve(std::min(bytes / bytesPerElement, MaxDescriptionElements));
-    description_.nodes_.reserve(std::min(bytes / bytesPerNode, MaxDescriptionNodes));
-    description_.names_.Reserve(std::min(bytes / bytesPerNode, MaxDescriptionNodes));
+    description_.elements_.reserve(std::min(bytes / BytesPerElement, MaxDescriptionElements));
+    description_.nodes_.reserve(std::min(bytes / BytesPerNode, MaxDescriptionNodes));
+    description_.names_.Reserve(std::min(bytes / BytesPerNode, MaxDescriptionNodes));
 }
 
 bool DescriptionDraft::Admit(std::string_view name, std::string_view what, std::int32_t index,

@@ -6,9 +6,9 @@ namespace GenApi_3_2 {
 namespace Engine {
 
 std::string Quoted(std::string_view text) {
-    constexpr std::size_t longest = 100;
+    constexpr std::size_t Longest = 100;
     std::string quoted = "'";
-    quoted.append(text.substr(0, longest)).append(text.size() > longest ? "...'" : "'");
+    quoted.append(text.substr(0, Longest)).append(text.size() > Longest ? "...'" : "'");
     return quoted;
 }
 

@@ -16,6 +16,7 @@ constexpr std::size_t MaxDescriptionArena = 4u << 20;   // bytes of texts put to
 constexpr std::size_t MaxFormulaText = 1u << 20;        // bytes of all formulas together
 constexpr std::size_t MaxNodeName = 512;                // characters
 constexpr int MaxDescriptionDepth = 64;                 // elements inside elements
+constexpr std::size_t MaxElementAttributes = 64;        // of one element
 
 } // namespace Engine
 } // namespace GenApi_3_2

@@ -15,8 +15,8 @@ namespace {
 
 int IntegerOf(std::string_view text) {
     const std::int64_t value = ParseInteger(text).value_or(0);
-    constexpr std::int64_t most = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(value, -most, most));
+    constexpr std::int64_t Most = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(value, -Most, Most));
 }
 
 // Where bits lie is one statement: an entry with a Bit does not inherit LSB and MSB, nor the other way round.
@@ -34,6 +34,7 @@ void DescriptionReader::Read() {
     if (LocalName(root.name()) != "RegisterDescription")
         draft_.Refuse(xml_.LineOf(root), {},
                       "root element is " + Quoted(root.name()) + ", not 'RegisterDescription'");
+    xml_.CheckAttributes(root, {});
     ReadHeader(root);
     ReadNodes(root, 0);
     draft_.ResolveReferences();
@@ -49,6 +50,9 @@ void DescriptionReader::ReadHeader(pugi::xml_node root) {
     header.productGuid = AttributeText(root, "ProductGuid");
     header.versionGuid = AttributeText(root, "VersionGuid");
     header.schemaMajorVersion = number("SchemaMajorVersion");
+    if (const std::string_view major = AttributeText(root, "SchemaMajorVersion");
+        root.attribute("SchemaMajorVersion") && header.schemaMajorVersion != 1)
+        draft_.Refuse(xml_.LineOf(root), {}, "schema version " + Quoted(major) + " is none that is known: 1");
     header.schemaMinorVersion = number("SchemaMinorVersion");
     header.schemaSubMinorVersion = number("SchemaSubMinorVersion");
     header.majorVersion = number("MajorVersion");
@@ -63,6 +67,7 @@ void DescriptionReader::ReadNodes(pugi::xml_node parent, int depth) {
 }
 
 void DescriptionReader::ReadAny(pugi::xml_node xml, int depth) {
+    xml_.CheckAttributes(xml, {});
     const NodeKind kind = Lookup(NodeKindOf, xml.name());
     switch (kind) {
     case NodeKind::Group:

@@ -32,6 +32,7 @@ void ElementReader::Read(pugi::xml_node xml, ElementOwner& owner) {
 }
 
 void ElementReader::ReadElement(pugi::xml_node xml, ElementOwner& owner) {
+    xml_.CheckAttributes(xml, owner.name);
     Element element;
     const char* const name = xml.name();
     element.id = Lookup(ElementIdOf, name);

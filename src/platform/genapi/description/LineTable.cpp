@@ -7,8 +7,8 @@ namespace GenApi_3_2 {
 namespace Engine {
 
 LineTable::LineTable(std::string_view text) {
-    constexpr std::size_t usualLine = 24;
-    ends_.reserve(text.size() / usualLine);
+    constexpr std::size_t UsualLine = 24;
+    ends_.reserve(text.size() / UsualLine);
     const char* const begin = text.data();
     const char* const end = begin + text.size();
     for (const char* at = begin; at != end; ++at) {
@@ -20,9 +20,9 @@ LineTable::LineTable(std::string_view text) {
 }
 
 std::uint32_t LineTable::LineOf(std::size_t offset) {
-    constexpr int steps = 8;
+    constexpr int Steps = 8;
     if (last_ == 0 || ends_[last_ - 1] < offset) {
-        for (int i = 0; i < steps && last_ < ends_.size() && ends_[last_] < offset; ++i)
+        for (int i = 0; i < Steps && last_ < ends_.size() && ends_[last_] < offset; ++i)
             ++last_;
         if (last_ == ends_.size() || ends_[last_] >= offset)
             return static_cast<std::uint32_t>(last_ + 1);

@@ -5,6 +5,7 @@
 #include "platform/genapi/description/DescriptionError.h"
 #include "platform/genapi/description/DescriptionLimits.h"
 
+#include <array>
 #include <cstring>
 
 namespace GenApi_3_2 {
@@ -95,9 +96,28 @@ std::string_view XmlText::Keep(std::string text, std::uint32_t line) {
     return arena_.emplace_back(std::move(text));
 }
 
+void XmlText::CompareAttributes(pugi::xml_node xml, std::string_view node) {
+    std::array<const char*, MaxElementAttributes> names;
+    std::size_t count = 0;
+    const auto fail = [&](const std::string& reason) {
+        ThrowDescriptionError(fileName_, LineOf(xml), node.empty() ? AttributeText(xml, "Name") : node,
+                              reason);
+    };
+    for (pugi::xml_attribute at = xml.first_attribute(); at; at = at.next_attribute()) {
+        const char* const name = at.name();
+        if (count == names.size())
+            fail("more than " + std::to_string(names.size()) + " attributes");
+        for (std::size_t i = 0; i < count; ++i)
+            if (*names[i] == *name && std::strcmp(names[i], name) == 0)
+                fail("XML is damaged: attribute " + Quoted(name) + " is given twice");
+        names[count++] = name;
+    }
+}
+
 void XmlText::CheckDepth(pugi::xml_node xml, std::string_view node) {
     int depth = 0;
     for (pugi::xml_node at = xml.first_child(); at && depth >= 0;) {
+        CheckAttributes(at, node);
         if (at.first_child()) {
             at = at.first_child();
             if (++depth > MaxDescriptionDepth)

@@ -31,11 +31,18 @@ public:
     std::string_view TextOf(pugi::xml_node xml, pugi::xml_node firstChild);
     // A text that stands nowhere in the file; `line` is named when all such texts grow too large.
     std::string_view Keep(std::string text, std::uint32_t line);
-    // Throws when elements nest without end below `xml`.
+    // Throws when elements nest without end below `xml`, or one of them gives an attribute twice.
     void CheckDepth(pugi::xml_node xml, std::string_view node);
+    // Throws when `xml` gives an attribute twice: the parser would take either. Without `node`: xml is one.
+    void CheckAttributes(pugi::xml_node xml, std::string_view node) {
+        const pugi::xml_attribute first = xml.first_attribute();
+        if (first && first.next_attribute())
+            CompareAttributes(xml, node);
+    }
 
 private:
     void CheckDoctype();
+    void CompareAttributes(pugi::xml_node xml, std::string_view node);
     std::string_view JoinedText(pugi::xml_node xml);
 
     std::string& text_;

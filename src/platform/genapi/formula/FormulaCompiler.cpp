@@ -13,9 +13,9 @@ namespace Engine {
 namespace {
 
 std::string Quoted(std::string_view text) {
-    constexpr std::size_t longest = 80;
+    constexpr std::size_t Longest = 80;
     std::string quoted = "'";
-    quoted.append(text.substr(0, longest)).append(text.size() > longest ? "...'" : "'");
+    quoted.append(text.substr(0, Longest)).append(text.size() > Longest ? "...'" : "'");
     return quoted;
 }
 

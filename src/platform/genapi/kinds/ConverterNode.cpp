@@ -76,6 +76,8 @@ std::optional<T> ConverterNode<T>::Shown(T value) const {
             if (std::isnan(shown))
                 return std::nullopt;
         return shown;
+    } catch (const TooManyVisits&) {
+        throw;
     } catch (const GenICam_3_2::RuntimeException&) {
         return std::nullopt; // no result at this end, a pole for example
     }
@@ -85,6 +87,10 @@ template <class T>
 typename ConverterNode<T>::Range ConverterNode<T>::ReadRange() {
     Range range;
     if (slope_ == Varying && !isLinear_)
+        return range;
+    // A constant is shown whatever the other node holds: its bounds cannot be seen from here. They hold
+    // there.
+    if (!from_.UsesArgument())
         return range;
     const Range inner = NumberKind<T>::RangeOf(*target_);
     if (slope_ != Varying)

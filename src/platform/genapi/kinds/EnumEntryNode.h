@@ -19,6 +19,7 @@ public:
     gcstring GetDisplayName() const override;
     double GetNumericValue() override { return Numeric(); }
     bool IsSelfClearing() override { return isSelfClearing_; }
+    bool IsSelfClearing() const { return isSelfClearing_; }
 
     std::int64_t Value() const { return value_; }
     // The number a Float over the enumeration sees; the value where the description gives no other.

@@ -107,7 +107,15 @@ IEnumEntry* EnumerationNode::GetCurrentEntry(bool Verify, bool IgnoreCache) {
 // ---- Values
 
 std::int64_t EnumerationNode::ReadInteger(bool ignoreCache) {
-    return source_.Read(ignoreCache);
+    const std::int64_t value = source_.Read(ignoreCache);
+    Context().GetCache().SetPassing(*this, IsSelfClearing(value));
+    return value;
+}
+
+bool EnumerationNode::IsSelfClearing(std::int64_t value) const {
+    return std::any_of(entries_.begin(), entries_.end(), [&](const EnumEntryNode* entry) {
+        return entry->IsSelfClearing() && entry->Value() == value && !entry->IsBroken();
+    });
 }
 
 void EnumerationNode::RequireAvailable(const EnumEntryNode& entry) const {
@@ -126,9 +134,9 @@ void EnumerationNode::VerifyInteger(std::int64_t value) {
 
 void EnumerationNode::WriteInteger(std::int64_t value, bool verify) {
     source_.Write(*this, value, verify);
-    // The device clears such a value by itself: what was written is not what will be read.
-    EnumEntryNode* entry = FindEntry(value);
-    if (entry && entry->IsSelfClearing())
+    const bool isPassing = IsSelfClearing(value);
+    Context().GetCache().SetPassing(*this, isPassing);
+    if (isPassing) // what was written is not what will be read
         Context().GetCache().Invalidate(*this);
 }
 

@@ -47,6 +47,8 @@ protected:
 
 private:
     EnumEntryNode& CurrentEntry(bool ignoreCache);
+    // The device clears this value by itself.
+    bool IsSelfClearing(std::int64_t value) const;
     void RequireAvailable(const EnumEntryNode& entry) const;
     // From the lowest to the highest number of the available entries.
     template <class Range, class Number>

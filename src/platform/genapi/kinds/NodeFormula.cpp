@@ -2,6 +2,7 @@
 
 #include "platform/genapi/nodes/NumberKind.h"
 
+#include <algorithm>
 #include <type_traits>
 
 namespace GenApi_3_2 {
@@ -126,6 +127,12 @@ NodeBase* NodeFormula<T>::EntryOf(NodeBase& enumeration, std::string_view entry)
         entry.remove_suffix(6);
     const std::string name = "EnumEntry_" + std::string(enumeration.Name()) + "_" + std::string(entry);
     return enumeration.Context().NodeAt(enumeration.Context().Text().IndexOf(name));
+}
+
+template <class T>
+bool NodeFormula<T>::UsesArgument() const {
+    return std::any_of(slots_.begin(), slots_.end(),
+                       [](const Slot& slot) { return slot.kind == Kind::Argument; });
 }
 
 template <class T>

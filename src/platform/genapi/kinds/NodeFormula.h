@@ -33,6 +33,8 @@ public:
     // `argument` is the name of the value given to Evaluate, empty for none. Switches the owner off when the
     // formula does not parse or uses what does not exist.
     void Compile(NodeBase& owner, const FormulaInputs& inputs, std::string_view argument = {});
+    // The result depends on the value given to Evaluate.
+    bool UsesArgument() const;
     // Throws RuntimeException when there is no result.
     T Evaluate(const NodeBase& owner, bool ignoreCache, T argument = T()) const;
 

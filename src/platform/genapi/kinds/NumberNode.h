@@ -16,6 +16,8 @@ public:
     using FaceOf<T>::FaceOf;
     using FaceOf<T>::operator=;
 
+    NodeBase* Origin() const override { return source_.Target(); }
+
 protected:
     bool Take(const Element& element) override;
     void Finish() override { source_.Finish(*this); }

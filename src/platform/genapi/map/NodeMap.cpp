@@ -16,6 +16,9 @@ NodeMap::NodeMap(std::shared_ptr<const Description> description, const gcstring&
     context_.GetCache().Build(context_.Nodes(), context_.Links());
     LinkCheck(context_.Nodes()).Run();
     MarkFeatures();
+    for (const NodeBase* node : context_.GetCache().Polled())
+        if (const std::int64_t time = node->GetPollingTime(); pollingTime_ < 0 || time < pollingTime_)
+            pollingTime_ = time;
 }
 
 NodeMap::~NodeMap() = default;
@@ -95,6 +98,8 @@ bool NodeMap::Connect(IPort* pPort) const {
 }
 
 void NodeMap::Poll(std::int64_t ElapsedTime) {
+    if (pollingTime_ < 0)
+        return; // nor is anybody waited for who holds the lock
     const Operation operation(context_);
     context_.GetCache().Poll(ElapsedTime);
     context_.FireChanged();

@@ -42,6 +42,8 @@ public:
     gcstring GetProductGuid() override;
     gcstring GetVersionGuid() override;
 
+    // The shortest of its nodes, in milliseconds; -1 without any.
+    std::int64_t PollingTime() const { return pollingTime_; }
     const std::vector<vx3::NodeMapProblem>& Problems() const { return context_.Problems(); }
 
 private:
@@ -50,6 +52,7 @@ private:
     NodeBase* Find(std::string_view name) const;
 
     NodeContext context_;
+    std::int64_t pollingTime_ = -1;
 };
 
 } // namespace Engine

@@ -1,5 +1,6 @@
 #include "GenApi/NodeMapFactory.h"
 
+#include "GenApi/vx3/Polling.h"
 #include "GenApi/vx3/Problems.h"
 #include "platform/genapi/description/Description.h"
 #include "platform/genapi/map/NodeMap.h"
@@ -98,6 +99,11 @@ std::vector<NodeMapProblem> GetProblems(const CNodeMapFactory& factory) {
 std::vector<NodeMapProblem> GetProblems(const INodeMap& nodeMap) {
     const auto* map = dynamic_cast<const Engine::NodeMap*>(&nodeMap);
     return map ? map->Problems() : std::vector<NodeMapProblem>();
+}
+
+std::int64_t GetPollingTime(const INodeMap& nodeMap) {
+    const auto* map = dynamic_cast<const Engine::NodeMap*>(&nodeMap);
+    return map ? map->PollingTime() : -1;
 }
 
 } // namespace vx3

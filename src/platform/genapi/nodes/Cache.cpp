@@ -106,6 +106,22 @@ void Cache::Invalidate(NodeBase& node) {
     Run(true);
 }
 
+void Cache::SetPassing(NodeBase& node, bool isPassing) {
+    const auto found = std::find(passing_.begin(), passing_.end(), &node);
+    if (isPassing && found == passing_.end())
+        passing_.push_back(&node);
+    else if (!isPassing && found != passing_.end())
+        passing_.erase(found);
+    hasPassing_ = !passing_.empty();
+}
+
+void Cache::DropPassing() {
+    NextEpoch();
+    for (NodeBase* node : passing_)
+        Push(*node, true);
+    Run(false);
+}
+
 void Cache::InvalidateAll(const std::vector<std::unique_ptr<NodeBase>>& nodes) {
     for (const auto& node : nodes) {
         node->DropAccess();

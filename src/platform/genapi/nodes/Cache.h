@@ -28,6 +28,15 @@ public:
     void InvalidateAll(const std::vector<std::unique_ptr<NodeBase>>& nodes);
     // Milliseconds since the last call.
     void Poll(std::int64_t elapsed);
+    // Nodes with a polling time; any thread once the cache is built.
+    const std::vector<NodeBase*>& Polled() const { return polled_; }
+
+    // The device will replace the value of `node` by itself: until it has, each operation begins with nothing
+    // known of it, what it reads and what depends on it.
+    void SetPassing(NodeBase& node, bool isPassing);
+    bool HasPassing() const { return hasPassing_; }
+    // Without callbacks: nobody knows yet whether anything has changed.
+    void DropPassing();
 
     // The nodes with callbacks that changed since the last call, each once.
     std::vector<NodeBase*> TakeChanged();
@@ -54,6 +63,8 @@ private:
     std::vector<Step> queue_;
     std::vector<NodeBase*> changed_;
     std::vector<NodeBase*> polled_;
+    std::vector<NodeBase*> passing_; // few, mostly none
+    bool hasPassing_ = false;
     std::uint32_t epoch_ = 0;
     const NodeRecord* firstRecord_ = nullptr;
 };

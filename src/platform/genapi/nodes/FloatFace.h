@@ -14,7 +14,7 @@ public:
     bool HasInc() override;
     EIncMode GetIncMode() override;
     double GetInc() override;
-    gcstring GetUnit() const override { return Properties().Text(ElementId::Unit); }
+    gcstring GetUnit() const override { return Unit(); }
     EDisplayNotation GetDisplayNotation() const override { return notation_; }
     std::int64_t GetDisplayPrecision() const override { return precision_.value_or(6); }
     IInteger* GetIntAlias() override;

@@ -26,7 +26,7 @@ IFloat* IntegerFace::GetFloatAlias() {
 }
 
 gcstring IntegerFace::ShownText(bool ignoreCache) {
-    return IntegerText(GetInteger(ignoreCache), representation_).c_str();
+    return IntegerText(GetInteger(ignoreCache), Representation()).c_str();
 }
 
 void IntegerFace::TakeShownText(const gcstring& text, bool verify) {

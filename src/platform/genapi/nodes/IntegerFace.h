@@ -13,7 +13,7 @@ public:
 
     EIncMode GetIncMode() override;
     std::int64_t GetInc() override;
-    gcstring GetUnit() override { return Properties().Text(ElementId::Unit); }
+    gcstring GetUnit() override { return Unit(); }
     IFloat* GetFloatAlias() override;
 
     IntegerRange GetRange() final;

@@ -38,19 +38,27 @@ void NodeAccess::Impose(EAccessMode mode) {
 }
 
 EAccessMode NodeAccess::Find(const NodeBase& owner) const {
+    const Moment now = owner.Context().Now();
+    if (moment_ == now)
+        return found_;
+    EAccessMode mode = NA;
     try {
-        const EAccessMode mode = Evaluate(owner);
+        mode = Evaluate(owner);
         if (isCachable_)
             known_ = mode;
-        return mode;
-    } catch (const GenICam_3_2::GenericException&) {
-        return NA; // not kept: the device may answer the next time
+    } catch (const TooManyVisits&) {
+        throw;                                       // that is no answer
+    } catch (const GenICam_3_2::GenericException&) { // not kept: the device may answer the next time
     }
+    found_ = mode;
+    moment_ = now;
+    return mode;
 }
 
 EAccessMode NodeAccess::Evaluate(const NodeBase& owner) const {
-    if (owner.IsBroken() || !owner.Context().CountVisit())
+    if (owner.IsBroken())
         return NA;
+    owner.Visit();
     if (!IsTrue(isImplemented_, true))
         return NI;
     EAccessMode mode = CombineAccess(own_, imposed_);

@@ -4,6 +4,7 @@
 
 #include "GenApi/Types.h"
 #include "platform/genapi/description/Description.h"
+#include "platform/genapi/nodes/CachedValue.h"
 
 namespace GenApi_3_2 {
 namespace Engine {
@@ -16,14 +17,17 @@ public:
     void SetDefault(EAccessMode mode) { own_ = mode; }
     void Take(NodeBase& owner, const Element& element);
 
-    // The effective mode; asks the device where needed and never throws: what cannot be asked is not
-    // available.
+    // The effective mode; asks the device where needed: what cannot be asked is not available. Throws only
+    // when that would hardly end.
     EAccessMode Mode(const NodeBase& owner) const {
         return known_ != _UndefinedAccesMode ? known_ : Find(owner);
     }
     // Narrows the mode for good.
     void Impose(EAccessMode mode);
-    void Drop() { known_ = _UndefinedAccesMode; }
+    void Drop() {
+        known_ = _UndefinedAccesMode;
+        moment_ = 0;
+    }
     bool IsCachable() const { return isCachable_; }
     void SetCachable(bool isCachable) { isCachable_ = isCachable; }
 
@@ -32,6 +36,8 @@ private:
     EAccessMode Evaluate(const NodeBase& owner) const;
 
     mutable EAccessMode known_ = _UndefinedAccesMode;
+    mutable EAccessMode found_ = _UndefinedAccesMode; // in the operation of moment_
+    mutable Moment moment_ = 0;
     EAccessMode own_ = RW;
     EAccessMode imposed_ = RW;
     bool isCachable_ = false;

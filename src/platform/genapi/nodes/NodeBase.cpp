@@ -132,11 +132,17 @@ void NodeBase::RequireWritable() const {
 void NodeBase::Enter() const {
     if (isBroken_)
         Fail<AccessException>(*this, "not available: " + context_.BrokenReason(*this));
-    if (!context_.CountVisit())
-        Fail<RuntimeException>(*this, "one operation would visit too many nodes");
+    Visit();
+}
+
+void NodeBase::FailEndless() const {
+    Fail<TooManyVisits>(*this, "one operation would visit too many nodes");
 }
 
 std::int64_t NodeBase::FetchInteger(bool ignoreCache) {
+    const Moment now = context_.Now();
+    if (const std::int64_t* seen = value_.Integer(now, ignoreCache))
+        return *seen;
     if (IsFloating()) {
         const double value = GetFloat(ignoreCache);
         if (const auto integer = RoundToInteger(value))
@@ -145,16 +151,19 @@ std::int64_t NodeBase::FetchInteger(bool ignoreCache) {
     }
     Enter();
     const std::int64_t value = ReadInteger(ignoreCache);
-    value_.Keep(value);
+    value_.KeepRead(value, now, ignoreCache);
     return value;
 }
 
 double NodeBase::FetchFloat(bool ignoreCache) {
     if (!IsFloating())
         return static_cast<double>(GetInteger(ignoreCache));
+    const Moment now = context_.Now();
+    if (const double* seen = value_.Float(now, ignoreCache))
+        return *seen;
     Enter();
     const double value = ReadFloat(ignoreCache);
-    value_.Keep(value);
+    value_.KeepRead(value, now, ignoreCache);
     return value;
 }
 
@@ -228,6 +237,22 @@ IntegerRange NodeBase::GetRange() {
 
 FloatRange NodeBase::GetFloatRange() {
     return IsFloating() ? FloatRange() : ToFloatRange(GetRange());
+}
+
+const Element* NodeBase::FindAtOrigin(ElementId id) const {
+    const NodeBase* node = this;
+    const Element* found = context_.Text().Find(record_, id);
+    try {
+        while (!found && !node->IsBroken() && (node = node->Origin()) != nullptr) {
+            node->Visit();
+            found = context_.Text().Find(node->record_, id);
+        }
+    } catch (const TooManyVisits&) {
+        throw;
+    } catch (const GenericException&) { // which of several nodes it is cannot be read
+        return nullptr;
+    }
+    return found;
 }
 
 std::int64_t NodeBase::ReadInteger(bool) {

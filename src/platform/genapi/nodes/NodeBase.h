@@ -48,6 +48,9 @@ public:
     // The value as a Float over this node sees it: enumerations have numbers of their own for that.
     virtual double GetNumeric(bool ignoreCache) { return GetFloat(ignoreCache); }
     virtual void SetNumeric(double value, bool verify) { SetFloat(value, verify); }
+    // The node that holds what this node shows unchanged: its unit is this node's too. Null when there is
+    // none, or it cannot be found out now.
+    virtual NodeBase* Origin() const { return nullptr; }
     // Bounds are evaluated anew at each call.
     virtual IntegerRange GetRange();
     virtual FloatRange GetFloatRange();
@@ -79,6 +82,11 @@ public:
     // The mode that inner nodes and the port allow.
     virtual EAccessMode InnerAccess() const { return RW; }
     VisitMarks& Marks() { return marks_; }
+    // Counts this node; throws when an operation visits more nodes than any sane description needs.
+    void Visit() const {
+        if (!context_.CountVisit())
+            FailEndless();
+    }
 
 protected:
     // Takes an element that the node type knows; false hands it to the common ones.
@@ -103,8 +111,10 @@ protected:
 
     void RequireReadable() const;
     void RequireWritable() const;
-    // Throws when the node is switched off or an operation visits more nodes than any sane description needs.
+    // Throws when the node is switched off; counts the visit.
     void Enter() const;
+    // The element of this node or, where it has none, of the nodes whose value it shows; null without any.
+    const Element* FindAtOrigin(ElementId id) const;
     // Runs a public write: checks, writes, tells those who depend on this node.
     template <class Function>
     void Write(bool verify, Function&& write);
@@ -112,6 +122,7 @@ protected:
     CachedValue value_;
 
 private:
+    [[noreturn]] void FailEndless() const;
     std::int64_t FetchInteger(bool ignoreCache);
     double FetchFloat(bool ignoreCache);
     void TakeCommon(const Element& element);

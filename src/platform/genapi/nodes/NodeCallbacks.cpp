@@ -1,7 +1,6 @@
 #include "platform/genapi/nodes/NodeCallbacks.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 namespace GenApi_3_2 {
@@ -31,16 +30,12 @@ std::shared_ptr<CNodeCallback> NodeCallbacks::Remove(CallbackHandleType handle) 
 }
 
 void NodeCallbacks::Fire(const List& callbacks, ECallbackType type) {
-    std::exception_ptr failure;
     for (const auto& callback : callbacks) {
         try {
             (*callback)(type);
-        } catch (...) {
-            failure = std::current_exception();
+        } catch (...) { // the operation has happened, and its caller must not take it for failed
         }
     }
-    if (failure)
-        std::rethrow_exception(failure);
 }
 
 } // namespace Engine

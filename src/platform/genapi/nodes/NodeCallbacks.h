@@ -20,7 +20,7 @@ public:
     bool IsEmpty() const { return list_.empty(); }
     const List& All() const { return list_; }
 
-    // Calls each, then throws again what the last of the failing ones threw.
+    // Calls each; what it throws is dropped.
     static void Fire(const List& callbacks, ECallbackType type);
 
 private:

@@ -2,7 +2,6 @@
 
 #include "platform/genapi/nodes/NodeBase.h"
 
-#include <exception>
 #include <utility>
 
 namespace GenApi_3_2 {
@@ -43,8 +42,17 @@ const std::string& NodeContext::BrokenReason(const NodeBase& node) const {
 
 void NodeContext::Begin() const {
     lock_.Lock();
-    if (depth_++ == 0)
+    if (cache_.HasPassing()) {
+        try {
+            cache_.DropPassing();
+        } catch (...) { // no memory for the walk
+            lock_.Unlock();
+            throw;
+        }
+    }
+    if (depth_++ == outermost_)
         visits_ = 0;
+    NextMoment();
 }
 
 void NodeContext::End() const noexcept {
@@ -54,7 +62,7 @@ void NodeContext::End() const noexcept {
     }
     const std::vector<NodeBase*> nodes = std::exchange(outside_, {});
     lock_.Unlock();
-    FireOutside(nodes);
+    Fire(nodes, cbPostOutsideLock);
 }
 
 void NodeContext::FireChanged() const {
@@ -62,23 +70,18 @@ void NodeContext::FireChanged() const {
         return;
     const std::vector<NodeBase*> nodes = cache_.TakeChanged();
     outside_.insert(outside_.end(), nodes.begin(), nodes.end());
-    std::exception_ptr failure;
-    for (NodeBase* node : nodes) {
-        try {
-            node->Fire(cbPostInsideLock);
-        } catch (...) {
-            failure = std::current_exception();
-        }
-    }
-    if (failure)
-        std::rethrow_exception(failure);
+    const std::uint32_t visits = visits_;
+    const std::uint32_t outermost = std::exchange(outermost_, depth_);
+    Fire(nodes, cbPostInsideLock);
+    outermost_ = outermost;
+    visits_ = visits;
 }
 
-void NodeContext::FireOutside(const std::vector<NodeBase*>& nodes) const {
+void NodeContext::Fire(const std::vector<NodeBase*>& nodes, ECallbackType type) {
     for (NodeBase* node : nodes) {
         try {
-            node->Fire(cbPostOutsideLock);
-        } catch (...) { // nobody is left to tell: the operation itself has succeeded
+            node->Fire(type);
+        } catch (...) { // nobody is to be told
         }
     }
 }

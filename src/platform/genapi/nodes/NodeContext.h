@@ -6,6 +6,7 @@
 #include "GenApi/vx3/Problems.h"
 #include "platform/genapi/description/Description.h"
 #include "platform/genapi/nodes/Cache.h"
+#include "platform/genapi/nodes/CachedValue.h"
 #include "platform/genapi/nodes/Links.h"
 
 #include <memory>
@@ -49,9 +50,14 @@ public:
     // that wait for that.
     void Begin() const;
     void End() const noexcept;
+    // What was read at one moment holds for the operation.
+    Moment Now() const { return now_; }
+    // The device was written: what was read before is no longer sure.
+    void NextMoment() const { ++now_; }
     // Counts a visited node; false when the operation has visited absurdly many.
     bool CountVisit() const { return ++visits_ <= MaxVisits; }
     // Fires the callbacks of what changed so far, lock held; those for outside wait for End of the outermost.
+    // What a callback throws is dropped: the operation itself has happened, and its caller must know.
     void FireChanged() const;
     // Forgets all values and modes.
     void InvalidateAll() const;
@@ -59,7 +65,7 @@ public:
 private:
     static constexpr std::uint32_t MaxVisits = 200000;
 
-    void FireOutside(const std::vector<NodeBase*>& nodes) const;
+    static void Fire(const std::vector<NodeBase*>& nodes, ECallbackType type);
 
     INodeMap& map_;
     std::shared_ptr<const Description> description_;
@@ -73,7 +79,9 @@ private:
     // Guarded by lock_.
     mutable Cache cache_;
     mutable std::uint32_t depth_ = 0;
+    mutable std::uint32_t outermost_ = 0; // depth at which operations count their own visits
     mutable std::uint32_t visits_ = 0;
+    mutable Moment now_ = 1;
     mutable std::vector<NodeBase*> outside_;
 };
 

@@ -54,7 +54,7 @@ public:
     void AddSelecting(NodeBase& selector) { links_.AddSelecting(selector); }
     void MarkAsFeature() { isFeature_ = true; }
 
-    // The effective access mode, lock held; never throws.
+    // The effective access mode, lock held.
     EAccessMode AccessMode() const;
     void DropAccess() { access_.Drop(); }
     NodePolling& Polling() { return polling_; }

@@ -23,7 +23,7 @@ gcstring ToGc(std::string_view text) {
 }
 
 gcstring NodeProperties::Name(bool isFullyQualified) const {
-    const gcstring name = ToGc(record_.name);
+    gcstring name = ToGc(record_.name);
     if (!isFullyQualified)
         return name;
     return (record_.isStandardNameSpace ? gcstring("Std::") : gcstring("Cust::")) + name;

@@ -65,6 +65,27 @@ T NumberFace<T>::GetMax() {
 }
 
 template <class T>
+ERepresentation NumberFace<T>::GetRepresentation() {
+    return Locked([&] { return Representation(); });
+}
+
+template <class T>
+ERepresentation NumberFace<T>::Representation() const {
+    if (representation_ != _UndefinedRepresentation)
+        return representation_;
+    const Element* given = FindAtOrigin(ElementId::Representation);
+    return given ? RepresentationOfText(given->text) : PureNumber;
+}
+
+template <class T>
+gcstring NumberFace<T>::Unit() const {
+    return Locked([&] {
+        const Element* given = FindAtOrigin(ElementId::Unit);
+        return given ? ToGc(given->text) : gcstring();
+    });
+}
+
+template <class T>
 const std::vector<T> NumberFace<T>::GetListOfValidValues(bool bounded) {
     return Locked([&] {
         const Range range = NumberKind<T>::RangeOf(*this);

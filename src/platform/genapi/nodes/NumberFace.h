@@ -27,7 +27,7 @@ public:
     T GetMin() override;
     T GetMax() override;
     const std::vector<T> GetListOfValidValues(bool bounded = true) override;
-    ERepresentation GetRepresentation() override { return representation_; }
+    ERepresentation GetRepresentation() override;
     void ImposeMin(T Value) override { Impose(imposedMin_, Value); }
     void ImposeMax(T Value) override { Impose(imposedMax_, Value); }
 
@@ -43,9 +43,12 @@ protected:
     // The range with what was imposed.
     Range BoundedRange();
 
-    ERepresentation representation_ = PureNumber;
+    // That of the node that holds the value, where this one gives none. Lock held.
+    ERepresentation Representation() const;
+    gcstring Unit() const;
 
 private:
+    ERepresentation representation_ = _UndefinedRepresentation;
     void Impose(std::optional<T>& bound, T value);
 
     std::optional<T> imposedMin_;

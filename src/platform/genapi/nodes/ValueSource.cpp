@@ -8,6 +8,28 @@
 namespace GenApi_3_2 {
 namespace Engine {
 
+namespace {
+
+std::optional<std::int64_t> ToInteger(std::int64_t value) {
+    return value;
+}
+std::optional<std::int64_t> ToInteger(double value) {
+    return RoundToInteger(value);
+}
+
+// The copy has integers, and takes all around this value, but not this one.
+template <class T>
+bool MissesOnlyTheGrid(NodeBase& copy, T value) {
+    const auto integer = copy.IsFloating() ? std::nullopt : ToInteger(value);
+    if (!integer)
+        return false;
+    const IntegerRange range = copy.GetRange();
+    return range.validValues == nullptr && *integer >= range.min && *integer <= range.max &&
+           !range.IsOnGrid(*integer);
+}
+
+} // namespace
+
 template <class T>
 T Operand<T>::Get(bool ignoreCache) const {
     return node ? NumberKind<T>::Get(*node, ignoreCache) : constant;
@@ -38,9 +60,11 @@ template <class T>
 bool ValueSource<T>::Take(NodeBase& owner, const Element& element) {
     switch (element.id) {
     case ElementId::Value:
+        Place();
         value_.SetConstant(owner, element);
         return true;
     case ElementId::pValue:
+        Place();
         value_.SetNode(owner.Require(element, Role::Target));
         return true;
     case ElementId::pValueCopy:
@@ -79,6 +103,14 @@ void ValueSource<T>::TakeIndexed(NodeBase& owner, const Element& element) {
         operand.SetConstant(owner, element);
     if (operand.isGiven)
         indexed_.emplace_back(*index, operand);
+    Place();
+}
+
+// Here stands, for the first time, what the value is.
+template <class T>
+void ValueSource<T>::Place() {
+    if (!copiesBefore_)
+        copiesBefore_ = copies_.size();
 }
 
 template <class T>
@@ -116,15 +148,29 @@ T ValueSource<T>::Read(bool ignoreCache) {
 template <class T>
 void ValueSource<T>::Write(NodeBase& owner, T value, bool verify) {
     Operand<T>& active = Active();
-    if (active.node) {
-        NumberKind<T>::Set(*active.node, value, verify);
-    } else {
-        active.constant = value;
-        owner.DropValue();
-        owner.Changed();
-    }
-    for (NodeBase* copy : copies_)
-        NumberKind<T>::Set(*copy, value, verify);
+    if (copies_.empty())
+        return WriteActive(owner, active, value, verify);
+    const std::size_t before = copiesBefore_.value_or(0);
+    WriteCopies(0, before, value, verify);
+    WriteActive(owner, active, value, verify);
+    WriteCopies(before, copies_.size(), value, verify);
+}
+
+template <class T>
+void ValueSource<T>::WriteActive(NodeBase& owner, Operand<T>& active, T value, bool verify) {
+    if (active.node)
+        return NumberKind<T>::Set(*active.node, value, verify);
+    active.constant = value;
+    owner.DropValue();
+    owner.Changed();
+}
+
+// Increments that never meet those of the other places are no reason to refuse a value: its range is what all
+// places have in common, and what lies between a copy's steps is the device's affair.
+template <class T>
+void ValueSource<T>::WriteCopies(std::size_t from, std::size_t to, T value, bool verify) {
+    for (std::size_t i = from; i < to; ++i)
+        NumberKind<T>::Set(*copies_[i], value, verify && !MissesOnlyTheGrid(*copies_[i], value));
 }
 
 template <class T>

@@ -4,7 +4,9 @@
 
 #include "platform/genapi/nodes/NodeBase.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -37,6 +39,7 @@ public:
     void Finish(NodeBase& owner);
 
     T Read(bool ignoreCache);
+    // To the value's place and its copies, in the order of the description.
     void Write(NodeBase& owner, T value, bool verify);
     EAccessMode Access();
     // The node that now holds the value; null for a constant.
@@ -46,12 +49,16 @@ public:
 private:
     Operand<T>& Active();
     void TakeIndexed(NodeBase& owner, const Element& element);
+    void Place();
+    void WriteActive(NodeBase& owner, Operand<T>& active, T value, bool verify);
+    void WriteCopies(std::size_t from, std::size_t to, T value, bool verify);
 
     Operand<T> value_;
     Operand<T> default_;
     NodeBase* index_ = nullptr;
     std::vector<std::pair<std::int64_t, Operand<T>>> indexed_; // by index
     std::vector<NodeBase*> copies_;
+    std::optional<std::size_t> copiesBefore_; // the value's own place
 };
 
 extern template struct Operand<std::int64_t>;

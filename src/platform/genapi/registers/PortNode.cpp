@@ -61,6 +61,7 @@ void PortNode::Write(const NodeBase& user, std::uint64_t address, const std::uin
                      std::size_t length) {
     if (!port_)
         FailTransfer(user, "writing", address, length, "no port is connected");
+    Context().NextMoment();
     Transfer(user, "writing", address, length, [&] {
         port_->Write(from, static_cast<std::int64_t>(address), static_cast<std::int64_t>(length));
     });

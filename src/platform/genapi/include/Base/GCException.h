@@ -26,12 +26,14 @@ private:
     gcstring what_;
 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a name of a class takes none
 #define VX3_GENICAM_EXCEPTION_KIND(Kind)                                                                     \
     class Kind : public GenericException {                                                                   \
     public:                                                                                                  \
         Kind(const char* description, const char* sourceFileName, unsigned int sourceLine)                   \
             : GenericException(description, sourceFileName, sourceLine, #Kind) {}                            \
     };
+// NOLINTEND(bugprone-macro-parentheses)
 
 VX3_GENICAM_EXCEPTION_KIND(BadAllocException)
 VX3_GENICAM_EXCEPTION_KIND(InvalidArgumentException)

@@ -17,7 +17,7 @@ public:
     virtual bool Connect(IPort* pPort, const gcstring& PortName) const = 0;
     virtual bool Connect(IPort* pPort) const = 0;
     virtual gcstring GetDeviceName() const = 0;
-    // Milliseconds passed since the last call.
+    // Milliseconds passed since the last call. Returns at once where no node has a polling time.
     virtual void Poll(std::int64_t ElapsedTime) = 0;
     virtual CLock& GetLock() const = 0;
     virtual std::uint64_t GetNumNodes() const = 0;

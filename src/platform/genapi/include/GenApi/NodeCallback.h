@@ -4,6 +4,7 @@
 #include "GenApi/INode.h"
 
 #include <memory>
+#include <type_traits>
 
 namespace GenApi_3_2 {
 
@@ -11,7 +12,8 @@ class CNodeCallback {
 public:
     CNodeCallback(INode* pNode, ECallbackType CallbackType) : node_(pNode), callbackType_(CallbackType) {}
     virtual ~CNodeCallback() = default;
-    // Calls the client when `CallbackType` is the one this callback was made for.
+    // Calls the client when `CallbackType` is the one this callback was made for. What the client throws is
+    // dropped: what changed the node has happened.
     virtual void operator()(ECallbackType CallbackType) const = 0;
     // Ends the callback's life.
     virtual void Destroy() = 0;
@@ -63,7 +65,7 @@ CallbackHandleType Register(INode* pNode, const Function& function,
 }
 
 // `(client.*member)(INode*)` is called with the changed node.
-template <class Client, class Member>
+template <class Client, class Member, std::enable_if_t<std::is_member_function_pointer_v<Member>, int> = 0>
 CallbackHandleType Register(INode* pNode, Client& client, Member member,
                             ECallbackType CallbackType = cbPostInsideLock) {
     return pNode->RegisterCallback(
