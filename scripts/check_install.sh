@@ -21,9 +21,9 @@ gcc -std=c11 -Wall -Wextra -Wpedantic -Werror tests/install/consumer.c -o "$work
     -Wl,-rpath,"$libdir"
 "$work/consumer"
 # shellcheck disable=SC2046
-gcc -std=c11 -Wall -Wextra -Wpedantic -Werror tests/capi/two_cameras.c -o "$work/two_cameras" $(pkg-config --cflags --libs vx3) \
-    -pthread -Wl,-rpath,"$libdir"
-"$work/two_cameras" | tail -n 1
+gcc -std=c11 -Wall -Wextra -Wpedantic -Werror examples/c/first_frames.c -o "$work/first_frames" $(pkg-config --cflags --libs vx3) \
+    -Wl,-rpath,"$libdir"
+(cd "$work" && ./first_frames "Virtual Device #1")
 echo '#include <vx3/vx3.h>' | g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -x c++ $(pkg-config --cflags vx3) -
 # The program from the installed tree, away from the sources, finds its library and the virtual cameras' features.
 (cd / && [ "$("$work/prefix/bin/vx3" --transport virtual get "Virtual Device #1" Width --json | tr -d '[:space:]')" = '{"Width":400}' ])

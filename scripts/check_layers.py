@@ -71,6 +71,7 @@ ROOMS = {
 # Files that belong to another room than their folder says.
 HOMES = {
     "include/vx3/vx3.h": "capi",
+    "include/vx3/vx3_types.h": "capi",
     "include/vx3/gev/NetParam.h": "gev/params",  # the lowest of the rooms of gev; src/ has nothing in it
     "include/vx3/gev/GvcpCommand.h": "gev/params",
     "include/vx3/gev/GvspBlock.h": "gev/params",

@@ -50,7 +50,7 @@ def listed():
         source = matplotlib.pyplot.get_cmap(name)
         if not isinstance(source, ListedColormap):
             continue
-        print(f"constexpr const char* Listed_{name} =")
+        print(f"constexpr const char* Listed{name.capitalize()} =")
         words = numpy.round(numpy.array(source.colors)[:, :3] * 65535).astype(int)
         for line in range(0, 256, 8):
             text = "".join(f"{word:04x}" for word in words[line:line + 8].flatten())

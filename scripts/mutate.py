@@ -45,8 +45,6 @@ SUITES = {
     "capi": ["capi"],
     "tools/vx3": ["tool"],
 }
-# Test programs that are not named after their folder.
-PROGRAMS = {"capi": ["capi_tests", "two_cameras"]}
 
 SWAPS = {
     "<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "==", "&&": "||", "||": "&&", "+": "-", "-": "+",
@@ -301,7 +299,7 @@ def main():
     plans = []
     for mutant in mutants:
         suites = options.suites.split(",") if options.suites else suites_of(mutant.path)
-        plans.append((mutant, [p for s in suites for p in PROGRAMS.get(s, [s + "_tests"])]))
+        plans.append((mutant, [s + "_tests" for s in suites]))
     if options.dry_run:
         for mutant, programs in plans:
             print(*describe(mutant), f"[{' '.join(programs)}]")

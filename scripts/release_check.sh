@@ -26,7 +26,7 @@ built_with() {
     echo "   $("$3" --version | head -n 1)"
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG" \
         -DCMAKE_C_COMPILER="$2" -DCMAKE_CXX_COMPILER="$3" -DVX3_WERROR=ON -DVX3_BUILD_BENCH=OFF >/dev/null &&
-        cmake --build "$build" -j "$jobs" | tail -n 1 &&
+        built "$build" all &&
         ctest --test-dir "$build" --output-on-failure -j "$jobs" >"$build/ctest.log" 2>&1
     local result=$?
     [ $result -eq 0 ] || tail -n 60 "$build/ctest.log"

@@ -38,6 +38,21 @@ summary() {
     return $failed
 }
 
+# built FOLDER TARGETS...: one line when they build, what the compiler said when not.
+built() {
+    local build=$1 log
+    shift
+    log=$(mktemp)
+    if cmake --build "$build" -j "$jobs" --target "$@" >"$log" 2>&1; then
+        tail -n 1 "$log"
+        rm -f "$log"
+    else
+        grep -E 'error|FAILED' -A 4 "$log" | tail -n 60
+        rm -f "$log"
+        return 1
+    fi
+}
+
 # sanitized NAME SANITIZERS TESTS TARGETS...: builds the targets with the sanitizers and runs the tests whose
 # label matches. The program's own sources are left out: what it calls is tested in the library.
 sanitized() {
@@ -45,7 +60,7 @@ sanitized() {
     shift 3
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g1" \
         -DVX3_SANITIZE="$sanitize" -DVX3_BUILD_BENCH=OFF -DVX3_BUILD_EXAMPLES=OFF -DVX3_BUILD_TOOLS=OFF >/dev/null &&
-        cmake --build "$build" -j "$jobs" --target "$@" | tail -n 1 &&
+        built "$build" "$@" &&
         ctest --test-dir "$build" --output-on-failure -j "$jobs" -L "$labels" >"$build/ctest.log" 2>&1
     local result=$?
     [ $result -eq 0 ] || grep -vE 'Passed|Start +[0-9]+:' "$build/ctest.log" | tail -n 120
