@@ -25,12 +25,22 @@ struct SendOrder {
     std::uint32_t height = 1200;
     std::uint32_t frames = 0; // 0: end
     double gigabits = 0;      // a second; 0: flat out
+    // Faults of first sendings; see Simulated::StreamFaults.
+    double loss = 0;       // chance of a packet
+    double resendLoss = 0; // chance of a packet sent again
+    double bursts = 0;     // chance of a packet to begin a burst of losses ...
+    unsigned burst = 0;    // ... of so many
+    double duplicates = 0;
+    unsigned reorder = 0; // places
 };
 
 struct SendReport {
     std::uint64_t packets = 0;
     std::uint64_t bytes = 0; // payload
     double seconds = 0;
+    std::uint64_t dropped = 0; // first sendings
+    std::uint64_t asked = 0;   // packets
+    std::uint64_t resent = 0;
 };
 
 inline SendReport Send(Simulated::Camera& camera, const SendOrder& order) {
@@ -42,11 +52,18 @@ inline SendReport Send(Simulated::Camera& camera, const SendOrder& order) {
     script.bytesPerSecond = order.gigabits * 1e9 / 8;
     script.busyPacing = true; // to the microsecond: this process has nothing else to do
     script.movingPicture = false;
+    script.dropProbability = order.loss;
+    script.resendDropProbability = order.resendLoss;
+    script.burstProbability = order.bursts;
+    script.burstPackets = order.burst;
+    script.duplicateProbability = order.duplicates;
+    script.reorderWindow = order.reorder;
     (void)camera.SetStreamScript(script);
     (void)camera.StartStream({order.destinationIp, order.port});
     (void)camera.WaitStreamDone(std::chrono::minutes(10));
     const Simulated::StreamCounts counts = camera.Counts();
-    return {counts.packets, counts.bytes, counts.seconds};
+    return {counts.packets,          counts.bytes,        counts.seconds, counts.dropped,
+            counts.packetsRequested, counts.packetsResent};
 }
 
 // The camera's process: obeys until an order of 0 frames or a closed pipe.

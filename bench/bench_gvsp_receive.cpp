@@ -84,7 +84,9 @@ Result RunFloor(const CameraProcess& camera, SendOrder order) {
 }
 
 Result RunReceiver(const CameraProcess& camera, SendOrder order, ReceiveMethod method) {
-    GvspReceiver receiver(method);
+    GvspReceiver::Options options;
+    options.method = method;
+    GvspReceiver receiver(options);
     GevStreamParam param;
     param.host.ip = camera.Host();
     param.camera.ip = camera.Camera();

@@ -18,7 +18,9 @@ std::unique_ptr<IGvspReceiver> MakeReceiver(const char* name, bool useFilter, st
         VxLoggerLog(LogLevel::Info, "SDK",
                     "%s: reception through the filter driver is not built in, using the socket receiver",
                     name == nullptr ? "" : name);
-    return std::make_unique<GvspReceiver>(DatagramSource::MethodFromEnvironment(), gvcpPort);
+    GvspReceiver::Options options;
+    options.gvcpPort = gvcpPort;
+    return std::make_unique<GvspReceiver>(options);
 }
 
 } // namespace

@@ -17,6 +17,8 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
+constexpr unsigned MostVainRequests = 10; // of one packet, by a camera that answers nothing
+
 struct Camera {
     double loss = 0;
     double resendLoss = 0;
@@ -128,8 +130,6 @@ TEST(GvspLoss, FivePercentDeliversOrCountsEveryFrame) {
             EXPECT_GT(image.blockId, run.lab.Images()[i - 1].blockId);
     }
     EXPECT_EQ(lost, counts.missingPackets);
-    for (const auto& [packet, times] : run.asked)
-        EXPECT_LE(times, GvspResendParser::MaxAttempts);
 }
 
 TEST(GvspLoss, ReorderingInsideThirtyTwoPacketsAsksForNothing) {
@@ -163,7 +163,7 @@ TEST(GvspLoss, AStuckBlockHoldsNobodyForLong) {
     ASSERT_EQ(run.lab.Images().size(), 40U);
     EXPECT_EQ(run.lab.Images()[1].lost, 1U);
     EXPECT_EQ(run.lab.Counts().incompleteBlocks, 1U);
-    EXPECT_LE((run.asked[{2, 50}]), GvspResendParser::MaxAttempts);
+    EXPECT_LE((run.asked[{2, 50}]), MostVainRequests);
 
     LabShape hopeless; // the eighth block behind the stuck one pushes it out
     hopeless.resend = false;
@@ -209,7 +209,8 @@ TEST(GvspLoss, SilenceRecoversTheLastFramesTailOrDeliversItIncomplete) {
         });
         ASSERT_EQ(lab.Images().size(), 1U);
         EXPECT_EQ(lab.Images()[0].lost, serve ? 0U : 3U);
-        EXPECT_EQ(asked, serve ? 1U : GvspResendParser::MaxAttempts);
+        EXPECT_GE(asked, serve ? 1U : 3U);
+        EXPECT_LE(asked, serve ? 1U : MostVainRequests);
         EXPECT_EQ(lab.Images()[0].resent, asked * 3);
     }
 }
@@ -230,15 +231,15 @@ TEST(GvspLoss, ASlowCamerasPausesAreNotTakenForLoss) {
     LabShape shape;
     shape.height = 20; // 14 packets
     GvspLab lab(shape);
-    unsigned asked = 0;
+    std::set<std::uint32_t> asked; // blocks
     for (std::uint32_t block = 1; block <= 3; ++block)
         for (std::uint32_t id = 0; id <= shape.TrailerId(); ++id) {
             (void)lab.Give(block, id);
-            lab.Silence(milliseconds(26), [&](const GvspResendInfo&) { ++asked; });
+            lab.Silence(milliseconds(26), [&](const GvspResendInfo& info) { asked.insert(info.blockId); });
         }
     ASSERT_EQ(lab.Images().size(), 3U);
     EXPECT_EQ(lab.Counts().incompleteBlocks, 0U);
-    EXPECT_LE(asked, GvspResendParser::MaxAttempts) << "until its pace is known";
+    EXPECT_EQ(asked, (std::set<std::uint32_t>{1})) << "until its pace is known";
 }
 
 TEST(GvspLoss, ARefusalEndsTheWaitForItsBlock) {

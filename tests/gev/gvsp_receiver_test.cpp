@@ -55,7 +55,9 @@ public:
 class Reception {
 public:
     Reception(ReceiveMethod method, const CameraConfig& config)
-        : camera(config), receiver(method, camera.GvcpPort()), frameBytes_(config.width * config.height) {
+        : camera(config),
+          receiver({method, camera.GvcpPort(), 0}),
+          frameBytes_(config.width * config.height) {
         param.host = TestCamera::HostParam();
         param.camera = camera.CameraParam();
         param.packetSize = config.packetSize;

@@ -45,8 +45,6 @@ protected:
     std::vector<GvspResendInfo> asked;
 };
 
-constexpr std::uint32_t ToEnd = GvspResendItem::ToBlockEnd;
-
 TEST_F(ResendParserTest, AGapIsAskedForOnceAfterTheReorderWindowOrItsTime) {
     parser.SetMaxPid(100);
     Feed(7, 0, 2);
@@ -68,22 +66,46 @@ TEST_F(ResendParserTest, AGapIsAskedForOnceAfterTheReorderWindowOrItsTime) {
     ExpectAsked(1, 7, 76, 76);
 }
 
-TEST_F(ResendParserTest, AGapAcrossBlocksMakesTwoRangesAndCountsTheBlocksBetween) {
+TEST_F(ResendParserTest, AGapAcrossBlocksAsksForTheLeadersOfWholeBlocksFirst) {
     parser.SetMaxPid(100);
     Feed(7, 0, 60);
     Feed(8, 2, 60);
-    ASSERT_EQ(asked.size(), 2U);
-    ExpectAsked(0, 7, 61, ToEnd);
-    ExpectAsked(1, 8, 0, 1);
-    EXPECT_EQ(parser.GetImagesLost(), 0U);
+    ASSERT_EQ(asked.size(), 4U); // the tail in pieces
+    ExpectAsked(0, 7, 61, 76);
+    ExpectAsked(2, 7, 93, 100);
+    ExpectAsked(3, 8, 0, 1);
+    Feed(7, 61, 100);
+    Feed(8, 0, 1);
     Feed(8, 61, 100);
-    Feed(11, 5, 60); // all of 9 asked for, 10 lost
-    ASSERT_GE(asked.size(), 4U);
-    EXPECT_EQ(parser.GetImagesLost(), 1U);
-    ExpectAsked(2, 9, 0, ToEnd);
-    ExpectAsked(3, 11, 0, 4);
-    parser.RemoveUpTo(10); // 9 never came
-    EXPECT_EQ(parser.GetImagesLost(), 2U);
+    asked.clear();
+    Feed(11, 5, 60); // all of 9 and 10 is missing
+    ASSERT_EQ(asked.size(), 3U);
+    ExpectAsked(0, 9, 0, 0);
+    ExpectAsked(1, 10, 0, 0);
+    ExpectAsked(2, 11, 0, 4);
+    asked.clear();
+    Feed(9, 0); // it exists: now for the rest
+    ASSERT_FALSE(asked.empty());
+    EXPECT_EQ(asked[0].blockId, 9U);
+    EXPECT_EQ(asked[0].firstPacketId, 1U);
+    EXPECT_EQ(parser.GetImagesLost(), 0U);
+    parser.Refused({0, 10}, now);
+    EXPECT_EQ(parser.GetImagesLost(), 1U) << "nothing of 10 was ever seen";
+    parser.RemoveUpTo(10);
+    EXPECT_EQ(parser.GetImagesLost(), 1U) << "some of 9 was";
+}
+
+TEST_F(ResendParserTest, OfAHugeGapOnlyTheLatestBlocksAreAskedFor) {
+    parser.SetMaxPid(10);
+    Feed(65500, 0, 10);
+    Feed(464, 0, 10); // 65501 .. 65535 and 1 .. 463
+    const auto some = static_cast<std::size_t>(GvspResendParser::MaxWholeBlocks) + 2; // and those at its ends
+    EXPECT_EQ(parser.GetImagesLost(), 498U - some);
+    Silence(milliseconds(2));
+    ASSERT_EQ(asked.size(), some);
+    ExpectAsked(0, 65501, 0, 0);
+    ExpectAsked(1, 455, 0, 0);
+    ExpectAsked(some - 1, 463, 0, 0);
 }
 
 TEST_F(ResendParserTest, BlockIdsWrapWithoutAGap) {
@@ -96,7 +118,7 @@ TEST_F(ResendParserTest, BlockIdsWrapWithoutAGap) {
     EXPECT_FALSE(parser.IsAwaiting(65534));
     Feed(1, 1, 40);
     ASSERT_EQ(asked.size(), 1U);
-    ExpectAsked(0, 65535, 31, ToEnd);
+    ExpectAsked(0, 65535, 31, 40);
 
     GvspResendParser extended(true);
     extended.SetFlagExt(true);
@@ -106,27 +128,41 @@ TEST_F(ResendParserTest, BlockIdsWrapWithoutAGap) {
     EXPECT_EQ(extended.Expected(), (GvspPacketAddr{0, 1}));
 }
 
-TEST_F(ResendParserTest, ARequestIsRepeatedByCountOrByTime) {
+TEST_F(ResendParserTest, WhatIsNotAnsweredIsAskedForAgainEachTimeLater) {
     parser.SetMaxPid(1000);
     Feed(1, 0, 10);
-    Feed(1, 21); // ten are missing
-    while (asked.empty())
-        Feed(1, parser.Expected().packetId);
-    now += milliseconds(4); // more than the round trip
-    const std::uint32_t next = parser.Expected().packetId;
-    Feed(1, next, next + 48);
-    EXPECT_EQ(asked.size(), 1U);
-    Feed(1, next + 49);
-    ASSERT_EQ(asked.size(), 2U) << "its countdown has run out";
-    ExpectAsked(1, 1, 11, 20);
-    for (const milliseconds passed : {milliseconds(39), milliseconds(1)}) {
-        EXPECT_EQ(asked.size(), 2U) << "few packets, little time";
-        now += passed;
-        parser.NoteDrained(now);
-        parser.CheckListTimeOut(now, false);
-        Ask();
+    Feed(1, 12, 60);
+    ASSERT_EQ(asked.size(), 1U);
+    std::vector<milliseconds> at;
+    const auto start = now;
+    for (std::size_t seen = 1; now < start + milliseconds(60); seen = asked.size()) {
+        Silence(milliseconds(2));
+        if (asked.size() != seen)
+            at.push_back(std::chrono::duration_cast<milliseconds>(now - start));
     }
-    EXPECT_EQ(asked.size(), 3U);
+    ASSERT_GE(at.size(), 3U);
+    for (std::size_t i = 2; i < at.size(); ++i)
+        EXPECT_GT(at[i] - at[i - 1], at[i - 1] - at[i - 2]);
+    ExpectAsked(asked.size() - 1, 1, 11, 11);
+}
+
+TEST_F(ResendParserTest, ACameraThatAnswersIsAskedAsLongAsItHoldsTheBlock) {
+    parser.SetMaxPid(1000);
+    Feed(1, 0, 10);
+    Feed(1, 21, 60);
+    for (unsigned round = 0; round < 10; ++round) { // one packet each time, half the answers lost
+        Silence(milliseconds(60));
+        ASSERT_TRUE(parser.IsAwaiting(1)) << round;
+        Feed(1, 11 + round);
+    }
+    EXPECT_FALSE(parser.HasItems());
+    EXPECT_GT(asked.size(), 10U);
+
+    Feed(1, 71, 110);
+    Silence(milliseconds(60));
+    EXPECT_TRUE(parser.IsAwaiting(1));
+    Silence(milliseconds(100));
+    EXPECT_FALSE(parser.IsAwaiting(1)) << "it answers nobody any more";
 }
 
 TEST_F(ResendParserTest, WhilePacketsLieUnreadNothingIsAskedForAgain) {
@@ -163,32 +199,91 @@ TEST_F(ResendParserTest, LatePacketsSplitTheirRangeAndReachOnlyIt) {
     EXPECT_FALSE(parser.HasItems());
 }
 
-TEST_F(ResendParserTest, RefusedPacketsAreNotAskedForAgain) {
+TEST_F(ResendParserTest, ABlockOfWhichAPacketIsGoneCostsNothingFurther) {
     parser.SetMaxPid(200);
     Feed(1, 0, 9);
     Feed(1, 20, 80);
-    ASSERT_EQ(asked.size(), 1U);
-    parser.Refused({12, 1}, false);
-    parser.Refused({16, 1}, true); // and 10 .. 15
+    parser.Refused({12, 1}, now);
+    EXPECT_FALSE(parser.IsAwaiting(1));
     asked.clear();
+    Feed(1, 90, 130); // it loses more
     Silence(milliseconds(6));
-    ASSERT_GE(asked.size(), 1U);
-    ExpectAsked(0, 1, 17, 19);
-    parser.Refused({19, 1}, true);
-    EXPECT_FALSE(parser.HasItems());
+    EXPECT_TRUE(asked.empty());
 }
 
-TEST_F(ResendParserTest, RequestsAreBoundedInRateAndFollowOnceTheRateAllows) {
-    parser.SetMaxPid(600);
-    std::uint64_t wanted = 0;
-    for (std::uint32_t block = 1; block <= 40; ++block)
-        for (std::uint32_t id = 0; id <= 600; id += 10, wanted += 9)
-            Feed(block, id); // nine of ten lost
-    std::uint64_t granted = 0;
+TEST_F(ResendParserTest, WhatIsOnItsWayIsBounded) {
+    parser.SetMaxPid(3000);
+    Feed(1, 0, 5);
+    Feed(1, 2500, 2600);
+    const auto packets = [&] {
+        std::uint64_t sum = 0;
+        for (const GvspResendInfo& info : asked)
+            sum += info.lastPacketId - info.firstPacketId + 1;
+        return sum;
+    };
+    EXPECT_EQ(packets(), GvspRecoveryWindow::Initial);
+    Feed(1, 6, 69); // the answers: twice as many may follow
+    EXPECT_GT(packets(), 2 * GvspRecoveryWindow::Initial);
+    EXPECT_LE(packets(), 3 * GvspRecoveryWindow::Initial);
+
+    asked.clear();
+    for (int i = 0; i < 12; ++i) { // the socket overruns, again and again
+        now += milliseconds(50);
+        parser.NoteOverrun(now);
+        parser.NoteDrained(now);
+    }
+    parser.CheckListTimeOut(now, true);
+    Ask();
+    EXPECT_LE(packets(), GvspRecoveryWindow::Smallest);
+}
+
+TEST_F(ResendParserTest, BlocksThatCannotBeCompletedInTimeAreGivenUpForThoseThatCan) {
+    parser.SetMaxPid(1000);
+    parser.SetPlaces(8);
+    std::uint32_t block = 1;
+    const auto frame = [&](std::uint32_t missing) { // its first packets
+        Feed(block, 0);
+        Feed(block, missing + 1, 1000);
+        ++block;
+        now += milliseconds(5);
+    };
+    for (int i = 0; i < 10; ++i) {
+        frame(0);
+        parser.NoteOverrun(now);
+    }
+    frame(900);
+    frame(3);
+    frame(2);
+    frame(0);
+    EXPECT_FALSE(parser.IsAwaiting(11));
+    EXPECT_TRUE(parser.IsAwaiting(12));
+    asked.clear();
+    Silence(milliseconds(20));
+    ASSERT_FALSE(asked.empty());
     for (const GvspResendInfo& info : asked)
-        granted += info.lastPacketId - info.firstPacketId + 1;
-    EXPECT_LT(granted, wanted / 4) << "90 % loss must not become a request storm";
-    EXPECT_GT(granted, 1000U);
+        EXPECT_NE(info.blockId, 11U);
+}
+
+TEST_F(ResendParserTest, ReorderingIsLearntWhereAskingTurnsOutTooEarly) {
+    parser.SetMaxPid(60000);
+    Feed(1, 0, 100);
+    std::uint32_t next = 101;
+    const auto late = [&](std::uint32_t distance, bool twice) { // one packet so many others late
+        Feed(1, next + 1, next + distance);
+        Feed(1, next);
+        if (twice)
+            Feed(1, next); // the answer to what was asked too early
+        next += distance + 1;
+    };
+    late(64, true);
+    const std::size_t learning = asked.size();
+    EXPECT_EQ(learning, 1U);
+    for (int i = 0; i < 100; ++i)
+        late(64, false);
+    EXPECT_EQ(asked.size(), learning) << "packets 64 late are waited for now";
+    for (int i = 0; i < 1500; ++i)
+        Feed(1, next), ++next;
+    EXPECT_FALSE(parser.HasItems());
 }
 
 TEST(ResendParser, WithoutResendSupportGapsCloseSilently) {

@@ -19,6 +19,7 @@ struct VX3_API Statistics {
     std::uint64_t reserved = 0;
     std::uint64_t droppedImages = 0;  // dropped because the delivery queue was full
     std::uint64_t foreignPackets = 0; // datagrams refused because somebody else than the camera sent them
+    std::uint64_t overruns = 0;       // datagrams, or trains of them, that found the socket's buffer full
 };
 
 // The live counters: one thread writes each, any thread reads.
@@ -31,6 +32,7 @@ struct LiveStatistics {
     std::atomic<std::uint64_t> reserved{0};
     std::atomic<std::uint64_t> droppedImages{0};
     std::atomic<std::uint64_t> foreignPackets{0};
+    std::atomic<std::uint64_t> overruns{0};
 
     static void Add(std::atomic<std::uint64_t>& counter, std::uint64_t n = 1) {
         counter.fetch_add(n, std::memory_order_relaxed);
@@ -39,11 +41,11 @@ struct LiveStatistics {
         constexpr auto Relaxed = std::memory_order_relaxed;
         return {blocks.load(Relaxed),         lostBlocks.load(Relaxed),       resentPackets.load(Relaxed),
                 missingPackets.load(Relaxed), incompleteBlocks.load(Relaxed), reserved.load(Relaxed),
-                droppedImages.load(Relaxed),  foreignPackets.load(Relaxed)};
+                droppedImages.load(Relaxed),  foreignPackets.load(Relaxed),   overruns.load(Relaxed)};
     }
     void Reset() {
         for (auto* counter : {&blocks, &lostBlocks, &resentPackets, &missingPackets, &incompleteBlocks,
-                              &reserved, &droppedImages, &foreignPackets})
+                              &reserved, &droppedImages, &foreignPackets, &overruns})
             counter->store(0, std::memory_order_relaxed);
     }
 };

@@ -3,6 +3,7 @@
 #include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/Bootstrap.h"
 #include "gev/receive/ReceiveClock.h"
+#include "gev/receive/SocketGauge.h"
 #include "gev/stream/GvspParserImageA.h"
 #include "vx3/core/Logger.h"
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr std::uint32_t CommandTimeoutMs = 1000;
 constexpr std::chrono::milliseconds SilenceCheck{2};
+constexpr std::chrono::milliseconds GaugePause{1};
 constexpr std::size_t SmallestReceive = 2048;
 
 // The longest datagram worth receiving.
@@ -26,8 +28,7 @@ std::size_t MaxDatagram(const GevStreamParam& param) {
 
 } // namespace
 
-GvspReceiver::GvspReceiver(ReceiveMethod method, std::uint32_t gvcpPort)
-    : method_(method), gvcpPort_(gvcpPort) {}
+GvspReceiver::GvspReceiver(const Options& options) : options_(options) {}
 
 GvspReceiver::~GvspReceiver() {
     (void)StopListen();
@@ -37,7 +38,7 @@ StatusCode GvspReceiver::StartListen(const GevStreamParam& param, std::shared_pt
                                      GvspImageCallback callback, unsigned int count) {
     if (listening_)
         return Status::WrongState;
-    const StatusCode status = socket_.Open(param.host.ip);
+    const StatusCode status = socket_.Open(param.host.ip, options_.socketBytes);
     if (Failed(status))
         return status;
     socket_.WarnIfTooSmall(param);
@@ -94,7 +95,7 @@ void GvspReceiver::ThreadListen(const std::atomic<bool>& running, const GevStrea
     SenderCheck senders(param.camera.ip, param.name, statistics_);
     const int socket = socket_.Descriptor();
     std::unique_ptr<DatagramSource> source =
-        DatagramSource::Create(method_, socket, MaxDatagram(param), senders);
+        DatagramSource::Create(options_.method, socket, MaxDatagram(param), senders);
     if (!source) {
         source = DatagramSource::Create(ReceiveMethod::RecvMmsg, socket, MaxDatagram(param), senders);
         VxLoggerLog(LogLevel::Info, "SDK", "%s: the system does not join datagrams, receiving batches",
@@ -104,8 +105,9 @@ void GvspReceiver::ThreadListen(const std::atomic<bool>& running, const GevStrea
     options.redirect = source->Places();
     options.statistics = &statistics_;
     GvspParserImageA parser(callback, param, pool, count, options);
+    parser.SetSocketRoom(socket_.DatagramsHeld(param.packetSize));
     requestCounter_ = 1;
-    GevCmdHelper helper(param.host, param.camera, CommandTimeoutMs, requestCounter_, gvcpPort_);
+    GevCmdHelper helper(param.host, param.camera, CommandTimeoutMs, requestCounter_, options_.gvcpPort);
     OpenPath(helper, param);
     SetReady(true);
     ReceiveLoop(running, *source, parser, helper, param.channelIndex);
@@ -127,7 +129,9 @@ void GvspReceiver::OpenPath(GevCmdHelper& helper, const GevStreamParam& param) c
 void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource& source,
                                GvspParserImageA& parser, GevCmdHelper& helper, std::uint32_t channel) {
     ReceiveClock clock;
+    SocketGauge gauge(socket_.Descriptor());
     auto checked = clock.Now();
+    auto gauged = checked;
     WireRoom next;
     while (running) {
         const DatagramSource::Batch batch = source.Receive(next, parser.MaxWait());
@@ -136,6 +140,14 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
             (void)parser.HandlePacket(batch.items[i].data, batch.items[i].size, next, now);
         if (batch.drained)
             parser.NoteDrained(now);
+        if (now - gauged >= GaugePause) {
+            gauged = now;
+            const std::uint64_t overruns = gauge.NewOverruns();
+            if (overruns != 0) {
+                LiveStatistics::Add(statistics_.overruns, overruns);
+                parser.NoteOverrun(now);
+            }
+        }
         if (now - checked >= SilenceCheck) {
             checked = now;
             parser.CheckSilence(next, now);

@@ -24,8 +24,15 @@ class GvspParserImageA;
 
 class GvspReceiver final : public IGvspReceiver {
 public:
-    explicit GvspReceiver(ReceiveMethod method = DatagramSource::MethodFromEnvironment(),
-                          std::uint32_t gvcpPort = Gvcp::Port);
+    struct Options {
+        ReceiveMethod method = DatagramSource::MethodFromEnvironment();
+        std::uint32_t gvcpPort = Gvcp::Port;
+        // Of the socket's receive buffer, as the kernel counts; 0: as much as the system grants.
+        std::size_t socketBytes = 0;
+    };
+
+    GvspReceiver() : GvspReceiver(Options()) {}
+    explicit GvspReceiver(const Options& options);
     ~GvspReceiver() override;
 
     StatusCode StartListen(const GevStreamParam& param, std::shared_ptr<IImagePool> pool,
@@ -50,8 +57,7 @@ private:
                       IGvspParser::TimePoint now);
     void SetReady(bool ready) VX3_EXCLUDES(readyMutex_);
 
-    const ReceiveMethod method_;
-    const std::uint32_t gvcpPort_;
+    const Options options_;
     StreamSocket socket_;
     std::atomic<bool> listening_{false};
     std::atomic<unsigned int> blocksWanted_{0};

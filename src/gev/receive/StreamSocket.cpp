@@ -25,8 +25,9 @@ sockaddr_in AddressOf(std::uint32_t ip, std::uint32_t port) {
 }
 
 // The forcing option ignores the system's limit but needs privilege.
-std::size_t EnlargeReceiveBuffer(int fd) {
-    const int wanted = StreamSocket::ReceiveBufferBytes;
+std::size_t SizeReceiveBuffer(int fd, std::size_t bytes) {
+    // The kernel doubles what it is asked for.
+    const int wanted = bytes == 0 ? StreamSocket::ReceiveBufferBytes : static_cast<int>(bytes / 2);
     if (::setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &wanted, sizeof(wanted)) != 0)
         (void)::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &wanted, sizeof(wanted));
     int granted = 0;
@@ -38,7 +39,7 @@ std::size_t EnlargeReceiveBuffer(int fd) {
 
 } // namespace
 
-StatusCode StreamSocket::Open(std::uint32_t hostIp) {
+StatusCode StreamSocket::Open(std::uint32_t hostIp, std::size_t bufferBytes) {
     UniqueFd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP));
     sockaddr_in address = AddressOf(hostIp, 0);
     socklen_t length = sizeof(address);
@@ -49,11 +50,15 @@ StatusCode StreamSocket::Open(std::uint32_t hostIp) {
         return Status::Generic;
     }
     port_ = ntohs(address.sin_port);
-    granted_ = EnlargeReceiveBuffer(fd.Get());
+    granted_ = SizeReceiveBuffer(fd.Get(), bufferBytes);
     const int on = 1;
     (void)::setsockopt(fd.Get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof(on));
     fd_ = std::move(fd);
     return Status::Ok;
+}
+
+std::size_t StreamSocket::DatagramsHeld(std::uint32_t packetSize) const {
+    return granted_ / (packetSize + DatagramOverhead);
 }
 
 void StreamSocket::WarnIfTooSmall(const GevStreamParam& param) const {

@@ -41,12 +41,14 @@ bool GvspBlockQueue::MakeRoom(std::uint32_t blockId, TimePoint now) {
     if (!ring.HasSpare() && ring.Size() < store_.Target())
         (void)store_.AddSpare(); // whether there is one is looked at below
     if (ring.InFlight() != 0 && (ring.InFlight() > MaxPlacesAhead || !ring.HasSpare())) {
-        const bool full = ring.InFlight() >= MaxInFlight();
+        const bool awaiting = resend_.IsAwaiting(ring.Oldest());
+        const std::size_t most = awaiting ? MaxInFlight() : std::min(MaxInFlight(), MaxPlacesAhead + 1);
+        const bool full = ring.InFlight() >= most;
         const bool latecomer = order_.Distance(ring.Oldest(), blockId) < 0;
         if (latecomer && full)
             return false;
         // The oldest makes room, unless it awaits answers or the newcomer is older still.
-        if (!latecomer && (full || !resend_.IsAwaiting(ring.Oldest())))
+        if (!latecomer && (full || !awaiting))
             CommitHead(now);
     }
     if (!ring.HasSpare() && Failed(store_.AddSpare()) && ring.InFlight() != 0 &&
@@ -58,8 +60,6 @@ bool GvspBlockQueue::MakeRoom(std::uint32_t blockId, TimePoint now) {
 std::size_t GvspBlockQueue::MaxInFlight() const {
     if (!store_.IsRecycling())
         return std::clamp<std::size_t>(store_.Target(), 1, MaxPlacesAhead + 1);
-    if (!resend_.IsAwaiting(store_.Ring().Oldest()))
-        return MaxPlacesAhead + 1;
     const std::uint64_t affordable = MaxAwaitingBytes / std::max<std::uint64_t>(store_.BlockBytes(), 1);
     return std::clamp<std::uint64_t>(affordable, MaxPlacesAhead + 1, MaxAwaiting);
 }

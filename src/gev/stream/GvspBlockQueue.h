@@ -33,6 +33,8 @@ public:
     void SetOrder(const GvspBlockOrder& order);
     const GvspBlockHistory& History() const { return history_; }
     std::size_t InFlight() const { return store_.Ring().InFlight(); }
+    // Blocks, while the oldest of them awaits answers.
+    std::size_t MaxInFlight() const;
 
     // Null when it is not in flight.
     GvspParserInfo* Find(std::uint32_t blockId) {
@@ -78,7 +80,6 @@ public:
 private:
     bool IsComplete(const GvspParserInfo& info) const { return info.packetsReceived == geometry_.packets; }
     bool MakeRoom(std::uint32_t blockId, TimePoint now);
-    std::size_t MaxInFlight() const;
     void CommitHead(TimePoint now);
 
     const GvspGeometry& geometry_;

@@ -6,25 +6,25 @@ namespace VX3 {
 
 namespace {
 
-constexpr std::uint32_t FirstCountdown = 51;  // plus the range's length
-constexpr std::uint32_t LaterCountdown = 201; // likewise
-constexpr std::chrono::milliseconds LongestBacklog{250};
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
 
-std::uint32_t CountdownFor(std::uint32_t length, std::uint32_t base) {
-    return length > 0xFFFFU ? 0xFFFFU : length + base;
-}
+constexpr milliseconds LongestBacklog{250};
+// How long a camera that answers nothing is asked. Each time it proves in vain the next wait is half as long,
+// until the camera answers again.
+constexpr milliseconds LongestPatience{100};
+constexpr milliseconds ShortestPatience{10};
+// A camera that answers, but never with what is missing.
+constexpr std::chrono::seconds LongestAsked{2};
+constexpr unsigned FewestAttempts = 3;
+constexpr std::size_t UsualGaps = 64; // a block has room for without allocating
 
 } // namespace
 
 GvspMissingRanges::GvspMissingRanges(bool resendSupported)
-    : maxAttempts_(resendSupported ? MaxAttempts : std::uint8_t{0}) {
-    requests_.reserve(MaxItems + 1);
-    waiting_.reserve(MaxItems + 1);
-}
-
-void GvspMissingRanges::SetMaxPid(std::uint32_t packetId) {
-    maxPid_ = packetId;
-    budget_.SetMaxPid(packetId);
+    : mayAsk_(resendSupported), blocks_(MaxBlocks), patience_(LongestPatience) {
+    for (GvspBlockGaps& block : blocks_)
+        block.Reserve(UsualGaps);
 }
 
 void GvspMissingRanges::SetFlagExt(bool extended) {
@@ -32,196 +32,293 @@ void GvspMissingRanges::SetFlagExt(bool extended) {
     order_ = GvspBlockOrder(extended);
 }
 
-// The last packet of an item's range, as far as the block's length is known.
-std::uint32_t GvspMissingRanges::LastOf(const GvspResendItem& item) const {
-    return item.last == GvspResendItem::ToBlockEnd ? std::max(maxPid_, item.first) : item.last;
+// Blocks --------------------------------------------------------------------------------------------------
+
+// used_ when nothing of it is missing.
+std::size_t GvspMissingRanges::IndexOf(std::uint32_t blockId) const {
+    std::size_t index = 0;
+    while (index < used_ && blocks_[index].BlockId() != blockId)
+        ++index;
+    return index;
 }
 
-void GvspMissingRanges::Add(std::uint32_t blockId, std::uint32_t first, std::uint32_t last, TimePoint now) {
-    GvspResendItem item;
-    item.next = item.first = first;
-    item.blockId = blockId;
-    item.last = last;
-    item.created = now;
-    item.createdAt = packets_;
-    item.extended = extended_;
-    item.countdown = CountdownFor(LastOf(item) - first, FirstCountdown);
-    if (Count() >= MaxItems)
-        GiveUp(item);
-    else
-        requests_.push_back(item);
+// In its place by age; null when there is no room, or it was given up.
+GvspBlockGaps* GvspMissingRanges::BlockFor(std::uint32_t blockId) {
+    const std::size_t known = IndexOf(blockId);
+    if (known < used_)
+        return blocks_[known].IsAbandoned() ? nullptr : &blocks_[known];
+    if (used_ == blocks_.size())
+        return nullptr;
+    std::size_t place = used_;
+    while (place > 0 && order_.Distance(blocks_[place - 1].BlockId(), blockId) < 0)
+        --place;
+    const auto at = [this](std::size_t i) { return blocks_.begin() + static_cast<std::ptrdiff_t>(i); };
+    std::rotate(at(place), at(used_), at(used_ + 1));
+    ++used_;
+    ++wanted_;
+    blocks_[place].Begin(blockId);
+    return &blocks_[place];
 }
 
-void GvspMissingRanges::GiveUp(const GvspResendItem& item) {
+void GvspMissingRanges::Drop(std::size_t index) {
+    GvspBlockGaps& block = blocks_[index];
+    if (!block.IsAbandoned()) {
+        window_.Forget(block.InFlight());
+        block.Abandon();
+        --wanted_;
+    }
+    const auto at = [this](std::size_t i) { return blocks_.begin() + static_cast<std::ptrdiff_t>(i); };
+    std::rotate(at(index), at(index + 1), at(used_));
+    --used_;
     ++closed_;
-    if (item.IsWholeBlock())
+}
+
+void GvspMissingRanges::GiveUp(GvspBlockGaps& block) {
+    if (block.IsAbandoned())
+        return;
+    if (block.IsUnseen())
         CountLost(1);
+    window_.Forget(block.InFlight());
+    block.Abandon();
+    --wanted_;
+    ++closed_;
 }
 
-// Packets that came after all, or will not come -----------------------------------------------------------
-
-void GvspMissingRanges::Arrived(const GvspPacketAddr& addr, TimePoint now) {
-    if (!TakeFrom(waiting_, addr, now))
-        (void)TakeFrom(requests_, addr, now);
-}
-
-bool GvspMissingRanges::TakeFrom(Items& items, const GvspPacketAddr& addr, TimePoint now) {
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        const GvspResendItem& item = items[i];
-        if (item.blockId != addr.blockId || !item.Holds(addr.packetId))
-            continue;
-        if (item.attempts == 1) // of later answers nobody knows which request they answer
-            roundTrip_.Learn(now - item.asked);
-        Shrink(items, i, addr.packetId);
-        return true;
-    }
-    return false;
-}
-
-// Takes one packet out of a range: from its ends, or leaving a range on either side.
-void GvspMissingRanges::Shrink(Items& items, std::size_t index, std::uint32_t packetId) {
-    GvspResendItem& item = items[index];
-    const std::uint32_t last = LastOf(item);
-    if (item.next == packetId) {
-        ++item.next;
-    } else if (packetId < last) {
-        GvspResendItem rest = item;
-        rest.next = packetId + 1;
-        item.last = packetId - 1;
-        if (Count() < MaxItems)
-            items.push_back(rest); // within the reserved room
-        return;
-    } else {
-        item.last = packetId - 1;
-    }
-    if (item.next > LastOf(item)) {
-        items.erase(items.begin() + static_cast<std::ptrdiff_t>(index));
-        ++closed_;
-    }
-}
-
-void GvspMissingRanges::Refused(const GvspPacketAddr& addr, bool andPrevious) {
-    if (!andPrevious) {
-        for (Items* items : {&waiting_, &requests_})
-            for (std::size_t i = 0; i < items->size(); ++i)
-                if ((*items)[i].blockId == addr.blockId && (*items)[i].Holds(addr.packetId))
-                    return Shrink(*items, i, addr.packetId);
-        return;
-    }
-    for (Items* items : {&waiting_, &requests_})
-        for (GvspResendItem& item : *items)
-            if (item.blockId == addr.blockId && item.next <= addr.packetId && LastOf(item) > addr.packetId)
-                item.next = addr.packetId + 1;
-    RemoveIf([&](const GvspResendItem& item) {
-        return item.blockId == addr.blockId && LastOf(item) <= addr.packetId;
-    });
-}
-
-template <typename Pick>
-void GvspMissingRanges::RemoveIf(Pick pick) {
-    for (Items* items : {&requests_, &waiting_}) {
-        std::size_t kept = 0;
-        for (std::size_t i = 0; i < items->size(); ++i)
-            if (pick((*items)[i]))
-                GiveUp((*items)[i]);
-            else
-                (*items)[kept++] = (*items)[i];
-        items->resize(kept);
-    }
+void GvspMissingRanges::CloseIfComplete(std::size_t index) {
+    if (blocks_[index].IsEmpty() && !blocks_[index].IsAbandoned())
+        Drop(index);
 }
 
 void GvspMissingRanges::Remove(std::uint32_t blockId) {
-    RemoveIf([&](const GvspResendItem& item) { return item.blockId == blockId; });
+    const std::size_t index = IndexOf(blockId);
+    if (index == used_)
+        return;
+    GiveUp(blocks_[index]);
+    Drop(index);
 }
 
 void GvspMissingRanges::RemoveUpTo(std::uint32_t blockId) {
-    if (!IsEmpty())
-        RemoveIf([&](const GvspResendItem& item) { return order_.Distance(item.blockId, blockId) >= 0; });
+    while (used_ != 0 && order_.Distance(blocks_[0].BlockId(), blockId) >= 0) {
+        GiveUp(blocks_[0]);
+        Drop(0);
+    }
 }
 
 void GvspMissingRanges::Clear() {
-    closed_ += Count();
-    requests_.clear();
-    waiting_.clear();
-    requestDue_ = false;
+    while (used_ != 0)
+        Drop(used_ - 1);
+    mayBeDue_ = false;
+    newest_ = 0;
 }
 
 bool GvspMissingRanges::IsAwaiting(std::uint32_t blockId) const {
-    const auto holds = [&](const GvspResendItem& item) {
-        return order_.Distance(item.blockId, blockId) >= 0;
-    };
-    return std::any_of(requests_.begin(), requests_.end(), holds) ||
-           std::any_of(waiting_.begin(), waiting_.end(), holds);
+    for (std::size_t i = 0; i < used_ && order_.Distance(blocks_[i].BlockId(), blockId) >= 0; ++i)
+        if (!blocks_[i].IsAbandoned())
+            return true;
+    return false;
+}
+
+// Gaps ----------------------------------------------------------------------------------------------------
+
+void GvspMissingRanges::Add(std::uint32_t blockId, std::uint32_t first, std::uint32_t last, TimePoint now) {
+    GvspBlockGaps* block = BlockFor(blockId);
+    if (block != nullptr)
+        AddTo(*block, first, last, now);
+}
+
+void GvspMissingRanges::AddBlock(std::uint32_t blockId, TimePoint now) {
+    GvspBlockGaps* block = BlockFor(blockId);
+    if (block == nullptr) {
+        CountLost(1);
+        return;
+    }
+    AddTo(*block, 0, 0, now);
+    AddTo(*block, 1, GvspGap::ToBlockEnd, now);
+    block->SetUnseen(true);
+}
+
+void GvspMissingRanges::AddTo(GvspBlockGaps& block, std::uint32_t first, std::uint32_t last, TimePoint now) {
+    if (block.Count() >= MaxGaps)
+        return GiveUp(block);
+    GvspGap gap;
+    gap.first = first;
+    gap.last = last == GvspGap::ToBlockEnd ? std::max(maxPid_, first) : last;
+    gap.createdAt = packets_;
+    gap.created = now;
+    block.Append(gap);
+}
+
+void GvspMissingRanges::Arrived(const GvspPacketAddr& addr, Origin origin, TimePoint now) {
+    const std::size_t index = IndexOf(addr.blockId);
+    const std::size_t gap = index < used_ ? blocks_[index].Find(addr.packetId) : 0;
+    if (index == used_ || gap == blocks_[index].Count()) {
+        for (Filled& filled : filled_)
+            if (filled.addr == addr && filled.distance != 0) {
+                reorder_.Learn(filled.distance, packets_); // asked for too early
+                filled.distance = 0;
+            }
+        return;
+    }
+    GvspBlockGaps& block = blocks_[index];
+    Learn(block, gap, addr, origin, now);
+    if (block.IsUnseen()) { // it exists: now for the rest
+        block.SetUnseen(false);
+        mayBeDue_ = true;
+    }
+    block.TakeOut(gap, addr.packetId);
+    CloseIfComplete(index);
+}
+
+void GvspMissingRanges::Learn(GvspBlockGaps& block, std::size_t index, const GvspPacketAddr& addr,
+                              Origin origin, TimePoint now) {
+    const GvspGap& gap = block.At(index);
+    const std::uint64_t distance = packets_ - gap.createdAt;
+    marksAgain_ = marksAgain_ || origin == Origin::SentAgain;
+    if (gap.attempts == 0 || (marksAgain_ && origin != Origin::SentAgain)) {
+        reorder_.Learn(distance, packets_);
+    } else {
+        answered_ = now;
+        patience_ = LongestPatience;
+        if (gap.attempts == 1) // of later answers nobody knows which request they answer
+            roundTrip_.Learn(now - gap.asked);
+        filled_[nextFilled_++ % filled_.size()] = {addr, distance};
+    }
+    if (gap.state == GvspGap::State::Asked) {
+        window_.Answered();
+        block.NoteAnswer(index, now); // the rest of the range follows
+    }
+}
+
+void GvspMissingRanges::Refused(const GvspPacketAddr& addr, TimePoint now) {
+    const std::size_t index = IndexOf(addr.blockId);
+    if (index == used_)
+        return;
+    answered_ = now;
+    GiveUp(blocks_[index]);
+}
+
+void GvspMissingRanges::CutFrom(std::uint32_t blockId, std::uint32_t packetId) {
+    const std::size_t index = IndexOf(blockId);
+    if (index == used_)
+        return;
+    const std::uint32_t before = blocks_[index].InFlight();
+    blocks_[index].CutFrom(packetId);
+    window_.Forget(before - blocks_[index].InFlight());
+    CloseIfComplete(index);
 }
 
 // Requests ------------------------------------------------------------------------------------------------
 
 bool GvspMissingRanges::NextRequest(GvspResendInfo& info, TimePoint now) {
-    if (!requestDue_)
+    if (!mayBeDue_ || window_.Room() == 0)
         return false;
-    const auto found =
-        std::find_if(requests_.begin(), requests_.end(), [](const GvspResendItem& item) { return item.due; });
-    if (found == requests_.end()) {
-        requestDue_ = false;
-        return false;
+    for (std::size_t i = 0; i < used_; ++i) {
+        GvspBlockGaps& block = blocks_[i];
+        const std::size_t index = block.NextToAsk();
+        if (index == block.Count())
+            continue;
+        const GvspGap gap = block.At(index);
+        const std::uint32_t packets = std::min(gap.Length(), window_.Piece());
+        if (packets > window_.Room())
+            return false;
+        info = {block.BlockId(), 0, extended_ ? 1U : 0U, gap.first, gap.first + packets - 1};
+        block.Ask(index, packets, now);
+        window_.Asked(packets);
+        const unsigned attempts = gap.attempts + 1U;
+        block.SetNextLate(std::min(block.NextLate(), now + roundTrip_.RetryDelay(attempts)));
+        return true;
     }
-    if (!budget_.Take(static_cast<std::uint64_t>(LastOf(*found)) - found->next + 1))
-        return false; // stays due; packets and time refill
-    info = {found->blockId, 0, found->extended ? 1U : 0U, found->next, found->last};
-    found->due = false;
-    found->asked = now;
-    ++found->attempts;
-    waiting_.push_back(*found);
-    requests_.erase(found);
-    return true;
+    mayBeDue_ = false;
+    return false;
 }
 
 void GvspMissingRanges::Check(TimePoint now, bool force) {
-    budget_.Refill(checkCounter_, now);
     checkCounter_ = 0;
-    if (!waiting_.empty())
-        CheckWaiting(now, force);
-    if (!requests_.empty())
-        CheckRequests(now, force);
-}
-
-void GvspMissingRanges::CheckWaiting(TimePoint now, bool force) {
-    for (std::size_t i = 0; i < waiting_.size();) {
-        GvspResendItem& item = waiting_[i];
-        item.countdown -= std::min(item.countdown, CheckEvery);
-        const auto waited = now - item.asked;
-        const bool late = item.countdown <= CheckEvery || force || waited >= GvspRoundTrip::LongestRetry;
-        const auto delay = roundTrip_.RetryDelay(item.attempts);
-        const bool unanswered = drained_ - item.asked >= delay || waited >= LongestBacklog;
-        if (!late || waited < delay || !unanswered) {
-            ++i;
+    reorder_.Relax(packets_);
+    const std::uint64_t createdBefore = packets_ - std::min(packets_, reorder_.Packets());
+    for (std::size_t i = 0; i < used_; ++i) {
+        GvspBlockGaps& block = blocks_[i];
+        if (block.IsAbandoned())
             continue;
+        if (block.Ripen(createdBefore, now - ReorderTime, force) != 0) {
+            if (!mayAsk_) {
+                GiveUp(block);
+                continue;
+            }
+            mayBeDue_ = true;
         }
-        if (item.attempts >= maxAttempts_) {
-            GiveUp(item);
-        } else {
-            item.first = item.next;
-            item.countdown = CountdownFor(LastOf(item) - item.next, LaterCountdown);
-            item.due = true;
-            requests_.push_back(item);
-        }
-        waiting_.erase(waiting_.begin() + static_cast<std::ptrdiff_t>(i));
+        if (now >= block.NextLate())
+            CheckAsked(block, now);
     }
 }
 
-void GvspMissingRanges::CheckRequests(TimePoint now, bool force) {
-    for (std::size_t i = 0; i < requests_.size();) {
-        GvspResendItem& item = requests_[i];
-        if (!item.due)
-            item.due =
-                force || packets_ - item.createdAt >= ReorderPackets || now - item.created >= ReorderTime;
-        if (item.due && !MayAsk()) {
-            GiveUp(item);
-            requests_.erase(requests_.begin() + static_cast<std::ptrdiff_t>(i));
+void GvspMissingRanges::CheckAsked(GvspBlockGaps& block, TimePoint now) {
+    TimePoint next = TimePoint::max();
+    for (std::size_t i = 0; i < block.FirstFresh(); ++i) {
+        const GvspGap& gap = block.At(i);
+        if (gap.state != GvspGap::State::Asked)
+            continue;
+        const auto delay = roundTrip_.RetryDelay(gap.attempts);
+        const auto waited = now - gap.asked;
+        if (waited < delay || (drained_ - gap.asked < delay && waited < LongestBacklog)) {
+            next = std::min(next, std::max(gap.asked + delay, now + GvspRoundTrip::ShortestRetry));
             continue;
         }
-        requestDue_ = requestDue_ || item.due;
-        ++i;
+        if (IsHopeless(gap, now)) {
+            patience_ = std::max(patience_ / 2, ShortestPatience);
+            return GiveUp(block);
+        }
+        window_.Late(gap.Length(), now, roundTrip_.Average());
+        block.SetLate(i);
+        mayBeDue_ = true;
+    }
+    block.SetNextLate(next);
+}
+
+// Nothing is heard of the camera any more, or never of this.
+bool GvspMissingRanges::IsHopeless(const GvspGap& gap, TimePoint now) const {
+    if (gap.attempts < FewestAttempts)
+        return false;
+    const auto limit = std::max<microseconds>(patience_, 4 * roundTrip_.Average());
+    return now - std::max(gap.firstAsked, answered_) >= limit || now - gap.firstAsked >= LongestAsked;
+}
+
+// What can still be completed ----------------------------------------------------------------------------
+
+void GvspMissingRanges::BlockBegins(std::uint32_t blockId, TimePoint now) {
+    if (newest_ != 0 && order_.Distance(newest_, blockId) == 1) {
+        const auto took = std::chrono::duration_cast<microseconds>(now - begun_);
+        blockTime_ += (took - blockTime_) / 8;
+    }
+    newest_ = blockId;
+    begun_ = now;
+    if (window_.IsLimited() && wanted_ > 1)
+        Triage();
+}
+
+// Every block has to go a number of block times from now, and its packets take their share of the window.
+// Taking the blocks by age, and giving up the one that misses most whenever there is too little time, leaves
+// as many as can be completed (the rule of Moore and Hodgson for late jobs).
+void GvspMissingRanges::Triage() {
+    const auto roundTrip = std::max(roundTrip_.Average(), microseconds(1));
+    const auto perBlock = static_cast<std::uint64_t>(window_.Size()) *
+                              static_cast<std::uint64_t>(blockTime_.count()) /
+                              static_cast<std::uint64_t>(roundTrip.count()) +
+                          1;
+    std::uint64_t wanted = 0;
+    for (std::size_t i = 0; i < used_; ++i) {
+        if (blocks_[i].IsAbandoned())
+            continue;
+        wanted += blocks_[i].Missing();
+        const std::int64_t age = order_.Distance(blocks_[i].BlockId(), newest_);
+        const auto left = static_cast<std::uint64_t>(std::max<std::int64_t>(places_ - age, 0));
+        if (wanted <= left * perBlock)
+            continue;
+        const auto most = std::max_element(
+            blocks_.begin(), blocks_.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+            [](const GvspBlockGaps& a, const GvspBlockGaps& b) { return a.Missing() < b.Missing(); });
+        wanted -= most->Missing();
+        GiveUp(*most);
     }
 }
 

@@ -34,6 +34,11 @@ public:
     std::uint32_t Previous(std::uint32_t blockId) const {
         return blockId <= 1 ? static_cast<std::uint32_t>(period_) : blockId - 1;
     }
+    // The block so many steps before that one.
+    std::uint32_t Back(std::uint32_t blockId, std::int64_t steps) const {
+        const std::int64_t id = static_cast<std::int64_t>(blockId) - steps;
+        return static_cast<std::uint32_t>(id > 0 ? id : id + period_);
+    }
     bool IsLater(const GvspPacketAddr& a, const GvspPacketAddr& b) const {
         if (a.blockId == b.blockId)
             return a.packetId > b.packetId;

@@ -88,9 +88,12 @@ StatusCode GvspParserImageA::SetPacketState(GvspParserInfo& info, const GvspPack
 // The loss bookkeeping learns of a packet that was taken, and the queue of what that changed.
 void GvspParserImageA::Accepted(const GvspPacket& packet, TimePoint now) {
     pace_.Learn(packet.addr, now);
-    (void)resend_.UpdateResend(&packet.addr, now); // has no way to fail
+    const bool again = packet.header.status == Gvcp::AckStatus::PacketResent;
+    (void)resend_.UpdateResend(
+        packet.addr, again ? GvspResendParser::Origin::SentAgain : GvspResendParser::Origin::Unknown,
+        now); // has no way to fail
     if (packet.endsBlock)
-        resend_.SkipRest(packet.addr.blockId);
+        resend_.SkipRest(packet.addr.blockId, packet.addr.packetId + 1);
     queue_.Advance(now);
 }
 
@@ -166,12 +169,13 @@ void GvspParserImageA::FixGeometry(const GvspPacket& packet, const GvspGeometry&
                         param_.name.c_str(), packet.addr.blockId, geometry.payloadBytes,
                         form_.Geometry().payloadBytes);
         queue_.HandOnAll(now);
-        resend_.SkipRest(resend_.Expected().blockId);
+        resend_.SkipRest(resend_.Expected().blockId, resend_.Expected().packetId);
     }
     form_.Fix(geometry, packet);
     queue_.SetOrder(GvspBlockOrder(geometry.extended));
     (void)resend_.SetMaxPid(geometry.TrailerId());
     (void)resend_.SetFlagExt(geometry.extended);
+    resend_.SetPlaces(queue_.MaxInFlight());
 }
 
 bool GvspParserImageA::StartsAnew(const GvspPacket& leader, TimePoint now) const {
@@ -258,11 +262,10 @@ StatusCode GvspParserImageA::ProcessTrailer(GvspPacket& packet, TimePoint now) {
 
 StatusCode GvspParserImageA::ProcessError(const GvspPacket& packet, TimePoint now) {
     const std::uint16_t status = packet.header.status;
-    const bool andPrevious = status == Gvcp::AckStatus::PacketAndPreviousRemovedFromMemory;
-    // Gone for good; a packet that is not there yet may be asked for again.
-    if (andPrevious || status == Gvcp::AckStatus::PacketUnavailable ||
-        status == Gvcp::AckStatus::PacketRemovedFromMemory) {
-        resend_.Refused(packet.addr, andPrevious);
+    // Gone for good, and the block with it; a packet that is not there yet may be asked for again.
+    if (status == Gvcp::AckStatus::PacketUnavailable || status == Gvcp::AckStatus::PacketRemovedFromMemory ||
+        status == Gvcp::AckStatus::PacketAndPreviousRemovedFromMemory) {
+        resend_.Refused(packet.addr, now);
         queue_.CommitWhatCan(now);
     }
     return Status::Malformed;
@@ -275,9 +278,7 @@ bool GvspParserImageA::GetResendInfo(GvspResendInfo& info, TimePoint now) {
         return false;
     GvspParserInfo* block = store_.Ring().Find(info.blockId);
     if (block != nullptr)
-        block->packetsResent += info.lastPacketId == GvspResendItem::ToBlockEnd
-                                    ? form_.Geometry().packets - info.firstPacketId
-                                    : info.lastPacketId - info.firstPacketId + 1;
+        block->packetsResent += info.lastPacketId - info.firstPacketId + 1;
     return true;
 }
 

@@ -20,6 +20,7 @@
 #include "vx3/gev/NetParam.h"
 #include "vx3/image/IImagePool.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -32,6 +33,7 @@ class GvspParserImageA final : public IGvspParser {
 public:
     static constexpr std::size_t MaxAwaiting = GvspBlockQueue::MaxAwaiting;
     static constexpr std::size_t MaxDatagram = 16384; // bytes
+    static constexpr std::size_t MaxWindow = 4096;    // packets asked for and not yet answered
 
     struct Options {
         // Predict places for datagrams; pointless where the receiver cannot use them.
@@ -63,6 +65,12 @@ public:
     void CheckSilence(WireRoom& next, TimePoint now) override;
     std::chrono::milliseconds MaxWait() const override;
 
+    // Datagrams that the socket's buffer holds: half of them may be answers to what was asked for again.
+    void SetSocketRoom(std::size_t datagrams) {
+        resend_.SetLargestWindow(static_cast<std::uint32_t>(std::min<std::size_t>(datagrams / 2, MaxWindow)));
+    }
+    // The socket dropped datagrams since the last time.
+    void NoteOverrun(TimePoint now) { resend_.NoteOverrun(now); }
     // The socket is empty; see GvspResendParser.
     void NoteDrained(TimePoint now) { resend_.NoteDrained(now); }
     const GvspGeometry& Geometry() const { return form_.Geometry(); }

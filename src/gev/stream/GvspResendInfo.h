@@ -10,7 +10,7 @@ struct GvspResendInfo {
     std::uint32_t reserved = 0;
     std::uint32_t extended = 0;
     std::uint32_t firstPacketId = 0;
-    std::uint32_t lastPacketId = 0; // GvspResendItem::ToBlockEnd: to the end of the block
+    std::uint32_t lastPacketId = 0;
 };
 
 } // namespace VX3

@@ -23,20 +23,21 @@ void GvspResendParser::AdvanceFrom(const GvspPacketAddr& addr) {
         expected_ = {0, order_.Next(addr.blockId)};
 }
 
-StatusCode GvspResendParser::UpdateResend(const GvspPacketAddr* addr, TimePoint now) {
+StatusCode GvspResendParser::UpdateResend(const GvspPacketAddr& addr, Origin origin, TimePoint now) {
     missing_.CountPacket(now);
-    if (*addr == expected_ && seen_) {
-        AdvanceFrom(*addr);
-    } else if (!seen_) {
-        seen_ = true;
-        missing_.Clear(); // at most a leader asked for
-        AdvanceFrom(*addr);
-    } else if (order_.IsLater(*addr, expected_)) {
-        CreateResendInfo(expected_, *addr, now);
-        AdvanceFrom(*addr);
-    } else {
-        missing_.Arrived(*addr, now);
+    const bool later = seen_ && order_.IsLater(addr, expected_);
+    if (seen_ && !later && !(addr == expected_)) {
+        missing_.Arrived(addr, origin, now);
+        return Status::Ok;
     }
+    if (!seen_)
+        missing_.Clear(); // at most a leader asked for
+    if (!seen_ || addr.packetId == 0 || addr.blockId != expected_.blockId)
+        missing_.BlockBegins(addr.blockId, now);
+    if (later)
+        CreateResendInfo(expected_, addr, now);
+    seen_ = true;
+    AdvanceFrom(addr);
     return Status::Ok;
 }
 
@@ -56,7 +57,7 @@ void GvspResendParser::CreateResendInfo(const GvspPacketAddr& from, const GvspPa
     // The gap ends just before `to`.
     GvspPacketAddr end = to;
     if (to.packetId == 0)
-        end = {GvspResendItem::ToBlockEnd, order_.Previous(to.blockId)};
+        end = {GvspGap::ToBlockEnd, order_.Previous(to.blockId)};
     else
         --end.packetId;
     const bool log = missing_.MayAsk() && itemLog_.Allow(now);
@@ -64,17 +65,31 @@ void GvspResendParser::CreateResendInfo(const GvspPacketAddr& from, const GvspPa
         if (log)
             VxLoggerLog(LogLevel::Info, "SDK", "one resend item created:%u.%u~%d.", end.blockId,
                         from.packetId, static_cast<int>(end.packetId));
-        missing_.Add(end.blockId, from.packetId, end.packetId, now);
+        AddRange(end.blockId, from.packetId, end.packetId, now);
         return;
     }
-    const std::int64_t between = order_.Distance(from.blockId, end.blockId) - 1;
-    if (between > 0)
-        missing_.CountLost(static_cast<std::uint64_t>(between));
     if (log)
         VxLoggerLog(LogLevel::Info, "SDK", "two resend item created: %u.%u~%d and %u.%u~%d!", from.blockId,
                     from.packetId, -1, end.blockId, 0U, static_cast<int>(end.packetId));
-    missing_.Add(from.blockId, from.packetId, GvspResendItem::ToBlockEnd, now);
-    missing_.Add(end.blockId, 0, end.packetId, now);
+    AddRange(from.blockId, from.packetId, GvspGap::ToBlockEnd, now);
+    std::int64_t between = order_.Distance(from.blockId, end.blockId) - 1;
+    std::uint32_t blockId = order_.Next(from.blockId);
+    if (between > MaxWholeBlocks) {
+        missing_.CountLost(static_cast<std::uint64_t>(between - MaxWholeBlocks));
+        between = MaxWholeBlocks;
+        blockId = order_.Back(end.blockId, between);
+    }
+    for (; between > 0; --between, blockId = order_.Next(blockId))
+        missing_.AddBlock(blockId, now);
+    AddRange(end.blockId, 0, end.packetId, now);
+}
+
+void GvspResendParser::AddRange(std::uint32_t blockId, std::uint32_t first, std::uint32_t last,
+                                TimePoint now) {
+    if (first == 0 && last == GvspGap::ToBlockEnd)
+        missing_.AddBlock(blockId, now);
+    else
+        missing_.Add(blockId, first, last, now);
 }
 
 void GvspResendParser::CloseTail(TimePoint now) {
@@ -85,7 +100,8 @@ void GvspResendParser::CloseTail(TimePoint now) {
     expected_ = next;
 }
 
-void GvspResendParser::SkipRest(std::uint32_t blockId) {
+void GvspResendParser::SkipRest(std::uint32_t blockId, std::uint32_t packetId) {
+    missing_.CutFrom(blockId, packetId);
     if (expected_.blockId == blockId && expected_.packetId != 0)
         expected_ = {0, order_.Next(blockId)};
 }

@@ -13,7 +13,9 @@ namespace VX3 {
 class GvspResendParser final : public IGvspResendParser {
 public:
     static constexpr std::chrono::milliseconds ReorderTime = GvspMissingRanges::ReorderTime;
-    static constexpr std::uint8_t MaxAttempts = GvspMissingRanges::MaxAttempts;
+    using Origin = GvspMissingRanges::Origin;
+    // Whole blocks in a gap that are asked for; those before them are counted lost at once.
+    static constexpr std::int64_t MaxWholeBlocks = 8;
 
     // Without resend support gaps are tracked all the same (they tell when a block will not be completed any
     // more) but nothing is ever asked for.
@@ -22,15 +24,22 @@ public:
     // What comes in: the shape of the stream, its packets, the camera's refusals, the passing of time.
     StatusCode SetMaxPid(std::uint32_t packetId) override;
     StatusCode SetFlagExt(bool extended) override;
-    StatusCode UpdateResend(const GvspPacketAddr* addr, TimePoint now) override;
+    StatusCode UpdateResend(const GvspPacketAddr* addr, TimePoint now) override {
+        return UpdateResend(*addr, Origin::Unknown, now);
+    }
+    StatusCode UpdateResend(const GvspPacketAddr& addr, Origin origin, TimePoint now);
     StatusCode UpdateResend(const GvspPacketAddr* from, const GvspPacketAddr* to, TimePoint now) override;
     StatusCode UpdateResend(unsigned int) override { return Status::Ok; }
-    // The newest block ended before its last packet id: nothing more of it is missing.
-    void SkipRest(std::uint32_t blockId);
+    // A block ended with the packet before this one, earlier than others: nothing more of it is missing.
+    void SkipRest(std::uint32_t blockId, std::uint32_t packetId);
     // A payload packet came before any leader: that block's leader is asked for.
     void RequestLeader(std::uint32_t blockId, bool extended, TimePoint now);
-    void Refused(const GvspPacketAddr& addr, bool andPrevious) { missing_.Refused(addr, andPrevious); }
+    // The camera no longer has it.
+    void Refused(const GvspPacketAddr& addr, TimePoint now) { missing_.Refused(addr, now); }
     // See GvspMissingRanges.
+    void SetLargestWindow(std::uint32_t packets) { missing_.SetLargestWindow(packets); }
+    void SetPlaces(std::size_t blocks) { missing_.SetPlaces(blocks); }
+    void NoteOverrun(TimePoint now) { missing_.NoteOverrun(now); }
     void NoteDrained(TimePoint now) { missing_.NoteDrained(now); }
     void CheckListTimeOut(TimePoint now, bool force) { missing_.Check(now, force); }
     // The rest of the newest block counts as missing: a silent stream lost its tail.
@@ -55,6 +64,7 @@ public:
 
 private:
     void AdvanceFrom(const GvspPacketAddr& addr);
+    void AddRange(std::uint32_t blockId, std::uint32_t first, std::uint32_t last, TimePoint now);
     void CreateResendInfo(const GvspPacketAddr& from, const GvspPacketAddr& to, TimePoint now);
 
     GvspMissingRanges missing_;

@@ -15,6 +15,7 @@ public:
     void Learn(std::chrono::nanoseconds took) {
         average_ += (std::chrono::duration_cast<std::chrono::microseconds>(took) - average_) / 8;
     }
+    std::chrono::microseconds Average() const { return average_; }
     // After that many requests in vain; each wait is twice the one before.
     std::chrono::microseconds RetryDelay(unsigned attempts) const {
         const auto base = std::clamp(average_ * 3, ShortestRetry, LongestRetry);
