@@ -92,11 +92,12 @@ void Compare(const CameraProcess& camera, const Cell& cell, unsigned runs) {
     std::fprintf(
         g_out,
         "%5u  %5.1f Gbit/s  loss %5.3f  buffer %8zu  whole %.3f (%.3f .. %.3f, %5.2f Gbit/s)  without "
-        "resends %.3f  lost %llu asked %llu resent %llu\n",
+        "resends %.3f  lost %llu asked %llu resent %llu  left out %llu\n",
         cell.order.packetSize, rate, cell.order.loss, cell.buffer, Median(with),
         *std::min_element(with.begin(), with.end()), *std::max_element(with.begin(), with.end()),
         Median(gigabits), Median(without), static_cast<unsigned long long>(last.sent.dropped),
-        static_cast<unsigned long long>(last.sent.asked), static_cast<unsigned long long>(last.sent.resent));
+        static_cast<unsigned long long>(last.sent.asked), static_cast<unsigned long long>(last.sent.resent),
+        static_cast<unsigned long long>(last.counts.leftOutBlocks));
 }
 
 struct Wanted {

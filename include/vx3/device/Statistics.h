@@ -20,6 +20,7 @@ struct VX3_API Statistics {
     std::uint64_t droppedImages = 0;  // dropped because the delivery queue was full
     std::uint64_t foreignPackets = 0; // datagrams refused because somebody else than the camera sent them
     std::uint64_t overruns = 0;       // datagrams, or trains of them, that found the socket's buffer full
+    std::uint64_t leftOutBlocks = 0;  // frames not taken at all, as the host could not keep up
 };
 
 // The live counters: one thread writes each, any thread reads.
@@ -33,6 +34,7 @@ struct LiveStatistics {
     std::atomic<std::uint64_t> droppedImages{0};
     std::atomic<std::uint64_t> foreignPackets{0};
     std::atomic<std::uint64_t> overruns{0};
+    std::atomic<std::uint64_t> leftOutBlocks{0};
 
     static void Add(std::atomic<std::uint64_t>& counter, std::uint64_t n = 1) {
         counter.fetch_add(n, std::memory_order_relaxed);
@@ -41,11 +43,12 @@ struct LiveStatistics {
         constexpr auto Relaxed = std::memory_order_relaxed;
         return {blocks.load(Relaxed),         lostBlocks.load(Relaxed),       resentPackets.load(Relaxed),
                 missingPackets.load(Relaxed), incompleteBlocks.load(Relaxed), reserved.load(Relaxed),
-                droppedImages.load(Relaxed),  foreignPackets.load(Relaxed),   overruns.load(Relaxed)};
+                droppedImages.load(Relaxed),  foreignPackets.load(Relaxed),   overruns.load(Relaxed),
+                leftOutBlocks.load(Relaxed)};
     }
     void Reset() {
         for (auto* counter : {&blocks, &lostBlocks, &resentPackets, &missingPackets, &incompleteBlocks,
-                              &reserved, &droppedImages, &foreignPackets, &overruns})
+                              &reserved, &droppedImages, &foreignPackets, &overruns, &leftOutBlocks})
             counter->store(0, std::memory_order_relaxed);
     }
 };

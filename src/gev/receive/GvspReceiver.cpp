@@ -2,6 +2,7 @@
 
 #include "gev/control/GevCmdHelper.h"
 #include "gev/protocol/Bootstrap.h"
+#include "gev/receive/BlockFilter.h"
 #include "gev/receive/ReceiveClock.h"
 #include "gev/receive/SocketGauge.h"
 #include "gev/stream/GvspParserImageA.h"
@@ -18,6 +19,7 @@ constexpr std::uint32_t CommandTimeoutMs = 1000;
 constexpr std::chrono::milliseconds SilenceCheck{2};
 constexpr std::chrono::milliseconds GaugePause{1};
 constexpr std::size_t SmallestReceive = 2048;
+constexpr std::uint64_t SmallestBlock = 65536; // backlogs of less are no matter
 
 // The longest datagram worth receiving.
 std::size_t MaxDatagram(const GevStreamParam& param) {
@@ -130,6 +132,7 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
                                GvspParserImageA& parser, GevCmdHelper& helper, std::uint32_t channel) {
     ReceiveClock clock;
     SocketGauge gauge(socket_.Descriptor());
+    BlockFilter filter(socket_.Descriptor());
     auto checked = clock.Now();
     auto gauged = checked;
     WireRoom next;
@@ -138,16 +141,13 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
         const auto now = clock.Advance(batch.count, batch.waited);
         for (std::size_t i = 0; i < batch.count; ++i)
             (void)parser.HandlePacket(batch.items[i].data, batch.items[i].size, next, now);
+        if (now - gauged >= GaugePause || parser.IsGated()) {
+            gauged = now;
+            ReadGauge(gauge, parser, now);
+        }
         if (batch.drained)
             parser.NoteDrained(now);
-        if (now - gauged >= GaugePause) {
-            gauged = now;
-            const std::uint64_t overruns = gauge.NewOverruns();
-            if (overruns != 0) {
-                LiveStatistics::Add(statistics_.overruns, overruns);
-                parser.NoteOverrun(now);
-            }
-        }
+        filter.Follow(parser.Admission(), parser.Geometry().extended);
         if (now - checked >= SilenceCheck) {
             checked = now;
             parser.CheckSilence(next, now);
@@ -155,6 +155,23 @@ void GvspReceiver::ReceiveLoop(const std::atomic<bool>& running, DatagramSource&
         }
         SendRequests(parser, helper, channel, now);
     }
+}
+
+void GvspReceiver::ReadGauge(SocketGauge& gauge, GvspParserImageA& parser, IGvspParser::TimePoint now) {
+    const SocketGauge::Reading reading = gauge.Read();
+    // While blocks are left out the count is that of the filter, and only a full buffer tells.
+    const std::uint64_t overruns = parser.IsGated() ? 0 : reading.dropped;
+    if (overruns != 0)
+        LiveStatistics::Add(statistics_.overruns, overruns);
+    if (overruns != 0 || reading.queued > reading.room / 16 * 15)
+        parser.NoteOverrun(now);
+    GvspAdmission::Load load;
+    load.overrun = overruns != 0;
+    load.fill =
+        static_cast<double>(reading.queued) / static_cast<double>(std::max<std::uint64_t>(reading.room, 1));
+    load.blocks = static_cast<double>(reading.queued) /
+                  static_cast<double>(std::max<std::uint64_t>(parser.Geometry().payloadBytes, SmallestBlock));
+    parser.Observe(load, now);
 }
 
 void GvspReceiver::AddWantedBlocks(GvspParserImageA& parser) {

@@ -21,6 +21,7 @@ namespace VX3 {
 
 class GevCmdHelper;
 class GvspParserImageA;
+class SocketGauge;
 
 class GvspReceiver final : public IGvspReceiver {
 public:
@@ -52,6 +53,7 @@ private:
     void OpenPath(GevCmdHelper& helper, const GevStreamParam& param) const;
     void ReceiveLoop(const std::atomic<bool>& running, DatagramSource& source, GvspParserImageA& parser,
                      GevCmdHelper& helper, std::uint32_t channel);
+    void ReadGauge(SocketGauge& gauge, GvspParserImageA& parser, IGvspParser::TimePoint now);
     void AddWantedBlocks(GvspParserImageA& parser);
     void SendRequests(GvspParserImageA& parser, GevCmdHelper& helper, std::uint32_t channel,
                       IGvspParser::TimePoint now);

@@ -10,21 +10,14 @@
 
 namespace VX3 {
 
-SocketGauge::SocketGauge(int socketFd) : socketFd_(socketFd), drops_(Drops()) {}
-
-std::uint32_t SocketGauge::Drops() const {
+SocketGauge::Reading SocketGauge::Read() {
     std::array<std::uint32_t, SK_MEMINFO_VARS> values{};
     socklen_t size = sizeof(values);
     if (::getsockopt(socketFd_, SOL_SOCKET, SO_MEMINFO, values.data(), &size) != 0)
-        return 0;
-    return values[SK_MEMINFO_DROPS];
-}
-
-std::uint64_t SocketGauge::NewOverruns() {
-    const std::uint32_t drops = Drops();
-    const std::uint32_t fresh = drops - drops_; // it wraps
-    drops_ = drops;
-    return fresh;
+        return {};
+    const std::uint32_t dropped = values[SK_MEMINFO_DROPS] - drops_; // it wraps
+    drops_ = values[SK_MEMINFO_DROPS];
+    return {values[SK_MEMINFO_RMEM_ALLOC], values[SK_MEMINFO_RCVBUF], dropped};
 }
 
 } // namespace VX3

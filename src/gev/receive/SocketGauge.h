@@ -8,17 +8,21 @@ namespace VX3 {
 
 class SocketGauge {
 public:
-    explicit SocketGauge(int socketFd);
+    // All 0 where the system does not tell (before Linux 4.12).
+    struct Reading {
+        std::uint64_t queued = 0; // bytes, with the kernel's own overhead
+        std::uint64_t room = 0;   // of the buffer, counted alike
+        // Datagrams, or trains of them, that were dropped since the last reading: the buffer was full, or a
+        // filter refused them.
+        std::uint64_t dropped = 0;
+    };
 
-    // Datagrams, or trains of them, that found the queue full since the last call; 0 where the system does
-    // not tell (before Linux 4.12).
-    std::uint64_t NewOverruns();
+    explicit SocketGauge(int socketFd) : socketFd_(socketFd) { (void)Read(); }
+    Reading Read();
 
 private:
-    std::uint32_t Drops() const;
-
     const int socketFd_;
-    std::uint32_t drops_;
+    std::uint32_t drops_ = 0;
 };
 
 } // namespace VX3

@@ -101,6 +101,7 @@ void GvspBlockQueue::CommitHead(TimePoint now) {
     delivery_.Finish(info, missing, ring.InFlight(), now);
     resend_.RemoveUpTo(blockId);
     delivery_.Count(info, missing, resend_.GetImagesLost());
+    admission_.NoteBlock(missing == 0);
     if (missing == 0)
         --complete_;
     if (current_ == &info)

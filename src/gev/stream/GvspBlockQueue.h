@@ -7,6 +7,7 @@
 // Owned by the parser, like what it is made of; its thread only.
 #pragma once
 
+#include "gev/stream/GvspAdmission.h"
 #include "gev/stream/GvspBlockHistory.h"
 #include "gev/stream/GvspBlockStore.h"
 #include "gev/stream/GvspDelivery.h"
@@ -27,8 +28,8 @@ public:
     static constexpr std::size_t MaxPlacesAhead = 7; // of a free block, before the oldest must go
 
     GvspBlockQueue(const GvspGeometry& geometry, GvspBlockStore& store, GvspResendParser& resend,
-                   GvspDelivery& delivery)
-        : geometry_(geometry), store_(store), resend_(resend), delivery_(delivery) {}
+                   GvspDelivery& delivery, GvspAdmission& admission)
+        : geometry_(geometry), store_(store), resend_(resend), delivery_(delivery), admission_(admission) {}
 
     void SetOrder(const GvspBlockOrder& order);
     const GvspBlockHistory& History() const { return history_; }
@@ -86,6 +87,7 @@ private:
     GvspBlockStore& store_;
     GvspResendParser& resend_;
     GvspDelivery& delivery_;
+    GvspAdmission& admission_;
     GvspBlockOrder order_;
     GvspBlockHistory history_;
     GvspParserInfo* current_ = nullptr; // the block found last

@@ -23,6 +23,9 @@ public:
     void Finish(const GvspParserInfo& info, std::uint32_t missing, std::size_t inFlight, TimePoint now);
     // `lostBlocks` of the stream so far.
     void Count(const GvspParserInfo& info, std::uint32_t missing, std::uint64_t lostBlocks);
+    // A block that was not taken, as the host could not keep up.
+    void CountLeftOut() { LiveStatistics::Add(statistics_->leftOutBlocks); }
+    std::uint64_t LeftOut() const { return statistics_->leftOutBlocks.load(std::memory_order_relaxed); }
     void Hand(std::unique_ptr<IImage> image) const;
     LiveStatistics* Statistics() { return statistics_; }
 

@@ -17,6 +17,7 @@ constexpr milliseconds ShortestPatience{10};
 // A camera that answers, but never with what is missing.
 constexpr std::chrono::seconds LongestAsked{2};
 constexpr unsigned FewestAttempts = 3;
+constexpr std::uint64_t LeastShare = 8;
 constexpr std::size_t UsualGaps = 64; // a block has room for without allocating
 
 } // namespace
@@ -288,10 +289,18 @@ bool GvspMissingRanges::IsHopeless(const GvspGap& gap, TimePoint now) const {
 void GvspMissingRanges::BlockBegins(std::uint32_t blockId, TimePoint now) {
     if (newest_ != 0 && order_.Distance(newest_, blockId) == 1) {
         const auto took = std::chrono::duration_cast<microseconds>(now - begun_);
-        blockTime_ += (took - blockTime_) / 8;
+        blockTime_ = blockTime_.count() == 0 ? took : blockTime_ + (took - blockTime_) / 8;
+        if (blockTime_.count() > 0) { // a share of what the stream itself brings in a round trip
+            const auto meanwhile = (packets_ - begunAt_) *
+                                   static_cast<std::uint64_t>(roundTrip_.Average().count()) /
+                                   static_cast<std::uint64_t>(blockTime_.count());
+            window_.SetSmallest(
+                static_cast<std::uint32_t>(std::min<std::uint64_t>(meanwhile / LeastShare, 0xFFFF)));
+        }
     }
     newest_ = blockId;
     begun_ = now;
+    begunAt_ = packets_;
     if (window_.IsLimited() && wanted_ > 1)
         Triage();
 }

@@ -58,6 +58,8 @@ public:
     void NoteDrained(TimePoint now) { drained_ = now; }
     // The socket's buffer was full, and packets were dropped.
     void NoteOverrun(TimePoint now) { window_.Overrun(now, roundTrip_.Average()); }
+    // Blocks are left out from now on, which leaves room for answers.
+    void NoteRelief() { window_.Restart(); }
     // Moves gaps on; `force` (a silent stream) makes everything due.
     void Check(TimePoint now, bool force);
     // The first packet of a new block: those that cannot be completed before they have to go are given up.
@@ -136,6 +138,7 @@ private:
     std::uint64_t packets_ = 0;              // taken so far
     std::uint32_t newest_ = 0;               // block; 0: none
     TimePoint begun_{};                      // when it did
+    std::uint64_t begunAt_ = 0;              // packets taken by then
     std::chrono::microseconds blockTime_{0}; // from one block to the next, on average
     std::uint64_t closed_ = 0;
     std::atomic<std::uint64_t> lostBlocks_{0};

@@ -60,6 +60,8 @@ void GvspParserImageA::Lift(GvspPacket& packet) {
 StatusCode GvspParserImageA::Dispatch(GvspPacket& packet, TimePoint now) {
     if (!form_.Takes(packet))
         return Status::Malformed;
+    if (!IsAdmitted(packet, now))
+        return Status::QueueFull;
     if (Gvsp::IsErrorStatus(packet.header.status))
         return ProcessError(packet, now);
     switch (static_cast<Gvsp::Format>(packet.header.format)) {
@@ -71,6 +73,34 @@ StatusCode GvspParserImageA::Dispatch(GvspPacket& packet, TimePoint now) {
         return ProcessTrailer(packet, now);
     }
     return Status::Malformed;
+}
+
+// Blocks are left out where the host cannot take all.
+bool GvspParserImageA::IsAdmitted(const GvspPacket& packet, TimePoint now) {
+    const std::uint32_t blockId = packet.addr.blockId;
+    if (!packet.Is(Gvsp::Format::Leader))
+        return admission_.Takes(blockId);
+    if (admission_.SeeLeader(blockId))
+        return true;
+    delivery_.CountLeftOut();
+    if (warnings_.Allow(now))
+        VxLoggerLog(LogLevel::Warning, "SDK",
+                    "%s: this host cannot keep up with the stream, whole frames are left out: %llu so far",
+                    param_.name.c_str(), static_cast<unsigned long long>(delivery_.LeftOut()));
+    return false;
+}
+
+void GvspParserImageA::NoteDrained(TimePoint now) {
+    resend_.NoteDrained(now);
+    if (admission_.IsGated() && admission_.BeginRun(!resend_.IsAwaiting(admission_.MendedUpTo()), now))
+        resend_.SkipTo(admission_.Current().first, now);
+}
+
+void GvspParserImageA::Observe(const GvspAdmission::Load& load, TimePoint now) {
+    const bool before = admission_.IsGated();
+    admission_.Observe(load, now);
+    if (admission_.IsGated() && !before)
+        resend_.NoteRelief();
 }
 
 StatusCode GvspParserImageA::SetPacketState(GvspParserInfo& info, const GvspPacketAddr& addr, TimePoint now) {
@@ -110,6 +140,7 @@ StatusCode GvspParserImageA::ProcessLeader(const GvspPacket& packet, TimePoint n
             return Status::Malformed;
         }
         queue_.Restart(now);
+        admission_.Restart();
     }
     if (!form_.IsFixed() || !store_.HasShapeOf(leader)) {
         const StatusCode status = AdoptShape(packet, leader, now);
@@ -173,6 +204,7 @@ void GvspParserImageA::FixGeometry(const GvspPacket& packet, const GvspGeometry&
     }
     form_.Fix(geometry, packet);
     queue_.SetOrder(GvspBlockOrder(geometry.extended));
+    admission_.SetOrder(GvspBlockOrder(geometry.extended));
     (void)resend_.SetMaxPid(geometry.TrailerId());
     (void)resend_.SetFlagExt(geometry.extended);
     resend_.SetPlaces(queue_.MaxInFlight());

@@ -7,6 +7,7 @@
 // Owned by the receive thread.
 #pragma once
 
+#include "gev/stream/GvspAdmission.h"
 #include "gev/stream/GvspBlockQueue.h"
 #include "gev/stream/GvspBlockStore.h"
 #include "gev/stream/GvspDelivery.h"
@@ -71,14 +72,19 @@ public:
     }
     // The socket dropped datagrams since the last time.
     void NoteOverrun(TimePoint now) { resend_.NoteOverrun(now); }
-    // The socket is empty; see GvspResendParser.
-    void NoteDrained(TimePoint now) { resend_.NoteDrained(now); }
+    // What the socket's queue looks like; see GvspAdmission.
+    void Observe(const GvspAdmission::Load& load, TimePoint now);
+    const GvspAdmission& Admission() const { return admission_; }
+    bool IsGated() const { return admission_.IsGated(); }
+    // The socket is empty; see GvspResendParser and GvspAdmission.
+    void NoteDrained(TimePoint now);
     const GvspGeometry& Geometry() const { return form_.Geometry(); }
     std::size_t BlocksInFlight() const { return queue_.InFlight(); }
 
 private:
     void Accepted(const GvspPacket& packet, TimePoint now);
     StatusCode Dispatch(GvspPacket& packet, TimePoint now);
+    bool IsAdmitted(const GvspPacket& packet, TimePoint now);
     StatusCode ProcessLeader(const GvspPacket& packet, TimePoint now);
     StatusCode ProcessPayLoad(const GvspPacket& packet, TimePoint now);
     StatusCode ProcessTrailer(GvspPacket& packet, TimePoint now);
@@ -98,11 +104,12 @@ private:
     const bool mayRedirect_;
 
     GvspStreamForm form_;
+    GvspAdmission admission_;
     GvspPace pace_;
     GvspResendParser resend_;
     GvspBlockStore store_;
     GvspDelivery delivery_;
-    GvspBlockQueue queue_{form_.Geometry(), store_, resend_, delivery_};
+    GvspBlockQueue queue_{form_.Geometry(), store_, resend_, delivery_, admission_};
     GvspRedirect redirect_;
     GvspEarlyPackets early_;
     std::vector<std::uint8_t> lifted_; // a datagram taken out of an image

@@ -22,6 +22,12 @@ public:
         largest_ = std::max(packets, Smallest);
         size_ = std::min(size_, largest_);
     }
+    // What the stream cannot do without: an overrun does not make the window smaller than that, as it may be
+    // the stream's own.
+    void SetSmallest(std::uint32_t packets) {
+        smallest_ = std::clamp(packets, Smallest, largest_);
+        size_ = std::max(size_, smallest_);
+    }
     std::uint32_t Size() const { return size_; }
     std::uint32_t Room() const { return inFlight_ < size_ ? size_ - inFlight_ : 0; }
     // At most so many in one request: the next one may then follow the first answers.
@@ -48,6 +54,11 @@ public:
     }
     // No longer wanted.
     void Forget(std::uint32_t packets) { inFlight_ -= std::min(packets, inFlight_); }
+    // The stream leaves more room than before: what was learnt holds no more.
+    void Restart() {
+        threshold_ = Unlimited;
+        size_ = std::max(size_, std::min(Initial, largest_));
+    }
     // The socket dropped what came.
     void Overrun(TimePoint now, std::chrono::microseconds roundTrip) { Shrink(now, roundTrip); }
 
@@ -60,11 +71,12 @@ private:
         if (shrunk_ != TimePoint{} && now - shrunk_ < roundTrip)
             return;
         shrunk_ = now;
-        threshold_ = size_ = std::max(size_ / 2, Smallest);
+        threshold_ = size_ = std::max(size_ / 2, smallest_);
         answered_ = late_ = credit_ = 0;
     }
 
     std::uint32_t largest_ = 4096;
+    std::uint32_t smallest_ = Smallest;
     std::uint32_t size_ = Initial;
     std::uint32_t threshold_ = Unlimited; // above it the window grows by one a window's worth of answers
     std::uint32_t inFlight_ = 0;

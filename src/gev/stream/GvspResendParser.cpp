@@ -100,6 +100,12 @@ void GvspResendParser::CloseTail(TimePoint now) {
     expected_ = next;
 }
 
+void GvspResendParser::SkipTo(std::uint32_t blockId, TimePoint now) {
+    CloseTail(now);
+    if (seen_ && order_.Distance(expected_.blockId, blockId) > 0)
+        expected_ = {0, blockId};
+}
+
 void GvspResendParser::SkipRest(std::uint32_t blockId, std::uint32_t packetId) {
     missing_.CutFrom(blockId, packetId);
     if (expected_.blockId == blockId && expected_.packetId != 0)

@@ -40,10 +40,13 @@ public:
     void SetLargestWindow(std::uint32_t packets) { missing_.SetLargestWindow(packets); }
     void SetPlaces(std::size_t blocks) { missing_.SetPlaces(blocks); }
     void NoteOverrun(TimePoint now) { missing_.NoteOverrun(now); }
+    void NoteRelief() { missing_.NoteRelief(); }
     void NoteDrained(TimePoint now) { missing_.NoteDrained(now); }
     void CheckListTimeOut(TimePoint now, bool force) { missing_.Check(now, force); }
     // The rest of the newest block counts as missing: a silent stream lost its tail.
     void CloseTail(TimePoint now);
+    // The stream goes on with that block: those between are not expected.
+    void SkipTo(std::uint32_t blockId, TimePoint now);
     // Blocks were handed on: what they lack is given up.
     StatusCode Remove(std::uint32_t blockId) override;
     void RemoveUpTo(std::uint32_t blockId) { missing_.RemoveUpTo(blockId); }
