@@ -1,6 +1,7 @@
 // Opening, starting, stopping, snapping and the statistics of a camera's streams.
 #include "capi/Handles.h"
 #include "capi/Results.h"
+#include "device/StopForOne.h"
 #include "vx3/core/Utilities.h"
 
 using namespace VX3;
@@ -71,7 +72,7 @@ int SubDevice_StartStreamByIndex(SubDevice* camera, unsigned int streamIndex, St
 }
 
 int SubDevice_StopStreamByIndex(SubDevice* camera, unsigned int streamIndex) {
-    return WithStream(camera, streamIndex, [](IStream& s) { return s.Stop(); });
+    return WithStream(camera, streamIndex, [](IStream& s) { return StopForLocalUser(s); });
 }
 
 int SubDevice_CloseStreamByIndex(SubDevice* camera, unsigned int streamIndex) {

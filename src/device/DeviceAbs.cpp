@@ -82,14 +82,16 @@ StatusCode DeviceAbs::DisConnect() {
 
 void DeviceAbs::StopAndCloseStreams() {
     for (const auto& stream : Streams()) {
-        if (stream->IsStreaming())
+        if (auto* own = dynamic_cast<StreamAbs*>(stream.get()))
+            own->StopA();
+        else if (stream->IsStreaming())
             stream->Stop();
         stream->Close();
     }
 }
 
 void DeviceAbs::Shutdown() {
-    DisConnect();
+    DeviceAbs::DisConnect();
     // Streams of software devices run without a connection too.
     StopAndCloseStreams();
 }
@@ -190,7 +192,7 @@ unsigned int DeviceAbs::StreamCnt() const {
 StatusCode DeviceAbs::StopAllStreams() {
     StatusCode result = Status::Ok;
     for (const auto& stream : Streams()) {
-        if (!stream->IsStreaming())
+        if (!stream->IsStreaming() || !stream->IsStreamingLocally())
             continue;
         const StatusCode status = stream->Stop();
         if (Failed(status))

@@ -63,9 +63,10 @@ protected:
     StatusCode ReleaseConfigurer() override VX3_EXCLUDES(configurerMutex_);
     // Replaces the configurer; for devices that build theirs in another way.
     void InstallConfigurer(std::shared_ptr<IConfigurer> configurer) VX3_EXCLUDES(configurerMutex_);
+    // What FeaturesFailure tells; gives null.
+    std::unique_ptr<IXmlData> FailWithoutFeatures(const std::string& reason) VX3_EXCLUDES(configurerMutex_);
 
 private:
-    std::unique_ptr<IXmlData> FailWithoutFeatures(const std::string& reason) VX3_EXCLUDES(configurerMutex_);
     std::unique_ptr<IXmlData> ReadDescriptionFile(const std::string& path);
     std::unique_ptr<IXmlData> ReadDescriptionMemory(const std::string& location);
     std::string FeatureText(const char* feature) const;

@@ -99,8 +99,8 @@ StatusCode StreamAbs::Close() {
 }
 
 void StreamAbs::Shutdown() {
-    Stop();
-    Close();
+    StreamAbs::Stop();
+    StreamAbs::Close();
 }
 
 // ---- start and stop ----

@@ -45,6 +45,8 @@ public:
                      std::shared_ptr<IImagePool> pool) override VX3_EXCLUDES(streamMutex_);
     StatusCode Stop() override VX3_EXCLUDES(streamMutex_);
     StatusCode Close() override VX3_EXCLUDES(streamMutex_);
+    // Stops whoever started it; the same as Stop where a stream has one user.
+    virtual StatusCode StopA() { return StreamAbs::Stop(); }
     StatusCode Pause() override { return Status::NotSupported; }
     StatusCode Restart() override { return Status::NotSupported; }
     // A Stop ends the wait early.

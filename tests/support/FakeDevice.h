@@ -37,7 +37,7 @@ private:
     std::vector<std::string> calls_ VX3_GUARDED_BY(mutex_);
 };
 
-class FakeStream final : public StreamAbs {
+class FakeStream : public StreamAbs {
 public:
     FakeStream(IDevice* parent, unsigned int index, CallLog* log = nullptr)
         : StreamAbs("Fake stream", parent, index), log_(log) {}
@@ -103,7 +103,7 @@ private:
 };
 
 // Registers are `memory`, from address 0; the URL of the description stands at UrlAddress.
-class FakeDevice final : public GenIDevice {
+class FakeDevice : public GenIDevice {
 public:
     static constexpr std::int64_t UrlAddress = 0x10000;
 
@@ -132,9 +132,10 @@ public:
     std::int64_t GetXmlUrlAddr() override { return url.empty() ? -1 : UrlAddress; }
     bool IsManifestSupported() override { return false; }
 
-    FakeStream* AddStream() {
+    template <typename Stream = FakeStream>
+    Stream* AddStream() {
         std::vector<std::shared_ptr<IStream>> streams = Streams();
-        auto stream = std::make_shared<FakeStream>(this, static_cast<unsigned int>(streams.size()), &calls);
+        auto stream = std::make_shared<Stream>(this, static_cast<unsigned int>(streams.size()), &calls);
         streams.push_back(stream);
         UpdateStreams(streams);
         return stream.get();
