@@ -94,6 +94,9 @@ StatusCode RemotableDevice<Base>::MUSerDisConnect(unsigned int user) {
         return user == StreamUsers::Local ? Status::NotConnected : Status::AlreadyConnected;
     if (!users_[StreamUsers::Remote - user])
         return Base::DisConnect();
+    if (user == StreamUsers::Local)
+        for (const auto& stream : this->Streams())
+            stream->Close(); // for him alone
     RestartStreams();
     return Status::Ok;
 }
@@ -101,11 +104,8 @@ StatusCode RemotableDevice<Base>::MUSerDisConnect(unsigned int user) {
 template <typename Base>
 StatusCode RemotableDevice<Base>::LeaveLocally() {
     if (users_[StreamUsers::Local])
-        for (const auto& stream : this->Streams()) {
+        for (const auto& stream : this->Streams())
             stream->Stop();
-            if (users_[StreamUsers::Remote])
-                stream->Close(); // for him alone; the whole disconnection closes it by itself
-        }
     return MUSerDisConnect(StreamUsers::Local);
 }
 
