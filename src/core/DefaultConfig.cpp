@@ -11,8 +11,7 @@ const std::shared_ptr<ISystemConfig> g_defaultSystemConfig =
 
 // The result keeps its preset where the key is missing or its text does not convert.
 template <typename T>
-T Configured(const char* key, const char* section) {
-    T value{};
+T Configured(const char* key, const char* section, T value = {}) {
     if (g_defaultSystemConfig) // not yet, not any more: while the library is loaded and unloaded
         g_defaultSystemConfig->GetValue(key, value, section);
     return value;
@@ -36,8 +35,8 @@ double ConfigFloat(const char* key, const char* section) {
     return Configured<double>(key, section);
 }
 
-bool ConfigBool(const char* key, const char* section) {
-    return Configured<bool>(key, section);
+bool ConfigBool(const char* key, const char* section, bool preset) {
+    return Configured<bool>(key, section, preset);
 }
 
 } // namespace VX3

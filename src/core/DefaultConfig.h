@@ -17,12 +17,14 @@ constexpr const char* WriteXmlToFile = "WriteXmlToFile";
 constexpr const char* ForceNoFilter = "ForceNoFilter";
 constexpr const char* CreateRemoteDevice = "CreateRemoteDevice";
 constexpr const char* RemoteStreamXml = "RemoteStreamXml";
+constexpr const char* GenTLEnvironmentPath = "GenTLEnvironmentPath";
 } // namespace ConfigKeys
 
-// The value of `key` in the default configuration, or the type's zero when it is absent or malformed.
+// The value of `key` in the default configuration, or the type's zero (a boolean's preset) when it is absent
+// or malformed.
 std::string ConfigString(const char* key, const char* section = nullptr);
 long long ConfigInteger(const char* key, const char* section = nullptr);
 double ConfigFloat(const char* key, const char* section = nullptr);
-bool ConfigBool(const char* key, const char* section = nullptr);
+bool ConfigBool(const char* key, const char* section = nullptr, bool preset = false);
 
 } // namespace VX3

@@ -46,6 +46,38 @@ constexpr StatusName GvcpNames[] = {
     {0x8FFFU, "GEV_STATUS_ERROR: unspecified error of the device"},
 };
 
+// GenICam GenTL 1.6: what a producer answers, passed on as it comes.
+struct ProducerCode {
+    StatusCode code;
+    const char* text;
+};
+constexpr ProducerCode ProducerCodes[] = {
+    {-1001, "GC_ERR_ERROR: the producer failed and does not say why"},
+    {-1002, "GC_ERR_NOT_INITIALIZED: the producer is not initialised"},
+    {-1003, "GC_ERR_NOT_IMPLEMENTED: the producer cannot do this"},
+    {-1004, "GC_ERR_RESOURCE_IN_USE: already open or in use"},
+    {-1005, "GC_ERR_ACCESS_DENIED: access denied, another program may hold it"},
+    {-1006, "GC_ERR_INVALID_HANDLE: it is not open, or gone"},
+    {-1007, "GC_ERR_INVALID_ID: the producer knows nothing of that name"},
+    {-1008, "GC_ERR_NO_DATA: there is nothing of that kind"},
+    {-1009, "GC_ERR_INVALID_PARAMETER: a parameter is invalid"},
+    {-1010, "GC_ERR_IO: communication failed"},
+    {-1011, "GC_ERR_TIMEOUT: time-out"},
+    {-1012, "GC_ERR_ABORT: the wait was ended"},
+    {-1013, "GC_ERR_INVALID_BUFFER: too few buffers, or one that is not usable"},
+    {-1014, "GC_ERR_NOT_AVAILABLE: not available now"},
+    {-1015, "GC_ERR_INVALID_ADDRESS: there is no such address"},
+    {-1016, "GC_ERR_BUFFER_TOO_SMALL: a buffer is too small"},
+    {-1017, "GC_ERR_INVALID_INDEX: the index is past the end"},
+    {-1018, "GC_ERR_PARSING_CHUNK_DATA: the chunk data cannot be read"},
+    {-1019, "GC_ERR_INVALID_VALUE: the register refuses the value"},
+    {-1020, "GC_ERR_RESOURCE_EXHAUSTED: the producer has no resources left"},
+    {-1021, "GC_ERR_OUT_OF_MEMORY: the producer has no memory left"},
+    {-1022, "GC_ERR_BUSY: not possible while something else runs"},
+    {-1023, "GC_ERR_AMBIGUOUS: more than one thing is meant"},
+};
+constexpr StatusCode FirstCustomProducerCode = -10000; // and down
+
 template <std::size_t N>
 const char* Find(const StatusName (&names)[N], std::uint32_t code) {
     for (const StatusName& entry : names)
@@ -65,6 +97,11 @@ std::string StatusText(StatusCode code) {
     }
     if (const char* text = Find(StatusNames, bits))
         return text;
+    for (const ProducerCode& entry : ProducerCodes)
+        if (entry.code == code)
+            return StringFormat("%s (GenTL %d)", entry.text, code);
+    if (code <= FirstCustomProducerCode && code > 2 * FirstCustomProducerCode)
+        return StringFormat("an error of the producer's own (GenTL %d)", code);
     return StringFormat(Failed(code) ? "error 0x%08x" : "status 0x%08x", bits);
 }
 

@@ -1,7 +1,8 @@
 // Every status code of the library, named once, with its meaning in words.
 //
 // Operations return a signed 32-bit status: 0 (or a positive count where the operation says so) is success,
-// failures are negative with the bit pattern 0x800000xx and travel unchanged up to the C interface.
+// failures are negative with the bit pattern 0x800000xx and travel unchanged up to the C interface. What a
+// GenTL producer answers travels as it comes: -1001 and below, the standard's GC_ERROR.
 #pragma once
 
 #include "vx3/core/Export.h"
@@ -62,7 +63,8 @@ constexpr bool Failed(StatusCode code) {
     return code < 0;
 }
 
-// The code in words, for logs and tools; GVCP statuses are named as GigE Vision names them. Never empty.
+// The code in words, for logs and tools; GVCP statuses are named as GigE Vision names them,
+// producers' codes as GenTL does. Never empty.
 VX3_API std::string StatusText(StatusCode code);
 
 } // namespace VX3
