@@ -1,5 +1,6 @@
 #include "library/Transports.h"
 
+#include "gentl/MiscDeviceManager.h"
 #include "gev/GevManager.h"
 #include "simulated/VirtualManager.h"
 
@@ -18,6 +19,7 @@ const TransportTable& Transports() {
     static const TransportTable table{
         {IntfDevType::Virtual, "ManagerAll Virtual", Make<VirtualManager>},
         {IntfDevType::GigEVision, "ManagerAll GigE", Make<GevManager>},
+        {IntfDevType::Misc, "ManagerAll Misc", Make<MiscDeviceManager>},
     };
     return table;
 }
