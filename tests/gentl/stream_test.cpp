@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <set>
 
@@ -61,6 +62,12 @@ struct Streaming {
             status = stream->Start(frames.Callback(), nullptr, 0, nullptr);
         return status;
     }
+    // Whether every frame lay where the producer had put it.
+    bool AllAnnounced() {
+        MutexLock lock(frames.mutex);
+        return std::all_of(frames.buffers.begin(), frames.buffers.end(),
+                           [&](const void* memory) { return lab.Producer().WasAnnounced(memory); });
+    }
     void End() {
         EXPECT_EQ(stream->Stop(), Status::Ok);
         EXPECT_EQ(stream->Close(), Status::Ok);
@@ -79,7 +86,9 @@ TEST(GenTLStream, HandsFramesOnInPlace) {
         ASSERT_EQ(run.Run(3), Status::Ok);
         EXPECT_EQ(run.lab.Producer().Calls("DSAnnounceBuffer"), 3);
         ASSERT_TRUE(run.frames.Reach(50));
-        run.End();
+        EXPECT_EQ(run.stream->Stop(), Status::Ok);
+        EXPECT_TRUE(run.AllAnnounced());
+        EXPECT_EQ(run.stream->Close(), Status::Ok);
         EXPECT_EQ(run.frames.wrong, 0U);
         EXPECT_EQ(run.frames.outOfOrder, 0);
         const ImageInfo& info = run.frames.last;
@@ -109,7 +118,9 @@ TEST(GenTLStream, CopiesWhereBuffersAreNotGivenBack) {
     Streaming busy(ProducerSettings{{"revoke.busy", "1"}, {"frames.ms", "2"}});
     ASSERT_EQ(busy.Run(), Status::Ok);
     ASSERT_TRUE(busy.frames.Reach(30));
-    busy.End();
+    EXPECT_EQ(busy.stream->Stop(), Status::Ok);
+    EXPECT_FALSE(busy.AllAnnounced()) << "these are copies";
+    EXPECT_EQ(busy.stream->Close(), Status::Ok);
     EXPECT_EQ(busy.frames.wrong, 0U);
     EXPECT_EQ(busy.lab.Producer().Calls("DSAnnounceBuffer"), 4);
     EXPECT_TRUE(Eventually([&] { return log.Count("pDSRevokeBuffer Error, not supported?") == 1; }));

@@ -457,6 +457,9 @@ EXPORT DSClose(DS_HANDLE handle) {
 }
 EXPORT DSRevokeBuffer(DS_HANDLE handle, BUFFER_HANDLE buffer, void** memory, void** userPointer) {
     ENTRY(DSRevokeBuffer);
+    if (TheSettings().pace != 0 && TheSettings().copying && As<Stream>(handle) != nullptr &&
+        As<Stream>(handle)->running) // a benchmark of copying
+        return GC_ERR_BUSY;
     NEED(stream, As<Stream>(handle));
     return stream->Revoke(buffer, memory, userPointer);
 }
@@ -475,7 +478,7 @@ EXPORT DSGetBufferInfo(DS_HANDLE handle, BUFFER_HANDLE buffer, std::int32_t comm
 EXPORT DSGetBufferInfoStacked(DS_HANDLE handle, BUFFER_HANDLE buffer, DS_BUFFER_INFO_STACKED* infos,
                               std::size_t count) {
     ENTRY(DSGetBufferInfoStacked);
-    if (TheSettings().Number("stacked") == 0)
+    if (TheSettings().pace == 0 && TheSettings().Number("stacked") == 0)
         return GC_ERR_NOT_IMPLEMENTED;
     NEED(stream, As<Stream>(handle));
     for (std::size_t i = 0; i < count; ++i) {

@@ -26,6 +26,9 @@ void Settings::Load() {
         if (equals != std::string::npos)
             values_[line.substr(0, equals)] = line.substr(equals + 1);
     }
+    const auto paced = values_.find("pace.us");
+    copying = values_.count("revoke.busy") != 0;
+    pace = paced == values_.end() ? 0 : std::stoll(paced->second);
 }
 
 void Settings::Set(const std::string& key, const std::string& value) {
@@ -46,6 +49,8 @@ long long Settings::Number(const std::string& key, long long otherwise) const {
 }
 
 GC_ERROR Settings::Enter(const char* function) {
+    if (pace != 0)
+        return GC_ERR_SUCCESS;
     std::unique_lock<std::mutex> lock(mutex_);
     const long long count = ++calls_[function];
     if (values_.empty())
@@ -92,7 +97,7 @@ GC_ERROR GiveNumber(std::uint64_t value, std::int32_t kind, std::int32_t* type, 
     std::size_t bytes = kind == INFO_DATATYPE_BOOL8                                   ? 1
                         : kind == INFO_DATATYPE_INT32 || kind == INFO_DATATYPE_UINT32 ? 4
                                                                                       : 8;
-    if (TheSettings().Number("odd.type") != 0 && kind != INFO_DATATYPE_PTR) {
+    if (TheSettings().pace == 0 && TheSettings().Number("odd.type") != 0 && kind != INFO_DATATYPE_PTR) {
         kind = INFO_DATATYPE_INT32;
         bytes = 4;
     }
@@ -296,6 +301,12 @@ void TestProducerSet(const char* key, const char* value) {
 
 long long TestProducerCalls(const char* function) {
     return TheSettings().Calls(function);
+}
+
+int TestProducerAnnounced(const void* memory) {
+    Stream& stream = *TheSystem().cameras[0]->stream;
+    const std::lock_guard<std::mutex> lock(stream.mutex);
+    return stream.announced.count(memory) != 0 ? 1 : 0;
 }
 
 void TestProducerFire(int type, const char* id, const char* value) {

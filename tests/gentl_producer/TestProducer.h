@@ -9,6 +9,7 @@
 //   cameras, interfaces     how many are reported;  devices.claimed: the count that is claimed
 //   payload, minimum        of the stream info;     frames.ms: between two frames, -1 at once
 //   incomplete=N            every Nth frame is;     twice=N: every Nth buffer's event comes twice
+//   pace.us=N               a frame every N us that is not filled, and no call is counted: for benchmarks
 //   odd.type=1              numbers come as INT32 and booleans as 4 bytes
 #pragma once
 
@@ -22,6 +23,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -41,6 +43,9 @@ public:
     // Counts a call of that function, hangs where asked to, and gives the code to fail with.
     GC_ERROR Enter(const char* function);
     long long Calls(const std::string& function) const;
+    // Microseconds between two frames of a benchmark; 0: none is run.
+    std::atomic<long long> pace{0};
+    bool copying = false; // of a benchmark: no buffer is given back
 
 private:
     mutable std::mutex mutex_;
@@ -98,7 +103,9 @@ struct Stream final : Module {
     Camera& camera;
     std::mutex mutex;
     std::condition_variable changed;
+    std::condition_variable beat; // of the engine
     std::list<std::unique_ptr<Buffer>> buffers;
+    std::set<const void*> announced; // every address that ever was
     std::deque<Buffer*> input;
     std::deque<Buffer*> output;
     bool running = false;
@@ -112,6 +119,7 @@ private:
     Buffer* Find(BUFFER_HANDLE handle);
     void Fill(Buffer& buffer);
     void Run();
+    void RunPaced(std::unique_lock<std::mutex>& lock);
 };
 
 struct Camera final : Module {
@@ -184,6 +192,8 @@ GC_ERROR GiveNumber(std::uint64_t value, std::int32_t kind, std::int32_t* type, 
 extern "C" {
 __attribute__((visibility("default"))) void TestProducerSet(const char* key, const char* value);
 __attribute__((visibility("default"))) long long TestProducerCalls(const char* function);
+// 1 when that memory was ever announced on the stream of camera 0.
+__attribute__((visibility("default"))) int TestProducerAnnounced(const void* memory);
 // Fires an event of that type on camera 0.
 __attribute__((visibility("default"))) void TestProducerFire(int type, const char* id, const char* value);
 }

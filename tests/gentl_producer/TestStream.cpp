@@ -34,6 +34,8 @@ GC_ERROR Stream::Announce(void* memory, std::size_t size, void* userPointer, BUF
         memory = buffer->own.data();
     }
     buffer->memory = static_cast<unsigned char*>(memory);
+    if (TheSettings().pace == 0 || announced.size() < 1000)
+        announced.insert(memory);
     *handle = buffer.get();
     buffers.push_back(std::move(buffer));
     return GC_ERR_SUCCESS;
@@ -44,7 +46,8 @@ GC_ERROR Stream::Revoke(BUFFER_HANDLE handle, void** memory, void** userPointer)
     Buffer* const buffer = Find(handle);
     if (buffer == nullptr)
         return GC_ERR_INVALID_HANDLE;
-    if (buffer->where != Buffer::Where::Consumer || (running && TheSettings().Number("revoke.busy") != 0))
+    if (buffer->where != Buffer::Where::Consumer ||
+        (running && TheSettings().pace == 0 && TheSettings().Number("revoke.busy") != 0))
         return GC_ERR_BUSY;
     if (memory != nullptr)
         *memory = buffer->own.empty() ? buffer->memory : nullptr;
@@ -63,7 +66,7 @@ GC_ERROR Stream::Queue(BUFFER_HANDLE handle) {
         return GC_ERR_RESOURCE_IN_USE;
     buffer->where = Buffer::Where::Input;
     input.push_back(buffer);
-    if (running && camera.acquiring && TheSettings().Number("frames.ms", 5) < 0) {
+    if (TheSettings().pace == 0 && running && camera.acquiring && TheSettings().Number("frames.ms", 5) < 0) {
         input.pop_back();
         ++frames;
         buffer->frame = frames;
@@ -127,6 +130,7 @@ GC_ERROR Stream::Stop() {
             return GC_ERR_RESOURCE_IN_USE;
         running = false;
         changed.notify_all();
+        beat.notify_all();
     }
     engine.join();
     return GC_ERR_SUCCESS;
@@ -152,8 +156,36 @@ void Stream::Fill(Buffer& buffer) {
         output.push_back(&buffer);
 }
 
+// On the beat, without touching the pixels: what the consumer costs is measured, not this.
+void Stream::RunPaced(Lock& lock) {
+    auto next = std::chrono::steady_clock::now();
+    while (running) {
+        next += std::chrono::microseconds(TheSettings().pace);
+        while (running && std::chrono::steady_clock::now() < next)
+            beat.wait_until(lock, next);
+        if (!camera.acquiring)
+            continue;
+        if (input.empty()) {
+            ++underruns;
+            continue;
+        }
+        Buffer* const buffer = input.front();
+        input.pop_front();
+        buffer->frame = ++frames;
+        buffer->newData = true;
+        buffer->filled = buffer->size;
+        buffer->where = Buffer::Where::Output;
+        output.push_back(buffer);
+        changed.notify_all();
+    }
+}
+
 void Stream::Run() {
     Lock lock(mutex);
+    if (TheSettings().pace != 0) {
+        RunPaced(lock);
+        return;
+    }
     while (running) {
         const long long pause = TheSettings().Number("frames.ms", 5);
         if (pause < 0) { // what waits comes at once, the rest when it is queued
@@ -208,9 +240,12 @@ GC_ERROR Stream::Info(BUFFER_HANDLE handle, std::int32_t command, std::int32_t* 
     const Buffer* const of = Find(handle);
     if (of == nullptr)
         return GC_ERR_INVALID_HANDLE;
-    if (const long long code = TheSettings().Number("info." + std::to_string(command)))
+    const bool paced = TheSettings().pace != 0;
+    if (const long long code = paced ? 0 : TheSettings().Number("info." + std::to_string(command)))
         return static_cast<GC_ERROR>(code);
     const auto forced = [&](std::uint64_t value) {
+        if (paced)
+            return value;
         return static_cast<std::uint64_t>(
             TheSettings().Number("value." + std::to_string(command), static_cast<long long>(value)));
     };

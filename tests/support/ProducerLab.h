@@ -55,6 +55,7 @@ public:
             throw std::runtime_error("the producer is not loaded");
         set_ = reinterpret_cast<decltype(set_)>(::dlsym(library_, "TestProducerSet"));
         calls_ = reinterpret_cast<decltype(calls_)>(::dlsym(library_, "TestProducerCalls"));
+        announced_ = reinterpret_cast<decltype(announced_)>(::dlsym(library_, "TestProducerAnnounced"));
         fire_ = reinterpret_cast<decltype(fire_)>(::dlsym(library_, "TestProducerFire"));
     }
     ~LoadedProducer() { ::dlclose(library_); }
@@ -63,12 +64,15 @@ public:
 
     void Set(const std::string& key, const std::string& value) { set_(key.c_str(), value.c_str()); }
     long long Calls(const char* function) const { return calls_(function); }
+    // The memory was announced on the stream of the first camera.
+    bool WasAnnounced(const void* memory) const { return announced_(memory) != 0; }
     void Fire(int type, const char* id, const char* value) { fire_(type, id, value); }
 
 private:
     void* library_;
     void (*set_)(const char*, const char*) = nullptr;
     long long (*calls_)(const char*) = nullptr;
+    int (*announced_)(const void*) = nullptr;
     void (*fire_)(int, const char*, const char*) = nullptr;
 };
 
