@@ -4,25 +4,26 @@
 #include "commands/Commands.h"
 #include "search/CameraSearch.h"
 #include "search/Connection.h"
+#include "vx3/gentl/Producers.h"
 
-#include <array>
+#include <algorithm>
+#include <vector>
 
 namespace VX3::Tool {
 
 namespace {
 
-constexpr std::size_t Columns = 6;
-using Row = std::array<std::string, Columns>;
+using Row = std::vector<std::string>;
 
 void PrintTable(std::ostream& out, const std::vector<Row>& rows) {
-    std::array<std::size_t, Columns> widths{};
+    std::vector<std::size_t> widths(rows.front().size());
     for (const Row& row : rows)
-        for (std::size_t i = 0; i < Columns; ++i)
+        for (std::size_t i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], row[i].size());
     for (const Row& row : rows) {
         std::string line;
-        for (std::size_t i = 0; i < Columns; ++i)
-            line += Padded(row[i], widths[i]) + (i + 1 < Columns ? "  " : "");
+        for (std::size_t i = 0; i < row.size(); ++i)
+            line += Padded(row[i], widths[i]) + (i + 1 < row.size() ? "  " : "");
         line.erase(line.find_last_not_of(' ') + 1);
         out << line << '\n';
     }
@@ -42,6 +43,24 @@ Json CameraJson(const FoundCamera& found) {
             {"interface", found.interfaceDevice->Name()}};
 }
 
+Json ProducerJson(const GenTLProducer& producer) {
+    return {{"path", producer.path},       {"vendor", producer.vendor},    {"model", producer.model},
+            {"version", producer.version}, {"transport", producer.tlType}, {"failure", producer.failure}};
+}
+
+std::string OrDash(const std::string& text) {
+    return text.empty() ? "-" : Printable(text);
+}
+
+void PrintProducers(const std::vector<GenTLProducer>& producers) {
+    std::vector<Row> rows{{"PRODUCER", "VENDOR", "MODEL", "VERSION", "STATE"}};
+    for (const GenTLProducer& producer : producers)
+        rows.push_back({Printable(producer.path), OrDash(producer.vendor), OrDash(producer.model),
+                        OrDash(producer.version),
+                        producer.failure.empty() ? "loaded" : "not used: " + Printable(producer.failure)});
+    PrintTable(Console::Instance().Out(), rows);
+}
+
 class ListCommand : public Command {
 public:
     ListCommand(Arguments& arguments, const GlobalOptions& options)
@@ -50,14 +69,16 @@ public:
     int Run() override {
         CameraSearch search(Options());
         const std::vector<FoundCamera> cameras = search.Cameras();
-        if (Options().json) {
-            Json list = Json::array();
-            for (const FoundCamera& found : cameras)
-                list.push_back(CameraJson(found));
-            Console::Instance().PrintJson(list);
-        } else if (!cameras.empty()) {
-            PrintCameras(cameras);
-        }
+        // Which producers there are matters to who asks for their cameras alone.
+        const bool withProducers = Options().transport == "gentl";
+        const std::vector<GenTLProducer> producers =
+            withProducers ? GenTLProducers() : std::vector<GenTLProducer>();
+        if (Options().json)
+            Console::Instance().PrintJson(withProducers ? Json{{"cameras", CamerasJson(cameras)},
+                                                               {"producers", ProducersJson(producers)}}
+                                                        : CamerasJson(cameras));
+        else
+            Print(cameras, producers);
         if (!cameras.empty())
             return Exit::Done;
         const std::size_t count = search.Interfaces().size();
@@ -67,13 +88,35 @@ public:
     }
 
 private:
+    static Json CamerasJson(const std::vector<FoundCamera>& cameras) {
+        Json list = Json::array();
+        for (const FoundCamera& found : cameras)
+            list.push_back(CameraJson(found));
+        return list;
+    }
+
+    static Json ProducersJson(const std::vector<GenTLProducer>& producers) {
+        Json list = Json::array();
+        for (const GenTLProducer& producer : producers)
+            list.push_back(ProducerJson(producer));
+        return list;
+    }
+
+    static void Print(const std::vector<FoundCamera>& cameras, const std::vector<GenTLProducer>& producers) {
+        if (!producers.empty())
+            PrintProducers(producers);
+        if (!producers.empty() && !cameras.empty())
+            Console::Instance().Out() << '\n';
+        if (!cameras.empty())
+            PrintCameras(cameras);
+    }
+
     static void PrintCameras(const std::vector<FoundCamera>& cameras) {
         std::vector<Row> rows{{"NAME", "SERIAL", "ADDRESS", "STATE", "TRANSPORT", "INTERFACE"}};
         for (const FoundCamera& found : cameras) {
             const IDevice& camera = *found.camera;
-            const auto orDash = [](const std::string& text) { return text.empty() ? "-" : Printable(text); };
-            rows.push_back({Printable(camera.Name()), orDash(camera.SerialNumber()),
-                            orDash(AddressOf(camera)), StateText(camera.DeviceState()), TransportName(camera),
+            rows.push_back({Printable(camera.Name()), OrDash(camera.SerialNumber()),
+                            OrDash(AddressOf(camera)), StateText(camera.DeviceState()), TransportName(camera),
                             Printable(found.interfaceDevice->Name())});
         }
         PrintTable(Console::Instance().Out(), rows);

@@ -105,8 +105,9 @@ unsigned int TransportBits(const std::string& name) {
 }
 
 std::string TransportName(const IDevice& device) {
+    const auto type = static_cast<IntfDevType>(device.DeviceType() & 0xFFFFU);
     for (const Transport& transport : Transports)
-        if ((device.DeviceType() & 0xFFFFU) == static_cast<unsigned int>(transport.family))
+        if (type == transport.family || (type == IntfDevType::GenTL && transport.family == IntfDevType::Misc))
             return transport.name;
     return "other";
 }
