@@ -23,7 +23,7 @@ namespace {
 
 constexpr unsigned int GenTLDeviceType = TypeIds::SubDevice + static_cast<unsigned int>(IntfDevType::GenTL);
 constexpr milliseconds OpenBound(20000);
-constexpr milliseconds UseBound(5000); // until calls that run have returned
+constexpr milliseconds UseBound(1000); // until calls that run have returned
 constexpr milliseconds InfoBound(5000);
 constexpr std::uint32_t MaxStreams = 64;
 
@@ -188,16 +188,18 @@ StatusCode GenTLDevice::DisConnectP() {
             module->CloseModule();
     std::vector<std::shared_ptr<IStream>> none;
     UpdateStreams(none);
-    const milliseconds bound = producer_->IsHung() ? milliseconds(0) : UseBound;
     // A call that does not return must not find its camera closed: it is closed when the call has returned.
-    void* const port = port_.Handle().Take(bound, [producer = producer_, device = device_](void*) mutable {
-        if (void* const late = device.Take(milliseconds(0)))
-            (void)producer->Call<&GenTLAPI::pDevClose>(late);
+    const milliseconds bound = producer_->IsHung() ? milliseconds(0) : UseBound;
+    const auto closeLate = [producer = producer_](void* handle) {
+        (void)producer->Call<&GenTLAPI::pDevClose>(handle);
+    };
+    void* const handle = device_.Take(bound, closeLate);
+    void* const port = port_.Handle().Take(bound, [closeLate, handle](void*) {
+        if (handle != nullptr)
+            closeLate(handle);
     });
-    void* const handle = port != nullptr ? device_.Take(bound) : nullptr;
-    if (handle != nullptr)
+    if (handle != nullptr && port != nullptr)
         CloseDevice(producer_, handle);
-    device_ = port != nullptr ? device_ : GenTLHandle();
     return Status::Ok;
 }
 

@@ -1,5 +1,5 @@
 // A module's handle that calls on several threads use and one closes: closing waits, for a bounded time,
-// until nobody is inside a call with it.
+// until nobody is inside a call with it. Copies are the same handle.
 #pragma once
 
 #include "vx3/core/Mutex.h"
@@ -12,24 +12,28 @@
 namespace VX3 {
 
 class GenTLHandle {
+    // From one Set to the next Take.
+    struct Opening {
+        void* handle = nullptr;
+        int users = 0;
+        std::function<void(void*)> late; // closes what was still in use
+    };
     struct State {
         Mutex mutex;
         CondVar released;
-        void* handle VX3_GUARDED_BY(mutex) = nullptr;
-        int users VX3_GUARDED_BY(mutex) = 0;
-        std::function<void()> late VX3_GUARDED_BY(mutex); // closes what was still in use
+        std::shared_ptr<Opening> opening VX3_GUARDED_BY(mutex) = std::make_shared<Opening>();
     };
 
-    static void Release(State& state) {
-        std::function<void()> late;
+    static void Release(State& state, Opening& opening) {
+        std::function<void(void*)> late;
         {
             MutexLock lock(state.mutex);
-            if (--state.users == 0)
-                late.swap(state.late);
+            if (--opening.users == 0)
+                late.swap(opening.late);
             state.released.NotifyAll();
         }
         if (late)
-            late();
+            late(opening.handle);
     }
 
 public:
@@ -48,31 +52,32 @@ public:
 
     void Set(void* handle) {
         MutexLock lock(state_->mutex);
-        state_->handle = handle;
+        state_->opening->handle = handle;
     }
     bool IsOpen() const {
         MutexLock lock(state_->mutex);
-        return state_->handle != nullptr;
+        return state_->opening->handle != nullptr;
     }
     Use Borrow() const {
         MutexLock lock(state_->mutex);
-        if (state_->handle == nullptr)
+        const auto opening = state_->opening;
+        if (opening->handle == nullptr)
             return Use();
-        ++state_->users;
-        return Use(std::shared_ptr<void>(state_->handle, [state = state_](void*) { Release(*state); }));
+        ++opening->users;
+        return Use(std::shared_ptr<void>(opening->handle,
+                                         [state = state_, opening](void*) { Release(*state, *opening); }));
     }
     // Nobody gets it any more. What is to be closed, or null when it was closed already or is still in use
     // after `bound`: then `late` is called with it on the thread that lets it go.
     void* Take(std::chrono::milliseconds bound, std::function<void(void*)> late = {}) {
         const auto deadline = std::chrono::steady_clock::now() + bound;
         MutexLock lock(state_->mutex);
-        void* handle = std::exchange(state_->handle, nullptr);
-        while (state_->users > 0 && std::chrono::steady_clock::now() < deadline)
+        const auto opening = std::exchange(state_->opening, std::make_shared<Opening>());
+        while (opening->users > 0 && std::chrono::steady_clock::now() < deadline)
             state_->released.WaitUntil(state_->mutex, deadline);
-        if (state_->users == 0)
-            return handle;
-        if (handle != nullptr && late)
-            state_->late = [late = std::move(late), handle] { late(handle); };
+        if (opening->users == 0)
+            return opening->handle;
+        opening->late = std::move(late);
         return nullptr;
     }
 

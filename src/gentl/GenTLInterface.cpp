@@ -11,7 +11,7 @@ using std::chrono::milliseconds;
 namespace {
 
 constexpr milliseconds OpenBound(5000);
-constexpr milliseconds UseBound(5000); // until calls that run have returned
+constexpr milliseconds UseBound(1000); // until calls that run have returned
 // What listing takes beyond the producer's own wait.
 constexpr milliseconds ListMargin(3000);
 constexpr std::uint32_t MaxDevices = 256;
@@ -48,7 +48,8 @@ bool GenTLInterface::OpenHandle() {
 }
 
 GenTLInterface::~GenTLInterface() {
-    void* const handle = port_.Handle().Take(UseBound);
+    void* const handle = port_.Handle().Take(
+        UseBound, [producer = Producer()](void* late) { (void)producer->Call<&GenTLAPI::pIFClose>(late); });
     if (handle == nullptr)
         return;
     (void)Producer()->Close("closing an interface", [producer = Producer(), handle] {

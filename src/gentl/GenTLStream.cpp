@@ -19,6 +19,7 @@ namespace {
 constexpr milliseconds CallBound(5000);
 constexpr milliseconds BuffersBound(20000); // announcing pins memory, and there may be much of it
 constexpr milliseconds JoinBound(2000);
+constexpr milliseconds UseBound(1000); // until calls that run have returned
 constexpr std::uint64_t FramesForEver = 0xFFFFFFFFFFFFULL;
 // A producer that wants more buffers than that is not believed.
 constexpr std::uint64_t MaxMinimum = 256;
@@ -77,7 +78,10 @@ bool GenTLStream::OpenModule() {
 void GenTLStream::CloseModule() {
     closed_ = true;
     bool closed = left_.empty();
-    if (void* const handle = port_.Handle().Take(producer_->IsHung() ? milliseconds(0) : CallBound))
+    const auto closeLate = [producer = producer_](void* handle) {
+        (void)producer->Call<&GenTLAPI::pDSClose>(handle);
+    };
+    if (void* const handle = port_.Handle().Take(producer_->IsHung() ? milliseconds(0) : UseBound, closeLate))
         closed = producer_->Close("closing a data stream", [producer = producer_, handle] {
             return producer->Call<&GenTLAPI::pDSClose>(handle);
         });
@@ -152,6 +156,13 @@ unsigned int GenTLStream::BufferCount(unsigned int wanted) {
 }
 
 StatusCode GenTLStream::OpenP(std::shared_ptr<IImagePool> pool, unsigned int bufferCount) {
+    {
+        MutexLock lock(mutex_);
+        if (receiving_)
+            return SetLastFailure(Status::TimeOut, Name() +
+                                                       ": the producer has not returned from the stream's "
+                                                       "last run yet");
+    }
     if (!OpenModule())
         return SetLastFailure(Status::NotAvailable, Name() + ": the producer does not open this stream");
     payloadSize_ = GetPayloaSize();
@@ -247,8 +258,11 @@ GenTLGeometry GenTLStream::Geometry() {
 
 // The camera may have been set up for larger frames since the buffers were announced.
 StatusCode GenTLStream::StartStreamP(std::shared_ptr<IImagePool>, unsigned int) {
-    if (!blocks_)
-        return SetLastFailure(Status::NotAvailable, Name() + " has no buffers");
+    {
+        MutexLock lock(mutex_);
+        if (abandoned_ || !blocks_)
+            return SetLastFailure(Status::NotAvailable, Name() + " has no buffers");
+    }
     const unsigned int payload = GetPayloaSize();
     if (payload > payloadSize_) {
         const auto pool = blocks_->Pool();
@@ -302,8 +316,10 @@ StatusCode GenTLStream::StopStreamP() {
 
 // False: the producer keeps the thread, which is left alone with all that it uses.
 bool GenTLStream::JoinReceiver() {
-    if (!receiver_)
-        return true;
+    if (!receiver_) {
+        MutexLock lock(mutex_);
+        return !abandoned_;
+    }
     receiver_->RequestStop();
     producer_->Ask("ending the wait for frames", CallBound, [producer = producer_, event = event_] {
         return producer->Call<&GenTLAPI::pEventKill>(event);
@@ -316,6 +332,7 @@ bool GenTLStream::JoinReceiver() {
         while (receiving_ && std::chrono::steady_clock::now() < deadline)
             receiverEnded_.WaitUntil(mutex_, deadline);
         ended = !receiving_;
+        abandoned_ = !ended;
     }
     if (ended) {
         receiver_->Stop();
@@ -331,23 +348,26 @@ bool GenTLStream::JoinReceiver() {
 }
 
 StatusCode GenTLStream::CloseP() {
-    const bool ended = JoinReceiver();
-    const std::shared_ptr<GenTLBlocks> blocks = std::exchange(blocks_, nullptr);
-    if (!blocks || !ended)
+    if (!JoinReceiver()) // the thread clears up when it comes back
         return Status::Ok;
-    const auto use = port_.Handle().Borrow();
-    producer_->Ask("revoking buffers", BuffersBound, [producer = producer_, use, blocks] {
-        if (use) {
-            (void)producer->Call<&GenTLAPI::pGCUnregisterEvent>(use.Get(),
-                                                                std::int32_t{GenTL::EVENT_NEW_BUFFER});
-            blocks->Release();
-        }
-        return true;
-    });
+    const std::shared_ptr<GenTLBlocks> blocks = std::exchange(blocks_, nullptr);
+    if (!blocks)
+        return Status::Ok;
+    producer_->Ask("revoking buffers", BuffersBound,
+                   [producer = producer_, use = port_.Handle().Borrow(), blocks] {
+                       Revoke(*producer, use, *blocks);
+                       return true;
+                   });
     if (!blocks->IsEmpty())
         left_.push_back(blocks);
-    event_ = nullptr;
     return Status::Ok;
+}
+
+void GenTLStream::Revoke(const GenTLAPI& producer, const GenTLHandle::Use& stream, GenTLBlocks& blocks) {
+    if (!stream)
+        return;
+    (void)producer.Call<&GenTLAPI::pGCUnregisterEvent>(stream.Get(), std::int32_t{GenTL::EVENT_NEW_BUFFER});
+    blocks.Release();
 }
 
 // ---- the receiving thread ----
@@ -355,13 +375,16 @@ StatusCode GenTLStream::CloseP() {
 void GenTLStream::ReceivingThread(const std::atomic<bool>& run, const std::shared_ptr<IImagePool>&) {
     VxLoggerLog(LogLevel::Debug, "SDK", "Enter GenTLStream receiving thread...");
     constexpr std::uint64_t WaitMs = 100;
-    while (run) {
+    const auto camera = device_.Borrow(); // neither is closed while the producer keeps this thread
+    const auto use = port_.Handle().Borrow();
+    while (run && use) {
         GenTL::EVENT_NEW_BUFFER_DATA data{};
         std::size_t size = sizeof(data);
         const auto code = producer_->CallQuietly<&GenTLAPI::pEventGetData>(event_, static_cast<void*>(&data),
                                                                            &size, WaitMs);
         if (code == GenTL::GC_ERR_SUCCESS) {
-            Receive(data);
+            if (run)
+                Receive(use.Get(), data);
         } else if (code != GenTL::GC_ERR_TIMEOUT && run) {
             VxLoggerLog(LogLevel::Error, "SDK", "GenTL::EventGetData error with %d!", code);
             Pause(run);
@@ -370,9 +393,21 @@ void GenTLStream::ReceivingThread(const std::atomic<bool>& run, const std::share
             blocks_->Replenish();
     }
     VxLoggerLog(LogLevel::Debug, "SDK", "GenTLStream::ReceivingThread exited...");
+    bool abandoned = false;
+    {
+        MutexLock lock(mutex_);
+        abandoned = abandoned_;
+        receiving_ = abandoned;
+        receiverEnded_.NotifyAll();
+    }
+    if (!abandoned)
+        return;
+    Revoke(*producer_, use, *blocks_);
+    if (!blocks_->IsEmpty())
+        producer_->Keep(blocks_);
     MutexLock lock(mutex_);
-    receiving_ = false;
-    receiverEnded_.NotifyAll();
+    blocks_.reset();
+    receiving_ = abandoned_ = false;
 }
 
 // A wait that fails at once must not keep a processor busy.
@@ -382,7 +417,7 @@ void GenTLStream::Pause(const std::atomic<bool>& run) {
         receiverEnded_.WaitFor(mutex_, milliseconds(100));
 }
 
-void GenTLStream::Receive(const GenTL::EVENT_NEW_BUFFER_DATA& data) {
+void GenTLStream::Receive(void* stream, const GenTL::EVENT_NEW_BUFFER_DATA& data) {
     GenTLBlockInfo* const block = blocks_->Find(data);
     if (block == nullptr) {
         if (!std::exchange(oddBuffer_, true))
@@ -392,10 +427,7 @@ void GenTLStream::Receive(const GenTL::EVENT_NEW_BUFFER_DATA& data) {
     }
     if (newRun_.exchange(false))
         reader_.Reset();
-    const auto use = port_.Handle().Borrow();
-    if (!use)
-        return;
-    const GenTLFrame frame = reader_.Read(*producer_, use.Get(), block->handle, Geometry(), !block->image);
+    const GenTLFrame frame = reader_.Read(*producer_, stream, block->handle, Geometry(), !block->image);
     if (streaming_ && frame.newData)
         Deliver(*block, frame);
     else

@@ -61,7 +61,7 @@ protected:
 
 private:
     void ReceivingThread(const std::atomic<bool>& run, const std::shared_ptr<IImagePool>& pool);
-    void Receive(const GenTL::EVENT_NEW_BUFFER_DATA& data);
+    void Receive(void* stream, const GenTL::EVENT_NEW_BUFFER_DATA& data);
     void Deliver(GenTLBlockInfo& block, const GenTLFrame& frame);
     std::unique_ptr<IImage> Copied(const GenTLBlockInfo& block, const GenTLFrame& frame,
                                    const ImageInfo& header);
@@ -71,6 +71,7 @@ private:
     unsigned int BufferCount(unsigned int wanted);
     StatusCode OpenBuffers(unsigned int count, const std::shared_ptr<IImagePool>& pool);
     bool JoinReceiver();
+    static void Revoke(const GenTLAPI& producer, const GenTLHandle::Use& stream, GenTLBlocks& blocks);
     void ReadGeometry();
     GenTLGeometry Geometry();
 
@@ -98,6 +99,7 @@ private:
     Mutex mutex_;
     CondVar receiverEnded_;
     bool receiving_ VX3_GUARDED_BY(mutex_) = false;
+    bool abandoned_ VX3_GUARDED_BY(mutex_) = false; // the producer keeps the thread
     GenTLGeometry geometry_ VX3_GUARDED_BY(mutex_); // of the camera's features
 };
 

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 
 namespace VX3::Test {
 namespace {
@@ -34,6 +35,10 @@ TEST(Producers, OnlyFilesNamedCtiOfOneFolder) {
     EXPECT_EQ(MiscDeviceManager::GetAllEsoFiles("/no/such/folder"), std::vector<std::string>());
     EXPECT_EQ(ProducerFilesOfPath("relative::/no/such:" + folder + ":" + folder + "/deeper/d.cti"),
               (std::vector<std::string>{folder + "/a.cti", folder + "/deeper/d.cti"}));
+    ::setenv("GENICAM_GENTL64_PATH", folder.c_str(), 1);
+    EXPECT_EQ(ProducerFilesOfEnvironment(), std::vector<std::string>{folder + "/a.cti"});
+    ::unsetenv("GENICAM_GENTL64_PATH");
+    EXPECT_EQ(ProducerFilesOfEnvironment(), std::vector<std::string>());
 }
 
 TEST(Producers, BadOnesAreRefusedWithTheReasonAndOthersLoad) {

@@ -271,9 +271,18 @@ TEST(GenTLStream, WhoseProducerKeepsTheReceivingThreadIsClosedAllTheSame) {
     EXPECT_EQ(run.stream->Close(), Status::Ok);
     EXPECT_LT(steady_clock::now() - start, 3s);
     EXPECT_TRUE(Eventually([&] { return log.Has("does not return to the receiving thread"); }));
+    EXPECT_EQ(run.stream->Open(3, nullptr), Status::TimeOut) << "it is not free yet";
+    EXPECT_EQ(run.stream->Close(), Status::Ok);
+    EXPECT_EQ(run.lab.Producer().Calls("DSRevokeBuffer"), run.frames.count);
+    EXPECT_EQ(run.camera->DisConnect(), Status::Ok);
+    EXPECT_LT(steady_clock::now() - start, 8s);
+    EXPECT_EQ(run.lab.Producer().Calls("DevClose"), 0) << "the producer is still inside";
     run.lab.Producer().Set("hang.EventGetData", "0");
     run.lab.Producer().Set("release", "1");
-    EXPECT_EQ(run.camera->DisConnect(), Status::Ok);
+    EXPECT_TRUE(Eventually([&] { return run.lab.Producer().Calls("DevClose") == 1; }))
+        << "the thread clears up";
+    EXPECT_EQ(run.lab.Producer().Calls("DSRevokeBuffer"), run.lab.Producer().Calls("DSAnnounceBuffer"));
+    EXPECT_TRUE(Eventually([&] { return run.camera->Connect() == Status::Ok; }));
 }
 
 TEST(GenTLStream, TwoUsersShareOneAcquisition) {

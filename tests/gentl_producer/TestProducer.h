@@ -108,6 +108,7 @@ struct Stream final : Module {
     std::set<const void*> announced; // every address that ever was
     std::deque<Buffer*> input;
     std::deque<Buffer*> output;
+    std::deque<EVENT_NEW_BUFFER_DATA> repeated; // to be told again, though the buffer may be gone by then
     bool running = false;
     bool registered = false;
     int kills = 0;

@@ -153,7 +153,7 @@ void Stream::Fill(Buffer& buffer) {
     buffer.where = Buffer::Where::Output;
     output.push_back(&buffer);
     if (every("twice"))
-        output.push_back(&buffer);
+        repeated.push_back({&buffer, buffer.userPointer});
 }
 
 // On the beat, without touching the pixels: what the consumer costs is measured, not this.
@@ -218,13 +218,18 @@ void Stream::Run() {
 
 GC_ERROR Stream::Wait(EVENT_NEW_BUFFER_DATA& data, std::uint64_t timeoutMs) {
     Lock lock(mutex);
-    const auto ready = [&] { return !output.empty() || kills > 0 || !registered; };
+    const auto ready = [&] { return !output.empty() || !repeated.empty() || kills > 0 || !registered; };
     if (!changed.wait_for(lock, std::chrono::milliseconds(std::min<std::uint64_t>(timeoutMs, 3600000)),
                           ready))
         return GC_ERR_TIMEOUT;
     if (kills > 0 || !registered) {
         kills = std::max(0, kills - 1);
         return GC_ERR_ABORT;
+    }
+    if (output.empty()) {
+        data = repeated.front();
+        repeated.pop_front();
+        return GC_ERR_SUCCESS;
     }
     Buffer* const buffer = output.front();
     output.pop_front();
