@@ -88,7 +88,7 @@ TOPS = ("src", "include/vx3", "tools", "examples", "bindings", "plugins")
 C_STANDARD = {f"{name}.h" for name in "assert complex ctype errno fenv float inttypes iso646 limits locale math setjmp "
               "signal stdalign stdarg stdatomic stdbool stddef stdint stdio stdlib stdnoreturn string tgmath threads "
               "time uchar wchar wctype".split()}
-SYSTEM = {f"{name}.h" for name in "dirent dlfcn endian execinfo fcntl getopt glob grp ifaddrs libgen link malloc netdb "
+SYSTEM = {f"{name}.h" for name in "dirent dlfcn elf endian execinfo fcntl getopt glob grp ifaddrs libgen link malloc netdb "
           "poll pthread pty pwd sched semaphore spawn strings syslog termios ucontext unistd utime".split()}
 SYSTEM_FOLDERS = ("sys/", "linux/", "net/", "netinet/", "arpa/", "asm/", "netpacket/")
 

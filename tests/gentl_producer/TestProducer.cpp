@@ -1,4 +1,4 @@
-#include "TestProducer.h"
+#include "Entry.h"
 
 #include <algorithm>
 #include <cstring>
@@ -123,6 +123,16 @@ void System::Reset() {
     open = interface.open = second.open = false;
     for (int i = 0; i < 2; ++i)
         cameras[i] = std::make_unique<Camera>(i);
+}
+
+GC_ERROR& LastCode() {
+    thread_local GC_ERROR code = GC_ERR_SUCCESS;
+    return code;
+}
+
+std::unique_ptr<Stream> TakeStream(Camera& camera) {
+    const std::lock_guard<std::mutex> lock(TheSystem().mutex);
+    return std::move(camera.stream);
 }
 
 template <typename T>
