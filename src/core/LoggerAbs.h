@@ -17,6 +17,8 @@ public:
     int RegisterCallBack(std::function<void(ILogItem*)> callback) override;
     std::deque<std::unique_ptr<ILogItem>>& GetLogItems() override;
 
+    bool HasCallback() { return CurrentCallback() != nullptr; }
+
     // Local time as "%Y-%m-%d %H:%M:%S.mmm".
     static std::string TimeText(std::chrono::system_clock::time_point time);
 

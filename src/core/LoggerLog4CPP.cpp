@@ -69,6 +69,10 @@ StatusCode LoggerLog4CPP::SetFallbackLevel(LogLevel level) {
     return Status::Ok;
 }
 
+bool LoggerLog4CPP::HasListener(LogLevel level) {
+    return category_->isPriorityEnabled(static_cast<int>(level)) || HasCallback();
+}
+
 int LoggerLog4CPP::WriteLogData(bool debugOnly, LogLevel level, const char* source, const char* device,
                                 const char* fmt, ...) {
     va_list args;

@@ -22,6 +22,8 @@ public:
     int WriteLogDataVa(bool debugOnly, LogLevel level, const char* source, const char* device,
                        const char* fmt, va_list args) override __attribute__((format(printf, 6, 0)));
 
+    // The back end takes messages of this level, or a callback is registered.
+    bool HasListener(LogLevel level);
     // What goes to the fallback target from now on, of this logger and of all others that share it.
     // NotAvailable where a configuration file decides.
     StatusCode SetFallbackLevel(LogLevel level);

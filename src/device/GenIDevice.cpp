@@ -36,6 +36,10 @@ constexpr const char* StopFeature = "AcquisitionStop";
                                                        : configurer.SetNodeValue(LockFeature, locked);
 }
 
+bool IsFileUrl(const std::string& url) {
+    return url.compare(0, 5, "file:") == 0 || url.compare(0, 5, "File:") == 0;
+}
+
 // The bytes of the first of `directories` + `path` that can be read. Regular files only: opening a pipe that
 // a camera names would wait for a writer, opening a device may do anything.
 std::unique_ptr<XmlData> ReadFirst(const std::vector<std::string>& directories, const std::string& path) {
@@ -149,7 +153,7 @@ StatusCode GenIDevice::GetXmlUrl(std::string& url) {
     if (Failed(status))
         return status;
     url.assign(text.begin(), std::find(text.begin(), text.end(), 0));
-    if (ConfigBool(ConfigKeys::ReadXmlFromFile)) {
+    if (ConfigBool(ConfigKeys::ReadXmlFromFile) && !IsFileUrl(url)) {
         const std::size_t scheme = std::min<std::size_t>(6, url.size()); // "local:"
         url = "file:" + url.substr(scheme, url.find(';', scheme) - scheme);
     }

@@ -1,5 +1,6 @@
 #include "library/Transports.h"
 
+#include "cameralink/GenCpManager.h"
 #include "gentl/MiscDeviceManager.h"
 #include "gev/GevManager.h"
 #include "simulated/VirtualManager.h"
@@ -19,6 +20,7 @@ const TransportTable& Transports() {
     static const TransportTable table{
         {IntfDevType::Virtual, "ManagerAll Virtual", Make<VirtualManager>},
         {IntfDevType::GigEVision, "ManagerAll GigE", Make<GevManager>},
+        {IntfDevType::GenCP, "ManagerAll GenCP", Make<GenCpManager>},
         {IntfDevType::Misc, "ManagerAll Misc", Make<MiscDeviceManager>},
     };
     return table;

@@ -1,5 +1,6 @@
 #include "simulated/SoftDevice.h"
 
+#include "core/DataDirectories.h"
 #include "simulated/SoftStream.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Utilities.h"
@@ -58,10 +59,7 @@ void SoftDevice::StoreUrl(const std::string& url) {
 }
 
 std::vector<std::string> SoftDevice::DescriptionDirectories() const {
-    const std::string library = GetLibraryDirectory();
-    std::vector<std::string> directories{library, library + "../share/vx3/", library + "../../share/vx3/",
-                                         std::string(VX3_INSTALLED_DATA_DIR) + "/",
-                                         std::string(VX3_SOURCE_DATA_DIR) + "/"};
+    std::vector<std::string> directories = DataDirectories();
     if (!ownDirectory_.empty())
         directories.insert(directories.begin(), ownDirectory_);
     return directories;

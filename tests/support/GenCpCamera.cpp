@@ -368,7 +368,11 @@ void GenCpCamera::ChangeRate(std::uint32_t bit) {
 
 void GenCpCamera::Reply(const Bytes& answer, const GenCpCommand& command) {
     const auto uses = [](int& count) { return count > 0 && count-- > 0; };
-    const auto pause = [](int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); };
+    const auto pause = [this](int ms) {
+        for (const auto end = Clock::now() + std::chrono::milliseconds(ms); run_ && Clock::now() < end;)
+            std::this_thread::sleep_for(
+                std::min<Clock::duration>(end - Clock::now(), std::chrono::milliseconds(20)));
+    };
     if (uses(faults_.noise))
         Send(Noise);
     if (uses(faults_.stale))

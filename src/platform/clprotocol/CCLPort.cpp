@@ -71,7 +71,7 @@ CCLPort::~CCLPort() {
     if (!forgotten_)
         session_->Close();
     // Before the port is free: whoever takes it next begins at that rate.
-    PortMemory::Instance().Expect(portId_, session_->RateAfterwards());
+    PortMemory::Instance().Expect(portId_, session_->RateAfterwards(forgotten_));
 }
 
 void CCLPort::Connect(const std::string& portId, const std::string& deviceId) {

@@ -117,6 +117,13 @@ void GenCpSession::GiveBack() {
         (void)SwitchRate(foundRate_); // not confirmed: it returns to a rate at which it is found again
 }
 
+// Under control it gives a silent host up by itself.
+std::uint32_t GenCpSession::RateAfterwards(bool lost) const {
+    if (exclusive_)
+        return FactoryBaud;
+    return lost ? link_.Baud() : foundRate_;
+}
+
 void GenCpSession::Close() noexcept {
     try {
         link_.HurryAttempts(NoLimit);

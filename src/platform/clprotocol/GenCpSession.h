@@ -20,8 +20,8 @@ public:
     // Takes two seconds at most; never throws.
     void Close() noexcept;
 
-    // The rate at which the device will be found next.
-    std::uint32_t RateAfterwards() const { return exclusive_ ? GenCp::FactoryBaud : foundRate_; }
+    // The rate at which the device is found next; `lost`: it was not told that this ends.
+    std::uint32_t RateAfterwards(bool lost) const;
     // For so long the device bears silence; 0: for ever.
     std::chrono::milliseconds HeartbeatTimeout() const { return heartbeat_; }
     // What was done otherwise than it should be, in words; empty when nothing was.

@@ -24,7 +24,7 @@ void PortMemory::Expect(const std::string& port, std::uint32_t rate) {
     const std::lock_guard<std::mutex> lock(mutex_);
     Entry& entry = entries_[port];
     entry = Entry();
-    entry.answeredAt = rate;
+    entry.lastRate = rate;
 }
 
 } // namespace CLProtocol

@@ -13,8 +13,9 @@ namespace CLProtocol {
 class PortMemory {
 public:
     struct Entry {
-        std::uint32_t answeredAt = 0; // 0: at none yet, or not when asked last
-        std::size_t nextRate = 0;     // index of the rate to ask at otherwise
+        std::uint32_t lastRate = 0; // at which it answered last; 0: at none yet
+        bool othersFirst = false;   // it did not when asked there
+        std::size_t nextRate = 0;   // index of the rate that is next in turn
         bool hasModel = false;
         std::string model;
     };

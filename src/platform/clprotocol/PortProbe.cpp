@@ -21,9 +21,9 @@ std::string PortProbe::Run() {
     link.LimitUntil(end_);
     std::string name;
     try {
-        const std::uint32_t before = entry.answeredAt;
+        const std::uint32_t before = entry.lastRate;
         const bool found = FindRate(link, entry, end_);
-        if (!found || entry.answeredAt != before)
+        if (!found || entry.lastRate != before)
             entry.hasModel = false; // another device, perhaps
         if (found)
             name = ReadName(link, entry);
@@ -35,22 +35,34 @@ std::string PortProbe::Run() {
     return name;
 }
 
+// The last rate and those in turn take turns where the time suffices for one only: a device may be back at
+// its last rate a little later, or have been exchanged.
 bool PortProbe::FindRate(GenCpLink& link, PortMemory::Entry& entry, Clock::time_point end) {
-    const std::uint32_t known = std::exchange(entry.answeredAt, 0);
-    if (known != 0 && link.Ask(known)) {
-        entry.answeredAt = known;
+    const auto answers = [&](std::uint32_t rate) {
+        if (!link.Ask(rate))
+            return false;
+        entry.lastRate = rate;
+        entry.othersFirst = false;
+        entry.nextRate = 0;
         return true;
+    };
+    const std::uint32_t last = entry.lastRate;
+    const bool lastFirst = last != 0 && !entry.othersFirst;
+    if (lastFirst) {
+        entry.othersFirst = true;
+        if (answers(last))
+            return true;
     }
     for (std::size_t asked = 0; asked < BaudRateCount && Clock::now() < end; ++asked) {
         const std::uint32_t rate = BaudRates[entry.nextRate];
         entry.nextRate = (entry.nextRate + 1) % BaudRateCount;
-        if (rate != known && link.Ask(rate)) {
-            entry.answeredAt = rate;
-            entry.nextRate = 0;
+        if (rate == last)
+            continue;
+        entry.othersFirst = false;
+        if (answers(rate))
             return true;
-        }
     }
-    return false;
+    return last != 0 && !lastFirst && Clock::now() < end && answers(last);
 }
 
 std::string PortProbe::ReadName(GenCpLink& link, PortMemory::Entry& entry) {
