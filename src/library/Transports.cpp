@@ -3,6 +3,7 @@
 #include "cameralink/GenCpManager.h"
 #include "gentl/MiscDeviceManager.h"
 #include "gev/GevManager.h"
+#include "grabber/KdManager.h"
 #include "simulated/VirtualManager.h"
 
 namespace VX3 {
@@ -20,6 +21,7 @@ const TransportTable& Transports() {
     static const TransportTable table{
         {IntfDevType::Virtual, "ManagerAll Virtual", Make<VirtualManager>},
         {IntfDevType::GigEVision, "ManagerAll GigE", Make<GevManager>},
+        {IntfDevType::Grabber, "ManagerAll KD", Make<KdManager>},
         {IntfDevType::GenCP, "ManagerAll GenCP", Make<GenCpManager>},
         {IntfDevType::Misc, "ManagerAll Misc", Make<MiscDeviceManager>},
     };
