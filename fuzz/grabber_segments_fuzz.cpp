@@ -1,8 +1,9 @@
-// Frames of a grabber card, put together from whatever segments the input tells, in whatever order: every place given
-// lies within its image, every image handed on has the geometry and counts what is missing, and ends are ends.
+// Frames of a grabber card, put together from whatever segments the input tells, in whatever order: every
+// place given lies within its image, every image handed on has the geometry and counts what is missing, and
+// ends are ends.
 //
-// Input: width, height (1 byte each), then segments: what follows (1: arrives, does not, start anew, stop), block id
-// (1), number, count (1 each), length (2).
+// Input: width, height (1 byte each), then segments: what follows (1: arrives, does not, start anew, stop),
+// block id (1), number, count (1 each), length (2).
 #include "FuzzInput.h"
 #include "grabber/KdBlockAssembler.h"
 
@@ -43,8 +44,11 @@ private:
         Require(Failed(place.status) ? place.target == nullptr : place.target != nullptr && !place.drain);
         if (Failed(place.status))
             return;
-        Require(segment.length <= header_.ImageDataSize());
-        std::memset(place.target, what, segment.length); // the address sanitizer knows the image's end
+        if (segment.number == 0)
+            begin_ = place.target;
+        const auto at = static_cast<std::size_t>(place.target - begin_);
+        Require(at <= header_.ImageDataSize() && segment.length <= header_.ImageDataSize() - at);
+        std::memset(place.target, what, segment.length);
         if (what % 8 == 5)
             assembler_.NotArrived();
         else
@@ -57,6 +61,7 @@ private:
     }
 
     ImageInfo header_;
+    const unsigned char* begin_ = nullptr; // of the image in progress
     KdBlockAssembler assembler_{[](std::unique_ptr<IImage>&& image) { Check(*image); }};
 };
 
