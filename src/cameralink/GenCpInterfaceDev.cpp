@@ -6,6 +6,7 @@
 #include "device/ThreadEx.h"
 #include "platform/clprotocol/PortList.h"
 #include "vx3/core/IntfDevType.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/core/Logger.h"
 
 #include <algorithm>
@@ -82,7 +83,9 @@ GenCpInterfaceDev::Devices GenCpInterfaceDev::EnumSubDevices(unsigned int timeou
     CLPortA::GetDeviceIDTemplates(templates);
     if (!ports.empty() && !templates.empty()) {
         const unsigned int limit = firstRound_ ? FirstProbeMs : LaterProbeMs;
-        (void)Probe(Free(ports), templates.front(), std::min(limit, timeoutMs)); // known now
+        std::vector<std::string> failures;
+        (void)Probe(Free(ports), templates.front(), std::min(limit, timeoutMs), failures); // known now
+        TellFailures(failures);
         firstRound_ = firstRound_ && RoundInterrupted();
     }
     return Known();
@@ -90,14 +93,16 @@ GenCpInterfaceDev::Devices GenCpInterfaceDev::EnumSubDevices(unsigned int timeou
 
 GenCpInterfaceDev::Devices GenCpInterfaceDev::Probe(const std::vector<std::string>& ports,
                                                     const std::string& deviceIdTemplate,
-                                                    unsigned int timeoutMs) {
+                                                    unsigned int timeoutMs,
+                                                    std::vector<std::string>& failures) {
     std::list<Question> questions;
     for (const std::string& port : ports)
         questions.emplace_back(port, deviceIdTemplate, timeoutMs, [this] { return RoundInterrupted(); });
     Devices found;
     for (Question& question : questions) {
         question.Wait();
-        TellFailure(question.Port(), question.Failure());
+        if (!question.Failure().empty())
+            failures.push_back(question.Failure());
         if (question.DeviceId().empty())
             continue;
         std::string name = question.DeviceId();
@@ -110,18 +115,17 @@ GenCpInterfaceDev::Devices GenCpInterfaceDev::Probe(const std::vector<std::strin
     return found;
 }
 
-// A port that cannot be asked is no port without a camera; said when it begins, and when the reason changes.
-void GenCpInterfaceDev::TellFailure(const std::string& port, const std::string& failure) {
+// A port that cannot be asked is no port without a camera; each reason is said when it begins.
+void GenCpInterfaceDev::TellFailures(const std::vector<std::string>& failures) {
+    std::set<std::string> before(failures.begin(), failures.end());
     {
         MutexLock lock(knownMutex_);
-        std::string& told = failures_[port];
-        if (told == failure)
-            return;
-        told = failure;
+        before.swap(failures_);
     }
-    if (!failure.empty())
-        VxLoggerLog(LogLevel::Warning, "SDK", "%s: not asked for a camera: %s", Name().c_str(),
-                    failure.c_str());
+    for (const std::string& failure : failures)
+        if (before.count(failure) == 0)
+            VxLoggerLog(LogLevel::Warning, "SDK", "%s: not asked for a camera: %s", Name().c_str(),
+                        failure.c_str());
 }
 
 StatusCode GenCpInterfaceDev::AddSubDevice(const std::string& ports) {
@@ -130,9 +134,17 @@ StatusCode GenCpInterfaceDev::AddSubDevice(const std::string& ports) {
     std::vector<std::string> templates;
     CLPortA::GetDeviceIDTemplates(templates);
     const std::vector<std::string> listed = CLProtocol::PortList::Expand(ports);
-    const Devices found = Probe(Free({listed.begin(), listed.end()}), templates.front(), FirstProbeMs);
+    const std::vector<std::string> free = Free({listed.begin(), listed.end()});
+    std::vector<std::string> failures;
+    const Devices found = Probe(free, templates.front(), FirstProbeMs, failures);
     AddKnownDevices(found);
-    return found.empty() ? Status::NotFound : Status::Ok;
+    if (!found.empty())
+        return Status::Ok;
+    std::string text =
+        Name() + ": no camera answered at " + std::to_string(free.size() - failures.size()) + " serial ports";
+    for (const std::string& failure : failures)
+        text += "; " + failure;
+    return SetLastFailure(Status::NotFound, text);
 }
 
 StatusCode GenCpInterfaceDev::SubDeviceLost(IDevice* device) {

@@ -7,8 +7,8 @@
 
 #include <atomic>
 #include <list>
-#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,15 +43,15 @@ private:
 
     Devices Known() const VX3_EXCLUDES(knownMutex_);
     std::vector<std::string> Free(const std::list<std::string>& ports) const VX3_EXCLUDES(knownMutex_);
-    // The cameras found; they are known from then on.
+    // The cameras found; they are known from then on. `failures`: why ports could not be asked.
     Devices Probe(const std::vector<std::string>& ports, const std::string& deviceIdTemplate,
-                  unsigned int timeoutMs) VX3_EXCLUDES(knownMutex_);
-    void TellFailure(const std::string& port, const std::string& failure) VX3_EXCLUDES(knownMutex_);
+                  unsigned int timeoutMs, std::vector<std::string>& failures) VX3_EXCLUDES(knownMutex_);
+    void TellFailures(const std::vector<std::string>& failures) VX3_EXCLUDES(knownMutex_);
 
     std::atomic<bool> firstRound_{true};
     mutable Mutex knownMutex_;
     Devices known_ VX3_GUARDED_BY(knownMutex_);
-    std::map<std::string, std::string> failures_ VX3_GUARDED_BY(knownMutex_); // told last, of each port
+    std::set<std::string> failures_ VX3_GUARDED_BY(knownMutex_); // of the last round, told
 };
 
 } // namespace VX3

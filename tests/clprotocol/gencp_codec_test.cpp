@@ -109,7 +109,8 @@ TEST(GenCpCodec, MakesNoPacketOfWhatDoesNotTravel) {
     Bytes room(27);
     EXPECT_EQ(GenCpCodec().Encode({room.data(), room.size()}, Read(0, 4), 1, 0).size, 0U);
     const WireRequest whole = Read(0x1000, 2017);
-    RequestSplit split(whole, GenCpCodec().Rules());
+    const GenCpCodec codec; // the split refers to its rules
+    RequestSplit split(whole, codec.Rules());
     std::vector<std::size_t> sizes;
     for (WireRequest piece; split.Next(piece);)
         sizes.push_back(piece.count);

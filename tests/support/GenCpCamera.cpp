@@ -174,8 +174,7 @@ std::uint32_t GenCpCamera::Register32(std::uint64_t address) {
 }
 
 void GenCpCamera::Unplug() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    Cut();
+    unplug_ = true;
 }
 
 // The line -------------------------------------------------------------------------------------------------
@@ -193,6 +192,8 @@ void GenCpCamera::Run() {
         pollfd wait{master_, POLLIN, 0};
         const int ready = poll(&wait, 1, 2);
         const std::lock_guard<std::mutex> lock(mutex_);
+        if (unplug_)
+            Cut();
         if (master_ < 0)
             return;
         Tick();

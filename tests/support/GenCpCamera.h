@@ -131,6 +131,7 @@ private:
     Bytes lastAnswer_;
     std::atomic<std::size_t> swallowed_{0};
     std::atomic<bool> run_{true};
+    std::atomic<bool> unplug_{false};
     std::thread thread_;
 };
 

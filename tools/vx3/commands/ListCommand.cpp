@@ -64,11 +64,18 @@ void PrintProducers(const std::vector<GenTLProducer>& producers) {
 class ListCommand : public Command {
 public:
     ListCommand(Arguments& arguments, const GlobalOptions& options)
-        : Command(arguments, options, "list", "List the cameras that answer") {}
+        : Command(arguments, options, "list", "List the cameras that answer") {
+        Args().Flag("--probe-serial", probeSerial_,
+                    "Ask every serial port for a camera, too: they get bytes that only cameras understand");
+    }
 
     int Run() override {
         CameraSearch search(Options());
-        const std::vector<FoundCamera> cameras = search.Cameras();
+        std::vector<FoundCamera> cameras = search.Cameras();
+        if (probeSerial_) {
+            search.ProbeSerialPorts();
+            cameras = search.Cameras();
+        }
         // Which producers there are matters to who asks for their cameras alone.
         const bool withProducers = Options().transport == "gentl";
         const std::vector<GenTLProducer> producers =
@@ -121,6 +128,8 @@ private:
         }
         PrintTable(Console::Instance().Out(), rows);
     }
+
+    bool probeSerial_ = false;
 };
 
 } // namespace

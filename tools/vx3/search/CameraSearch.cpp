@@ -4,6 +4,7 @@
 #include "base/Interrupt.h"
 #include "base/NearMiss.h"
 #include "base/ToolError.h"
+#include "vx3/core/LastFailure.h"
 #include "vx3/core/Utilities.h"
 #include "vx3/device/IEnumerationRounds.h"
 #include "vx3/library/System.h"
@@ -28,6 +29,7 @@ constexpr Transport Transports[] = {{"virtual", IntfDevType::Virtual}, {"gige", 
 // A later round is never waited for: the first one is the list.
 constexpr unsigned int MonitorPeriodMs = 3600U * 1000U;
 constexpr std::chrono::seconds LongestRound(10);
+constexpr const char* SerialPorts = "/dev/ttyUSB* /dev/ttyS* /dev/serial/by-id/*";
 
 bool HasFinishedRound(const IDevice& device) {
     const auto* rounds = dynamic_cast<const IEnumerationRounds*>(&device);
@@ -114,7 +116,7 @@ std::string TransportName(const IDevice& device) {
 
 std::string AddressOf(const IDevice& camera) {
     GevDeviceAddress address;
-    return camera.GetIpAddress(&address) == Status::Ok ? Ipv4Text(address.ip) : std::string();
+    return camera.GetIpAddress(&address) == Status::Ok ? Ipv4Text(address.ip) : camera.DevicePath();
 }
 
 std::string Describe(const FoundCamera& found) {
@@ -161,6 +163,12 @@ std::vector<FoundCamera> CameraSearch::Cameras() {
             cameras.push_back({std::move(camera), device});
     }
     return cameras;
+}
+
+void CameraSearch::ProbeSerialPorts() {
+    for (const std::shared_ptr<IDevice>& device : interfaces_)
+        if (TransportName(*device) == "gencp" && Failed(device->AddSubDevice(SerialPorts)))
+            Console::Instance().Say(LastFailure().text);
 }
 
 // Interfaces that cannot be asked refuse, which is fine.

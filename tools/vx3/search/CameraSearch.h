@@ -27,6 +27,9 @@ public:
     const std::vector<std::shared_ptr<IDevice>>& Interfaces() const { return interfaces_; }
     // Waits for the first round of every interface (about a second on a network, together).
     std::vector<FoundCamera> Cameras();
+    // Asks serial ports that are not configured, once, for five seconds at most; says when no camera
+    // answered.
+    void ProbeSerialPorts();
     // The one camera that `selector` names; throws, listing the candidates, when there is none or several. An
     // address that broadcast does not reach is asked directly.
     FoundCamera Find(const std::string& selector);
@@ -42,7 +45,7 @@ private:
 unsigned int TransportBits(const std::string& name);
 // "virtual", "gige", ... of a device.
 std::string TransportName(const IDevice& device);
-// Dotted address; empty for a camera that has none.
+// Dotted address, or the path of the port or node behind which it is; empty for a camera that has neither.
 std::string AddressOf(const IDevice& camera);
 // "Name" or "Name at 10.0.0.2 behind eth0", for people.
 std::string Describe(const FoundCamera& found);
