@@ -35,6 +35,9 @@ check "with its port" "$(json list '[(c["name"], c["address"], c["interface"]) f
 check "stay" "$("$vx3" get "$camera" Gain DeviceVendorName)" $'Gain = 42\nDeviceVendorName = Works'
 "$vx3" grab "$card" -n 5 --format raw --set Width=320 --set Height=240 --set PixelFormat=0x01080001 >out 2>&1
 check "images through the card" "$? $(ls frame_*.320_240_MONO8.raw | wc -l)" "0 5"
-"$example" >out 2>&1; check "both together" "$? $(cat out)" "0 $camera through $card: 10 frames"
+"$example" >out 2>&1
+check "both together" "$? $(grep -cE '^Linea\(S0042\) through frame0@.*#0: [0-9]{2,} frames$' out)" "0 1"
+sed -i 's/^GrabberDeviceRoot/ReadXmlFromFile = true\n&/' "$work/lib/Vx3Default.ini"
+check "a description that is a file is found when all are to be files" "$("$vx3" get "$card" ClTapNumber)" 3
 echo "failures: $lab_failures"
 [ "$lab_failures" -eq 0 ]

@@ -32,16 +32,33 @@ void GenCpSession::Open() {
     capability_ = link_.Read64(Register::Capability);
     if ((capability_ & HasHeartbeat) != 0)
         TakeControl();
-    if ((capability_ & HasSbrm) != 0)
+    if ((capability_ & HasSbrm) == 0)
+        return;
+    try {
         RaiseRate();
+    } catch (const PortError& error) {
+        if (error.Kind() != Failure::Refused && error.Kind() != Failure::Malformed)
+            throw;
+        AddNote(std::string("does not tell its baud rates: ") + error.what());
+    }
+}
+
+void GenCpSession::AddNote(const std::string& text) {
+    note_ += (note_.empty() ? "" : "; ") + text;
 }
 
 // With the heartbeat on, the device goes back to its defaults by itself when this host dies.
 void GenCpSession::TakeControl() {
-    heartbeat_ = milliseconds(link_.Read32(Register::HeartbeatTimeout));
-    const std::uint64_t configuration = link_.Read64(Register::Configuration);
-    if ((configuration & HeartbeatEnable) == 0)
-        link_.Write64(Register::Configuration, configuration | HeartbeatEnable);
+    try {
+        heartbeat_ = milliseconds(link_.Read32(Register::HeartbeatTimeout));
+        const std::uint64_t configuration = link_.Read64(Register::Configuration);
+        if ((configuration & HeartbeatEnable) == 0)
+            link_.Write64(Register::Configuration, configuration | HeartbeatEnable);
+    } catch (const PortError& error) {
+        if (error.Kind() != Failure::Refused)
+            throw;
+        AddNote(std::string("has no heartbeat, although it says so: ") + error.what());
+    }
     link_.Write32(Register::AccessPrivilege, OpenExclusive);
     exclusive_ = true;
 }
@@ -61,11 +78,11 @@ void GenCpSession::RaiseRate() {
     try {
         if (SwitchRate(best))
             return;
-        note_ = "did not confirm " + Rate(best);
+        AddNote("did not confirm " + Rate(best));
     } catch (const PortError& error) {
         if (error.Kind() == Failure::Abandoned || error.Kind() == Failure::HungUp)
             throw;
-        note_ = "does not go to " + Rate(best) + ": " + error.what();
+        AddNote("does not go to " + Rate(best) + ": " + error.what());
         if (!error.IsLoss()) { // refused: nothing has changed
             note_ += "; stays at " + Rate(foundRate_);
             return;

@@ -28,6 +28,7 @@ public:
     const std::string& Note() const { return note_; }
 
 private:
+    void AddNote(const std::string& text);
     void TakeControl();
     void RaiseRate();
     std::uint32_t HighestCommonRate(std::uint32_t supported);
