@@ -32,6 +32,15 @@ public:
 
     double Get() const { return fps_; }
 
+    // The rate as of `now`, at which no frame need have come: 0 when none came for a second.
+    double Measure(std::uint64_t now) const VX3_EXCLUDES(mutex_) {
+        MutexLock lock(mutex_);
+        for (std::size_t k = 0; k < N; ++k)
+            if (const std::uint64_t distance = now - stamps_[(position_ + k) % N]; distance < TicksPerSecond)
+                return PerTicks(N - k, distance);
+        return 0.0;
+    }
+
 private:
     // `position_` is the oldest sample, the one before it the newest. A clock that was set back makes
     // distances huge, and such samples count as old.
@@ -52,7 +61,7 @@ private:
         return static_cast<double>(frames) * static_cast<double>(TicksPerSecond) / static_cast<double>(ticks);
     }
 
-    Mutex mutex_;
+    mutable Mutex mutex_;
     std::size_t position_ VX3_GUARDED_BY(mutex_) = 0;
     std::array<std::uint64_t, N> stamps_ VX3_GUARDED_BY(mutex_){};
     std::atomic<double> fps_{0.0};

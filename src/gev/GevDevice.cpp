@@ -96,11 +96,14 @@ std::string GevDevice::UniqueName() const {
 }
 
 std::list<std::pair<std::string, std::string>> GevDevice::GetInfo() const {
-    return {{"Manufacture", discovery_.manufacturerName},
-            {"ModelName", discovery_.modelName},
-            {"SerialNumber", discovery_.serialNumber},
-            {"IpAddr", Ipv4Text(discovery_.currentIp)},
-            {"GateWay", Ipv4Text(discovery_.defaultGateway)}};
+    std::list<std::pair<std::string, std::string>> info{{"Manufacture", discovery_.manufacturerName},
+                                                        {"ModelName", discovery_.modelName},
+                                                        {"SerialNumber", discovery_.serialNumber},
+                                                        {"IpAddr", Ipv4Text(discovery_.currentIp)},
+                                                        {"GateWay", Ipv4Text(discovery_.defaultGateway)}};
+    if (discovery_.currentIp == local_.ip)
+        info.emplace_back("Published", "by a program of this host");
+    return info;
 }
 
 StatusCode GevDevice::GetIpAddress(GevDeviceAddress* address) const {

@@ -82,12 +82,13 @@ protected:
     StatusCode ReleaseAccess();
     // The control channel; null while there is no connection.
     std::shared_ptr<GevCmdHelper> Helper() const VX3_EXCLUDES(helperMutex_);
+    // The control channel of a camera that may be asked, else null and the reason.
+    std::shared_ptr<GevCmdHelper> UsableHelper(StatusCode& reason) const;
+    std::uint16_t ControlPort() const { return port_; }
 
 private:
     NET_PARAM RemoteParam() const;
     void SetHelper(std::shared_ptr<GevCmdHelper> helper) VX3_EXCLUDES(helperMutex_);
-    // The control channel of a camera that may be asked, else null and the reason.
-    std::shared_ptr<GevCmdHelper> UsableHelper(StatusCode& reason) const;
     [[nodiscard]] StatusCode OpenChannel();
     void GiveUp();
     void ReadCapabilities();

@@ -1,7 +1,9 @@
 #include "gev/GevInterfaceDev.h"
 
 #include "core/DefaultConfig.h"
+#include "gev/GevSharedDevice.h"
 #include "gev/net/NICEnumerator.h"
+#include "gev/net/OwnPorts.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/Utilities.h"
 
@@ -83,30 +85,31 @@ std::list<std::shared_ptr<IDevice>> GevInterfaceDev::EnumSubDevices(unsigned int
         questions.push_back({param, 0});
     for (const std::uint32_t address : AddedAddresses())
         questions.push_back({AskedFrom(params, address), address});
-    return Discover(std::move(questions), Gvcp::Port);
+    return Discover(std::move(questions));
 }
 
 std::list<std::shared_ptr<IDevice>> GevInterfaceDev::EnumSubDevices(const NET_PARAM& param,
                                                                     std::uint32_t target) {
     if (param.ip == 0)
         return {};
-    return Discover({{param, target}}, Gvcp::Port);
+    return Discover({{param, target}});
 }
 
 std::list<std::shared_ptr<IDevice>>
-GevInterfaceDev::Discover(std::vector<GevDiscoveryRound::Question> questions, std::uint16_t port) {
-    GevDiscoveryRound round(std::move(questions), port, requestCounter_);
+GevInterfaceDev::Discover(std::vector<GevDiscoveryRound::Question> questions) {
+    GevDiscoveryRound round(std::move(questions), Ports(), requestCounter_);
     const bool noFilter = ConfigBool(ConfigKeys::ForceNoFilter);
     std::list<std::shared_ptr<IDevice>> devices;
     for (const GevDiscovered& found : round.Run([this] { return RoundInterrupted(); }))
-        devices.push_back(MakeDevice(DeviceName(found.info, nameRule_), found, noFilter, port));
+        if (!OwnPorts::IsOwn(found.info.currentIp, found.port))
+            devices.push_back(MakeDevice(DeviceName(found.info, nameRule_), found, noFilter));
     return devices;
 }
 
 std::shared_ptr<IDevice> GevInterfaceDev::MakeDevice(const std::string& name, const GevDiscovered& found,
-                                                     bool noFilter, std::uint16_t port) {
-    return std::make_shared<GevDevice>(name, found.host, found.ack, this, noFilter, port,
-                                       StateOf(found.control));
+                                                     bool noFilter) {
+    return std::make_shared<GevSharedDevice>(name, found.host, found.ack, this, noFilter, found.port,
+                                             StateOf(found.control));
 }
 
 DEVICE_STATE GevInterfaceDev::StateOf(GevDiscovered::Control control) {

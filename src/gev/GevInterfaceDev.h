@@ -55,11 +55,13 @@ protected:
 
     StatusCode ConnectP() override { return Status::Ok; }
     StatusCode DisConnectP() override { return Status::Ok; }
-    // A device for every camera that answers these questions on `port`, in order of arrival.
-    virtual std::list<std::shared_ptr<IDevice>> Discover(std::vector<GevDiscoveryRound::Question> questions,
-                                                         std::uint16_t port);
+    // Where cameras are asked.
+    virtual std::vector<std::uint16_t> Ports() const { return {Gvcp::Port}; }
+    // A device for every camera that answers these questions, in order of arrival; not for what this process
+    // publishes itself.
+    virtual std::list<std::shared_ptr<IDevice>> Discover(std::vector<GevDiscoveryRound::Question> questions);
     virtual std::shared_ptr<IDevice> MakeDevice(const std::string& name, const GevDiscovered& found,
-                                                bool noFilter, std::uint16_t port);
+                                                bool noFilter);
     // Of a camera that discovery found.
     static DEVICE_STATE StateOf(GevDiscovered::Control control);
 

@@ -13,7 +13,7 @@
 
 namespace VX3 {
 
-class GevStream final : public StreamAbs {
+class GevStream : public StreamAbs {
 public:
     // `useFilter` asks for reception through the kernel filter driver; where that is not available the
     // socket receiver serves, and the log says so. `channels`: the face of `device` for its streams, which

@@ -36,7 +36,7 @@ std::string Text(const char* text) {
 } // namespace
 
 SoftDevice::SoftDevice(const char* name, const char* xmlPath, IDevice* parent)
-    : GenIDevice(SoftDeviceType, name, parent) {
+    : RemotableDevice(SoftDeviceType, name, parent) {
     const std::string path = Text(xmlPath);
     ownDirectory_ = path.substr(0, DirectoryLength(path));
     StoreUrl("File:" + path.substr(ownDirectory_.size()));
@@ -44,7 +44,7 @@ SoftDevice::SoftDevice(const char* name, const char* xmlPath, IDevice* parent)
 
 SoftDevice::SoftDevice(const char* name, const char* xmlName, std::unique_ptr<unsigned char[]>&& xml,
                        unsigned int xmlSize, IDevice* parent)
-    : GenIDevice(SoftDeviceType, name, parent),
+    : RemotableDevice(SoftDeviceType, name, parent),
       description_(std::move(xml)),
       descriptionSize_(description_ ? xmlSize : 0) {
     StoreUrl(StringFormat("Local:%s;%x;%x", Text(xmlName).c_str(), DescriptionAddress, descriptionSize_));

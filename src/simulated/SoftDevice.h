@@ -10,6 +10,7 @@
 #pragma once
 
 #include "device/GenIDevice.h"
+#include "device/RemotableDevice.h"
 #include "simulated/IImageGenerator.h"
 #include "simulated/StructRegDesc.h"
 #include "vx3/core/Mutex.h"
@@ -22,7 +23,7 @@
 
 namespace VX3 {
 
-class SoftDevice : public GenIDevice {
+class SoftDevice : public RemotableDevice<GenIDevice> {
 public:
     static constexpr unsigned int UrlAddress = 0x80000000U;
     static constexpr unsigned int UrlSize = 512;

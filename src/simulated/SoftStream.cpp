@@ -9,7 +9,7 @@ namespace VX3 {
 
 SoftStream::SoftStream(const char* name, unsigned int index, std::unique_ptr<IImageGenerator>&& generator,
                        IDevice* parent)
-    : StreamAbs(name, parent, index),
+    : RemotableStream(name, parent, index),
       generator_(std::move(generator)),
       worker_([this](const std::atomic<bool>& running, const std::shared_ptr<IImagePool>& pool) {
           Produce(running, pool);

@@ -1,6 +1,7 @@
 // A stream whose frames an image generator makes on a thread of the stream's own. Owned by its soft device.
 #pragma once
 
+#include "device/RemotableStream.h"
 #include "device/StreamAbs.h"
 #include "device/ThreadEx.h"
 #include "simulated/IImageGenerator.h"
@@ -9,7 +10,7 @@
 
 namespace VX3 {
 
-class SoftStream final : public StreamAbs {
+class SoftStream final : public RemotableStream<StreamAbs> {
 public:
     SoftStream(const char* name, unsigned int index, std::unique_ptr<IImageGenerator>&& generator,
                IDevice* parent);

@@ -22,13 +22,13 @@ public:
     explicit Loopback(const std::string& id = "lo") : GevInterfaceDev("loop", "a loop", id, 0, 0) {}
     ~Loopback() override { Shutdown(); }
     using GevInterfaceDev::EnumSubDevices;
-    std::list<std::shared_ptr<IDevice>> Discover(std::vector<GevDiscoveryRound::Question> questions,
-                                                 std::uint16_t port) override {
+    std::list<std::shared_ptr<IDevice>>
+    Discover(std::vector<GevDiscoveryRound::Question> questions) override {
         for (const auto& question : questions)
             ++rounds[question.target];
         const auto broadcast = [](const auto& question) { return question.target == 0; };
         questions.erase(std::remove_if(questions.begin(), questions.end(), broadcast), questions.end());
-        return GevInterfaceDev::Discover(std::move(questions), port);
+        return GevInterfaceDev::Discover(std::move(questions));
     }
     std::map<std::uint32_t, int> rounds;
 };
@@ -40,7 +40,7 @@ std::map<std::uint32_t, DEVICE_STATE> StatesOf(Loopback& interface,
     for (const std::uint32_t address : addresses)
         questions.push_back({TestCamera::HostParam(), address});
     std::map<std::uint32_t, DEVICE_STATE> states;
-    for (const auto& device : interface.Discover(questions, Gvcp::Port)) {
+    for (const auto& device : interface.Discover(questions)) {
         GevDeviceAddress address;
         EXPECT_EQ(device->GetIpAddress(&address), Status::Ok);
         states[address.ip] = device->DeviceState();

@@ -19,7 +19,7 @@ void OnThreads(unsigned int count, Body body) {
 
 // True as soon as `condition` holds, false when the time is over.
 template <typename Condition>
-bool Eventually(Condition condition, std::chrono::seconds time = std::chrono::seconds(10)) {
+bool Eventually(Condition condition, std::chrono::milliseconds time = std::chrono::seconds(10)) {
     const auto deadline = std::chrono::steady_clock::now() + time;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline)

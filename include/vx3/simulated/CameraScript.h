@@ -87,6 +87,7 @@ struct StreamScript : StreamFaults {
     std::uint64_t firstBlockId = 1; // then the next, 65535 followed by 1 unless extended
     bool extendedIds = false;       // 64-bit block and 32-bit packet ids
     std::size_t resendMemory = 256; // blocks that can be sent again
+    bool rememberRequests = true;   // which packets were asked for again, for Camera::ResendRequests
 
     // Sent one after the other, over and over. Empty: images of the camera's registers' geometry, whose
     // pixels are Camera::ExpectedData.

@@ -25,9 +25,9 @@ bool IsInSubnet(std::uint32_t address, const NET_PARAM& host) {
 
 } // namespace
 
-GevDiscoveryRound::GevDiscoveryRound(std::vector<Question> questions, std::uint16_t port,
+GevDiscoveryRound::GevDiscoveryRound(std::vector<Question> questions, std::vector<std::uint16_t> ports,
                                      std::atomic<std::uint16_t>& requestCounter)
-    : questions_(std::move(questions)), port_(port), requestCounter_(requestCounter) {}
+    : questions_(std::move(questions)), ports_(std::move(ports)), requestCounter_(requestCounter) {}
 
 std::vector<GevDiscovered> GevDiscoveryRound::Run(const std::function<bool()>& interrupted) {
     AskForCameras();
@@ -55,7 +55,7 @@ GevDiscoveryRound::Line& GevDiscoveryRound::LineOf(const NET_PARAM& host) {
     for (Line& line : lines_)
         if (line.host.ip == host.ip)
             return line;
-    lines_.push_back({host, CrossSocket(BroadcastIp, port_, host.ip, 0)});
+    lines_.push_back({host, CrossSocket(BroadcastIp, ports_.front(), host.ip, 0)});
     return lines_.back();
 }
 
@@ -64,15 +64,17 @@ void GevDiscoveryRound::AskForCameras() {
     std::array<std::uint8_t, Gvcp::HeaderSize> command{};
     const std::size_t size = Gvcp::EncodeDiscovery({command.data(), command.size()});
     for (const Question& question : questions_)
-        (void)LineOf(question.host)
-            .socket.SendTo(command.data(), size, question.target != 0 ? question.target : BroadcastIp, port_);
+        for (const std::uint16_t port : ports_)
+            (void)LineOf(question.host)
+                .socket.SendTo(command.data(), size, question.target != 0 ? question.target : BroadcastIp,
+                               port);
 }
 
 void GevDiscoveryRound::AskForControl(Camera& camera, Clock::time_point now) {
     std::array<std::uint8_t, 16> command{};
     const std::size_t size = Gvcp::EncodeReadReg({command.data(), command.size()}, camera.requestId,
                                                  Bootstrap::ControlChannelPrivilege);
-    (void)camera.line->socket.SendTo(command.data(), size, camera.found.info.currentIp, port_);
+    (void)camera.line->socket.SendTo(command.data(), size, camera.found.info.currentIp, camera.found.port);
     ++camera.asked;
     camera.askAgain = now + AskAgainAfter;
 }
@@ -96,14 +98,19 @@ void GevDiscoveryRound::Receive(Line& line, Clock::time_point now) {
         return;
     if (packet.header.code == Gvcp::Ack::Discovery &&
         static_cast<std::size_t>(received) == Gvcp::DiscoveryAckSize)
-        TakeDiscovery(line, packet, now);
+        TakeDiscovery(line, packet, port, now);
     else if (packet.header.code == Gvcp::Ack::ReadReg)
         TakeControl(packet, ip);
 }
 
-void GevDiscoveryRound::TakeDiscovery(Line& line, const Gvcp::AckPacket& packet, Clock::time_point now) {
-    // Some cameras answer twice, to the host and to everybody; and to each of the interface's addresses.
-    const std::string identity(packet.payload.data, packet.payload.data + packet.payload.size);
+void GevDiscoveryRound::TakeDiscovery(Line& line, const Gvcp::AckPacket& packet, std::uint32_t senderPort,
+                                      Clock::time_point now) {
+    // Some cameras answer from another port than they were asked at.
+    const bool asked = std::find(ports_.begin(), ports_.end(), senderPort) != ports_.end();
+    const std::uint16_t port = asked ? static_cast<std::uint16_t>(senderPort) : ports_.front();
+    // Some answer twice, to the host and to everybody; and to each of the interface's addresses.
+    std::string identity(packet.payload.data, packet.payload.data + packet.payload.size);
+    identity += std::to_string(port);
     const auto earlier = known_.find(identity);
     if (earlier != known_.end()) {
         GevDiscovered& found = cameras_[earlier->second].found;
@@ -118,7 +125,7 @@ void GevDiscoveryRound::TakeDiscovery(Line& line, const Gvcp::AckPacket& packet,
     const std::uint16_t requestId = requestCounter_;
     known_.emplace(identity, cameras_.size());
     byRequest_[requestId] = cameras_.size();
-    Camera camera{{line.host, {}, info, GevDiscovered::Control::Unknown}, &line, requestId, 0, now};
+    Camera camera{{line.host, port, {}, info, GevDiscovered::Control::Unknown}, &line, requestId, 0, now};
     std::copy_n(buffer_.begin(), camera.found.ack.bytes.size(), camera.found.ack.bytes.begin());
     cameras_.push_back(std::move(camera));
     lastNews_ = now;

@@ -30,7 +30,8 @@ struct GevDiscovered {
         Free,
         Held, // by some host; where that has exclusive access, cameras refuse even the question
     };
-    NET_PARAM host; // the address it was found from; where several are, one of its own subnet
+    NET_PARAM host;         // the address it was found from; where several are, one of its own subnet
+    std::uint16_t port = 0; // of its control channel
     GVCP_DISCOVERY_ACK ack;
     GevDiscoveryInfo info;
     Control control = Control::Unknown;
@@ -50,7 +51,8 @@ public:
         std::uint32_t target = 0; // a camera's address; 0 asks everybody
     };
 
-    GevDiscoveryRound(std::vector<Question> questions, std::uint16_t port,
+    // Every question goes to each of the ports, all at once.
+    GevDiscoveryRound(std::vector<Question> questions, std::vector<std::uint16_t> ports,
                       std::atomic<std::uint16_t>& requestCounter);
 
     // Cameras in the order they answered, each once. `interrupted` is asked at least every 100 ms; once it
@@ -76,12 +78,13 @@ private:
     void AskForControl(Camera& camera, Clock::time_point now);
     void AskAgain(Clock::time_point now);
     void Receive(Line& line, Clock::time_point now);
-    void TakeDiscovery(Line& line, const Gvcp::AckPacket& packet, Clock::time_point now);
+    void TakeDiscovery(Line& line, const Gvcp::AckPacket& packet, std::uint32_t senderPort,
+                       Clock::time_point now);
     void TakeControl(const Gvcp::AckPacket& packet, std::uint32_t sender);
     std::vector<GevDiscovered> Results();
 
     const std::vector<Question> questions_;
-    const std::uint16_t port_;
+    const std::vector<std::uint16_t> ports_;
     std::atomic<std::uint16_t>& requestCounter_;
     std::list<Line> lines_;
     std::vector<Camera> cameras_;

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
@@ -56,6 +57,19 @@ std::vector<NET_PARAM> AddressesOf(const std::string& name) {
         return addresses;
     for (const ifaddrs* entry = table; entry != nullptr; entry = entry->ifa_next)
         if (const std::uint32_t ip = AddressOf(entry->ifa_addr); ip != 0 && BelongsTo(entry->ifa_name, name))
+            addresses.push_back({ip, AddressOf(entry->ifa_netmask), 0});
+    ::freeifaddrs(table);
+    return addresses;
+}
+
+// Of every interface.
+std::vector<NET_PARAM> OwnAddresses() {
+    std::vector<NET_PARAM> addresses;
+    ifaddrs* table = nullptr;
+    if (::getifaddrs(&table) != 0)
+        return addresses;
+    for (const ifaddrs* entry = table; entry != nullptr; entry = entry->ifa_next)
+        if (const std::uint32_t ip = AddressOf(entry->ifa_addr); ip != 0)
             addresses.push_back({ip, AddressOf(entry->ifa_netmask), 0});
     ::freeifaddrs(table);
     return addresses;
@@ -143,6 +157,40 @@ std::string NICEnumerator::GetNicNameByIp(std::uint32_t address) {
             return name;
     }
     return {};
+}
+
+NET_PARAM NICEnumerator::ParamToward(std::uint32_t address) {
+    for (const NET_PARAM& param : FindNicParamByAddr(address).params)
+        if (((address ^ param.ip) & param.mask) == 0)
+            return param;
+    const UniqueFd fd = QuerySocket();
+    sockaddr_in end{};
+    socklen_t length = sizeof(end);
+    end.sin_family = AF_INET;
+    end.sin_addr.s_addr = htonl(address);
+    end.sin_port = htons(3956); // nothing is sent
+    auto* const plain = reinterpret_cast<sockaddr*>(&end);
+    if (!fd || ::connect(fd.Get(), plain, length) != 0 || ::getsockname(fd.Get(), plain, &length) != 0)
+        return {};
+    const std::uint32_t own = AddressOf(plain);
+    for (const NET_PARAM& param : OwnAddresses())
+        if (param.ip == own)
+            return param;
+    return {own, 0xFFFFFFFFU, 0};
+}
+
+bool NICEnumerator::IsOwnAddress(std::uint32_t address) {
+    constexpr std::uint32_t LoopbackNet = 127;
+    const std::vector<NET_PARAM> own = OwnAddresses();
+    return address >> 24 == LoopbackNet ||
+           std::any_of(own.begin(), own.end(), [&](const NET_PARAM& param) { return param.ip == address; });
+}
+
+std::uint32_t NICEnumerator::LinkSpeed(std::uint32_t address) {
+    const std::string name = GetNicNameByIp(address);
+    std::ifstream file("/sys/class/net/" + name + "/speed");
+    long speed = 0;
+    return !name.empty() && file >> speed && speed > 0 ? static_cast<std::uint32_t>(speed) : 0;
 }
 
 std::uint32_t NICEnumerator::PathMtu(std::uint32_t from, std::uint32_t to) {

@@ -25,6 +25,13 @@ public:
     static NicParams FindNicParamByAddr(std::uint32_t address);
     // The first listed interface that owns `address`; empty when none does.
     static std::string GetNicNameByIp(std::uint32_t address);
+    // The address of this host that `address` is reached from, with its mask: of the listed interface whose
+    // subnet holds it, else as the kernel routes, loopback included. ip 0 when there is no way there.
+    static NET_PARAM ParamToward(std::uint32_t address);
+    // True for an address of this host's own, loopback included.
+    static bool IsOwnAddress(std::uint32_t address);
+    // Mbit/s of the interface that owns `address`; 0 when it does not tell.
+    static std::uint32_t LinkSpeed(std::uint32_t address);
     // Largest IP packet, in bytes, that leaves `from` towards `to` in one piece, as far as the kernel knows;
     // 0 when it does not.
     static std::uint32_t PathMtu(std::uint32_t from, std::uint32_t to);

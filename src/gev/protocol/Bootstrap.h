@@ -38,6 +38,9 @@ namespace Bootstrap {
     X(HeartbeatTimeout, 0x0938, 4, "heartbeat time-out")                                                     \
     X(TickFrequencyHigh, 0x093C, 4, "timestamp tick frequency high")                                         \
     X(TickFrequencyLow, 0x0940, 4, "timestamp tick frequency low")                                           \
+    X(TimestampControl, 0x0944, 4, "timestamp control")                                                      \
+    X(TimestampHigh, 0x0948, 4, "timestamp value high")                                                      \
+    X(TimestampLow, 0x094C, 4, "timestamp value low")                                                        \
     X(GvcpConfiguration, 0x0954, 4, "GVCP configuration")                                                    \
     X(PendingTimeout, 0x0958, 4, "pending time-out")                                                         \
     X(GvspConfiguration, 0x0960, 4, "GVSP configuration")                                                    \
@@ -76,9 +79,16 @@ constexpr std::uint32_t DoNotFragment = 0x40000000U;
 // GVCP capability.
 constexpr std::uint32_t PacketResendSupported = 0x00000004U;
 constexpr std::uint32_t WriteMemSupported = 0x00000002U;
+constexpr std::uint32_t PrimaryApplicationTold = 0x08000000U;
+constexpr std::uint32_t LinkSpeedTold = 0x10000000U;
+constexpr std::uint32_t SerialNumberTold = 0x40000000U;
 constexpr std::uint32_t ConcatenationSupported = 0x00000001U;
 // GVSP capability: the stream source port register is valid.
 constexpr std::uint32_t SourcePortValid = 0x80000000U;
+// GVSP capability: 16-bit block ids are sent too.
+constexpr std::uint32_t StandardIdsSupported = 0x40000000U;
+// Timestamp control.
+constexpr std::uint32_t LatchTimestamp = 2;
 // GVSP configuration: 64-bit block and 32-bit packet ids.
 constexpr std::uint32_t ExtendedIdsSelected = 0x40000000U;
 

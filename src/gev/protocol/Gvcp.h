@@ -57,6 +57,7 @@ constexpr std::uint16_t WriteProtect = 0x8004;
 constexpr std::uint16_t BadAlignment = 0x8005;
 constexpr std::uint16_t AccessDenied = 0x8006;
 constexpr std::uint16_t Busy = 0x8007;
+constexpr std::uint16_t LocalProblem = 0x8008;
 constexpr std::uint16_t PacketUnavailable = 0x800C;
 constexpr std::uint16_t InvalidHeader = 0x800E;
 constexpr std::uint16_t PacketNotYetAvailable = 0x8010; // may be asked for again

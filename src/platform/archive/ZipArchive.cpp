@@ -117,4 +117,35 @@ ZipContent UnzipOnly(std::string_view bytes, std::string_view extension, const Z
     return content;
 }
 
+std::string ZipOne(const std::string& name, std::string_view content) {
+    zip_error_t error;
+    zip_error_init(&error);
+    std::string bytes;
+    zip_source_t* const target = zip_source_buffer_create(nullptr, 0, 0, &error);
+    if (target == nullptr)
+        return bytes;
+    zip_source_keep(target); // beyond the archive, to be read
+    zip_t* const archive = zip_open_from_source(target, ZIP_TRUNCATE, &error);
+    zip_source_t* const file =
+        archive != nullptr ? zip_source_buffer(archive, content.data(), content.size(), 0) : nullptr;
+    if (file != nullptr && zip_file_add(archive, name.c_str(), file, ZIP_FL_ENC_UTF_8) < 0)
+        zip_source_free(file);
+    if (archive != nullptr && zip_close(archive) != 0)
+        zip_discard(archive);
+    if (archive != nullptr && zip_source_open(target) == 0) {
+        zip_stat_t size;
+        if (zip_source_stat(target, &size) == 0 && (size.valid & ZIP_STAT_SIZE) != 0) {
+            bytes.resize(size.size);
+            if (zip_source_read(target, bytes.data(), size.size) != static_cast<zip_int64_t>(size.size))
+                bytes.clear();
+        }
+        zip_source_close(target);
+    }
+    if (archive == nullptr)
+        zip_source_free(target);
+    zip_source_free(target);
+    zip_error_fini(&error);
+    return bytes;
+}
+
 } // namespace VX3

@@ -1,5 +1,5 @@
-// Takes one file out of a zip archive in memory: cameras publish their descriptions so. Pure functions over
-// foreign bytes, for every platform layer.
+// Takes one file out of a zip archive in memory, or makes one: cameras publish their descriptions so. Pure
+// functions over foreign bytes, for every platform layer.
 #pragma once
 
 #include <cstddef>
@@ -26,5 +26,8 @@ bool IsZipArchive(std::string_view bytes);
 // is none or more than one, when it is damaged, encrypted or larger than the limits.
 [[nodiscard]] ZipContent UnzipOnly(std::string_view bytes, std::string_view extension,
                                    const ZipLimits& limits = {});
+
+// An archive with this one file; empty where there is no memory for it.
+[[nodiscard]] std::string ZipOne(const std::string& name, std::string_view content);
 
 } // namespace VX3

@@ -63,16 +63,16 @@ BlockSource::BlockSource(const StreamScript& script, const Gvsp::ImageShape& ima
     }
 }
 
-SentBlock BlockSource::Next(std::uint64_t blockId, std::uint64_t now) {
+bool BlockSource::Next(std::uint64_t blockId, std::uint64_t now, SentBlock& sent) {
     current_ = next_;
     next_ = (next_ + 1) % blocks_.size();
-    SentBlock sent;
     sent.maker = blocks_[current_].Maker();
+    sent.stamp = {};
     sent.stamp.blockId = blockId;
     sent.stamp.timeStamp = sent.maker->OwnTimeStamp() != 0 ? sent.maker->OwnTimeStamp() : now;
     if (patternBytes_ != 0 && moving_)
         sent.stamp.pixels = PixelPattern::Of(blockId, patternBytes_);
-    return sent;
+    return true;
 }
 
 } // namespace Simulated

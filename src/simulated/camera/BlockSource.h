@@ -1,8 +1,7 @@
-// What a channel sends, block after block: the blocks a script gives, or pictures of the camera's own. Used
-// by one sending thread.
+// The blocks a script gives, or pictures of the camera's own, over and over.
 #pragma once
 
-#include "simulated/camera/PreparedBlock.h"
+#include "simulated/camera/IBlockSource.h"
 
 #include <memory>
 #include <vector>
@@ -10,13 +9,7 @@
 namespace VX3 {
 namespace Simulated {
 
-// A block as it was sent: enough to send any of its packets again.
-struct SentBlock {
-    BlockStamp stamp;
-    std::shared_ptr<const PacketMaker> maker;
-};
-
-class BlockSource {
+class BlockSource final : public IBlockSource {
 public:
     // `image`: the camera's own pictures.
     BlockSource(const StreamScript& script, const Gvsp::ImageShape& image, const PacketForm& form);
@@ -24,12 +17,9 @@ public:
     // Null when such a stream can be sent; otherwise why not.
     static const char* Objection(const StreamScript& script, const Gvsp::ImageShape& image);
 
-    // True when block and packet ids are the long ones.
-    bool ExtendedIds() const { return form_.extendedIds; }
-    // The next block, under the id it gets.
-    SentBlock Next(std::uint64_t blockId, std::uint64_t now);
-    // A packet of the block that Next gave last.
-    OutPacket Packet(std::uint32_t packetId, const BlockStamp& stamp) {
+    bool ExtendedIds() const override { return form_.extendedIds; }
+    bool Next(std::uint64_t blockId, std::uint64_t now, SentBlock& sent) override;
+    OutPacket Packet(std::uint32_t packetId, const BlockStamp& stamp) override {
         return blocks_[current_].Packet(packetId, stamp);
     }
 

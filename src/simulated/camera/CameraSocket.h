@@ -21,8 +21,11 @@ public:
     void Close() { fd_.Reset(); }
     std::uint16_t Port() const { return port_; }
     int Descriptor() const { return fd_.Get(); }
-    // A datagram that the system refuses is a lost one.
-    void Send(WireBytes bytes, const NET_ENDPOINT& to) const;
+    // Datagrams that would have to be cut on their way are not sent at all.
+    void ForbidFragments(bool forbid) const;
+    // A datagram that the system refuses is a lost one. `from`: the address of ours it carries, of a socket
+    // that is bound to all; 0: the system's choice.
+    void Send(WireBytes bytes, const NET_ENDPOINT& to, std::uint32_t from = 0) const;
     // The next datagram that is there already, cut to the room; 0 when there is none.
     std::size_t Receive(WireRoom room, NET_ENDPOINT& from) const;
 

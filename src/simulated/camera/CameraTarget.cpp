@@ -33,7 +33,7 @@ std::uint16_t CameraTarget::Write(std::uint64_t address, WireBytes bytes) {
     return AckStatus::Success;
 }
 
-void CameraTarget::ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) {
+std::uint16_t CameraTarget::ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) {
     (void)registers_.SetValue(Bootstrap::ControlChannelPrivilege, privilege);
     if (tellsPrimary_) {
         (void)registers_.SetValue(Bootstrap::PrimaryApplicationIp, holder.ip);
@@ -41,6 +41,7 @@ void CameraTarget::ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& h
     }
     if (privilege == Bootstrap::ReleaseControl)
         streams_.StopAll();
+    return AckStatus::Success;
 }
 
 void CameraTarget::ForceIp(const Gvcp::ForceIpRequest& request) {

@@ -16,6 +16,16 @@ std::uint16_t ControlPrivilege::Request(const NET_ENDPOINT& sender, std::uint32_
     return Gvcp::AckStatus::Success;
 }
 
+bool ControlPrivilege::IsHeld() const {
+    MutexLock lock(mutex_);
+    return controller_.port != 0;
+}
+
+bool ControlPrivilege::IsHeldBy(const NET_ENDPOINT& sender) const {
+    MutexLock lock(mutex_);
+    return Holds(sender);
+}
+
 void ControlPrivilege::Heard(const NET_ENDPOINT& sender, TimePoint now) {
     MutexLock lock(mutex_);
     if (Holds(sender))

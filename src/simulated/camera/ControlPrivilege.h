@@ -20,6 +20,8 @@ public:
 
     // A write of the control channel privilege register: GigE Vision status.
     std::uint16_t Request(const NET_ENDPOINT& sender, std::uint32_t value, TimePoint now);
+    bool IsHeld() const;
+    bool IsHeldBy(const NET_ENDPOINT& sender) const;
     // Any command of a host keeps its control alive.
     void Heard(const NET_ENDPOINT& sender, TimePoint now);
     bool MayWrite(const NET_ENDPOINT& sender) const;

@@ -3,6 +3,8 @@
 #include "gev/protocol/Bootstrap.h"
 #include "gev/protocol/DiscoveryInfo.h"
 
+#include <algorithm>
+
 namespace VX3 {
 namespace Simulated {
 
@@ -51,7 +53,7 @@ std::size_t GvcpAnswers::Carry(const CommandPacket& command, const NET_ENDPOINT&
                                WireRoom room) {
     switch (command.header.command) {
     case Command::Discovery:
-        return Discovery(command, room);
+        return Discovery(command, sender, room);
     case Command::ForceIp:
         return ForceIp(command, room);
     case Command::ReadReg:
@@ -73,12 +75,12 @@ std::size_t GvcpAnswers::Carry(const CommandPacket& command, const NET_ENDPOINT&
 }
 
 // The acknowledgement is the first bootstrap registers as they stand.
-std::size_t GvcpAnswers::Discovery(const CommandPacket& command, WireRoom room) {
+std::size_t GvcpAnswers::Discovery(const CommandPacket& command, const NET_ENDPOINT& sender, WireRoom room) {
     constexpr std::size_t Payload = Gvcp::DiscoveryAckSize - Gvcp::HeaderSize;
     const std::size_t header = Gvcp::EncodeAckHeader(
         room, {AckStatus::Success, Gvcp::Ack::Discovery, Payload, command.header.reqId});
     const bool fits = header != 0 && room.size >= header + Payload;
-    if (!fits || target_.Read(Bootstrap::Version, {room.data + header, Payload}) != AckStatus::Success)
+    if (!fits || target_.Identify(sender, {room.data + header, Payload}) != AckStatus::Success)
         return 0;
     return header + Payload;
 }
@@ -93,22 +95,20 @@ std::size_t GvcpAnswers::ForceIp(const CommandPacket& command, WireRoom room) {
 }
 
 std::uint32_t GvcpAnswers::Value(std::uint32_t address) {
-    std::uint8_t bytes[4];
-    return target_.Read(address, {bytes, sizeof(bytes)}) == AckStatus::Success
-               ? Wire::Load<std::uint32_t>(bytes)
-               : 0;
+    std::uint32_t value = 0;
+    return target_.ReadRegister(address, value) == AckStatus::Success ? value : 0;
 }
 
 std::size_t GvcpAnswers::ReadReg(const CommandPacket& command, WireRoom room) {
     std::uint32_t address = 0;
-    std::uint8_t bytes[4];
+    std::uint32_t value = 0;
     if (command.payload.size != ReadRegSize || !Gvcp::DecodeReadReg(command.payload, address))
         return Bare(command, AckStatus::InvalidParameter, room);
     if (address % 4 != 0)
         return Bare(command, AckStatus::BadAlignment, room);
-    if (const std::uint16_t status = target_.Read(address, {bytes, sizeof(bytes)}))
+    if (const std::uint16_t status = target_.ReadRegister(address, value))
         return Bare(command, status, room);
-    return Gvcp::EncodeReadRegAck(room, command.header.reqId, Wire::Load<std::uint32_t>(bytes));
+    return Gvcp::EncodeReadRegAck(room, command.header.reqId, value);
 }
 
 std::size_t GvcpAnswers::WriteReg(const CommandPacket& command, const NET_ENDPOINT& sender, TimePoint now,
@@ -117,8 +117,6 @@ std::size_t GvcpAnswers::WriteReg(const CommandPacket& command, const NET_ENDPOI
     std::uint32_t value = 0;
     if (command.payload.size != WriteRegSize || !Gvcp::DecodeWriteReg(command.payload, address, value))
         return Bare(command, AckStatus::InvalidParameter, room);
-    std::uint8_t bytes[4];
-    Wire::Store(bytes, value);
     std::uint16_t status = AckStatus::Success;
     if (address == Bootstrap::ControlChannelPrivilege)
         status = WriteControl(sender, value, now);
@@ -127,15 +125,21 @@ std::size_t GvcpAnswers::WriteReg(const CommandPacket& command, const NET_ENDPOI
     else if (address % 4 != 0)
         status = AckStatus::BadAlignment;
     else
-        status = target_.Write(address, {bytes, sizeof(bytes)});
-    return status != AckStatus::Success ? Bare(command, status, room)
-                                        : Gvcp::EncodeWriteRegAck(room, command.header.reqId, 1);
+        status = target_.WriteRegister(address, value);
+    // The acknowledgement carries its index whatever became of the write.
+    const std::size_t size = Gvcp::EncodeWriteRegAck(room, command.header.reqId, 1);
+    if (size != 0)
+        Wire::Store(room.data, status);
+    return size;
 }
 
 std::uint16_t GvcpAnswers::WriteControl(const NET_ENDPOINT& sender, std::uint32_t value, TimePoint now) {
-    const std::uint16_t status = control_.Request(sender, value, now);
-    if (status == AckStatus::Success)
-        target_.ControlChanged(value, value != 0 ? sender : NET_ENDPOINT{});
+    std::uint16_t status = control_.Request(sender, value, now);
+    if (status != AckStatus::Success)
+        return status;
+    status = target_.ControlChanged(value, value != 0 ? sender : NET_ENDPOINT{});
+    if (status != AckStatus::Success)
+        control_.Reset();
     return status;
 }
 
@@ -145,8 +149,10 @@ std::size_t GvcpAnswers::ReadMem(const CommandPacket& command, bool extended, Wi
         return Bare(command, AckStatus::InvalidParameter, room);
     std::array<std::uint8_t, MostMemory> bytes;
     const std::size_t padded = Gvcp::RoundUp4(request.count);
-    if (const std::uint16_t status = target_.Read(request.address, {bytes.data(), padded}))
+    if (const std::uint16_t status = target_.Read(request.address, {bytes.data(), request.count}))
         return Bare(command, status, room);
+    std::fill(bytes.begin() + request.count, bytes.begin() + static_cast<std::ptrdiff_t>(padded),
+              std::uint8_t{0});
     return Gvcp::EncodeReadMemAck(room, extended, command.header.reqId,
                                   {request.address, {bytes.data(), padded}});
 }
@@ -166,7 +172,7 @@ std::size_t GvcpAnswers::WriteMem(const CommandPacket& command, bool extended, c
 
 void GvcpAnswers::CheckHeartbeat(TimePoint now) {
     if (control_.Expire(now, std::chrono::milliseconds(Value(Bootstrap::HeartbeatTimeout))))
-        target_.ControlChanged(Bootstrap::ReleaseControl, {});
+        (void)target_.ControlChanged(Bootstrap::ReleaseControl, {}); // letting go is never refused
 }
 
 } // namespace Simulated

@@ -30,7 +30,7 @@ public:
 private:
     std::size_t Carry(const Gvcp::CommandPacket& command, const NET_ENDPOINT& sender, TimePoint now,
                       WireRoom room);
-    std::size_t Discovery(const Gvcp::CommandPacket& command, WireRoom room);
+    std::size_t Discovery(const Gvcp::CommandPacket& command, const NET_ENDPOINT& sender, WireRoom room);
     std::size_t ForceIp(const Gvcp::CommandPacket& command, WireRoom room);
     std::size_t ReadReg(const Gvcp::CommandPacket& command, WireRoom room);
     std::size_t WriteReg(const Gvcp::CommandPacket& command, const NET_ENDPOINT& sender, TimePoint now,

@@ -10,9 +10,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t LargestCommand = 2048; // longer ones are cut, and refused for their length
 constexpr int IdleMs = 10;
 constexpr int BusyMs = 1;
+// Of every batch of commands, what those who do not control may take while somebody does: the rest of theirs
+// is dropped, as a network drops, so that neither floods nor slow registers keep the controller waiting.
+constexpr std::chrono::milliseconds OthersShare(20);
 
 } // namespace
 
@@ -39,19 +41,20 @@ void GvcpServer::Stop() {
     if (thread_.joinable())
         thread_.join();
     socket_.Close();
+    second_.Close();
     elsewhere_.Close();
 }
 
 void GvcpServer::Serve() {
-    std::array<std::uint8_t, LargestCommand> buffer;
-    NET_ENDPOINT sender;
     bool again = false;
     while (!stop_.Raised()) {
-        pollfd poller{socket_.Descriptor(), POLLIN, 0};
-        if (::poll(&poller, 1, again ? BusyMs : IdleMs) > 0) {
-            const std::size_t size = socket_.Receive({buffer.data(), buffer.size()}, sender);
-            if (size != 0 && !silent_)
-                Handle({buffer.data(), size}, sender);
+        // A second socket that is not open has no descriptor, and is passed over.
+        std::array<pollfd, 2> pollers{{{socket_.Descriptor(), POLLIN, 0}, {second_.Descriptor(), POLLIN, 0}}};
+        if (::poll(pollers.data(), pollers.size(), again ? BusyMs : IdleMs) > 0) {
+            if (pollers[0].revents != 0)
+                ServeBatch(socket_);
+            if (pollers[1].revents != 0)
+                ServeBatch(second_);
         }
         const auto now = Clock::now();
         answers_.CheckHeartbeat(now);
@@ -59,11 +62,29 @@ void GvcpServer::Serve() {
     }
 }
 
-void GvcpServer::Handle(WireBytes datagram, const NET_ENDPOINT& sender) {
-    Gvcp::CommandPacket command;
-    if (!Gvcp::DecodeCommand(datagram, command))
+// The controller's commands first.
+void GvcpServer::ServeBatch(const CameraSocket& socket) {
+    std::array<bool, CommandInbox::MostDatagrams> isOthers{};
+    const std::size_t count = inbox_.Fill(socket);
+    if (silent_)
         return;
-    const SeenCommand seen = Describe(command, datagram.size);
+    for (std::size_t i = 0; i < count; ++i) {
+        isOthers[i] = !control_.IsHeldBy(inbox_.At(i).from);
+        if (!isOthers[i])
+            Handle(socket, inbox_.At(i));
+    }
+    const auto end = Clock::now() + OthersShare;
+    for (std::size_t i = 0; i < count && !stop_.Raised(); ++i)
+        if (isOthers[i] && (!control_.IsHeld() || Clock::now() < end))
+            Handle(socket, inbox_.At(i));
+}
+
+void GvcpServer::Handle(const CameraSocket& socket, const CommandInbox::Arrived& arrived) {
+    const NET_ENDPOINT& sender = arrived.from;
+    Gvcp::CommandPacket command;
+    if (!Gvcp::DecodeCommand(arrived.bytes, command))
+        return;
+    const SeenCommand seen = Describe(command, arrived.bytes.size);
     log_.Add(seen);
     const std::optional<AckRule> rule =
         command.header.command == Gvcp::Command::PacketResend ? std::nullopt : faults_.Take(seen);
@@ -75,17 +96,17 @@ void GvcpServer::Handle(WireBytes datagram, const NET_ENDPOINT& sender) {
     if (size == 0)
         return;
     if (rule)
-        Send(AckFaults::Steps(*rule, {ack.data(), size}), sender);
+        Send(socket, AckFaults::Steps(*rule, {ack.data(), size}), sender);
     else
-        socket_.Send({ack.data(), size}, sender);
+        socket.Send({ack.data(), size}, sender, arrived.to);
 }
 
-void GvcpServer::Send(const std::vector<AckStep>& steps, const NET_ENDPOINT& to) {
+void GvcpServer::Send(const CameraSocket& socket, const std::vector<AckStep>& steps, const NET_ENDPOINT& to) {
     for (const AckStep& step : steps) {
         const WireBytes bytes{step.bytes.data(), step.bytes.size()};
         switch (step.kind) {
         case AckStep::Kind::Send:
-            socket_.Send(bytes, to);
+            socket.Send(bytes, to);
             break;
         case AckStep::Kind::SendFromElsewhere:
             elsewhere_.Send(bytes, to);

@@ -3,6 +3,7 @@
 
 #include "simulated/camera/AckFaults.h"
 #include "simulated/camera/CameraSocket.h"
+#include "simulated/camera/CommandInbox.h"
 #include "simulated/camera/CommandLog.h"
 #include "simulated/camera/GvcpAnswers.h"
 #include "simulated/camera/StopSignal.h"
@@ -22,6 +23,8 @@ public:
 
     // ip 0: every address; port 0: chosen by the system. False when they are not to be had.
     [[nodiscard]] bool Bind(std::uint32_t ip, std::uint16_t port);
+    // Serves that port as well.
+    [[nodiscard]] bool BindToo(std::uint32_t ip, std::uint16_t port) { return second_.Bind(ip, port); }
     std::uint16_t Port() const { return socket_.Port(); }
     void Start();
     // Closes the socket too.
@@ -35,15 +38,18 @@ public:
 
 private:
     void Serve();
-    void Handle(WireBytes datagram, const NET_ENDPOINT& sender);
-    void Send(const std::vector<AckStep>& steps, const NET_ENDPOINT& to);
+    void ServeBatch(const CameraSocket& socket);
+    void Handle(const CameraSocket& socket, const CommandInbox::Arrived& arrived);
+    void Send(const CameraSocket& socket, const std::vector<AckStep>& steps, const NET_ENDPOINT& to);
 
     IGvcpTarget& target_;
     ControlPrivilege control_;
     GvcpAnswers answers_;
     AckFaults faults_;
     CommandLog log_;
+    CommandInbox inbox_;
     CameraSocket socket_;
+    CameraSocket second_;
     CameraSocket elsewhere_;
     StopSignal stop_;
     std::atomic<bool> silent_{false};

@@ -25,6 +25,7 @@ void Resender::Begin(const NET_ENDPOINT& destination, const StreamScript& script
     destination_ = destination;
     faults_ = script;
     segmentation_ = script.segmentation;
+    rememberRequests_ = script.rememberRequests;
     omitTrailer_ = script.omitTrailer;
     extendedIds_ = extendedIds;
     memory_ = script.resendMemory;
@@ -95,7 +96,7 @@ void Resender::Serve(const Gvcp::ResendRequest& request) {
 
 void Resender::Note(std::uint64_t blockId, std::uint32_t packetId) {
     ++counts_.packetsRequested;
-    if (requests_.size() < MostNoted)
+    if (rememberRequests_ && requests_.size() < MostNoted)
         ++requests_[{blockId, packetId}];
 }
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "gev/protocol/Gvcp.h"
-#include "simulated/camera/BlockSource.h"
+#include "simulated/camera/IBlockSource.h"
 #include "vx3/core/Mutex.h"
 #include "vx3/gev/NetParam.h"
 
@@ -55,6 +55,7 @@ private:
     NET_ENDPOINT destination_ VX3_GUARDED_BY(mutex_);
     StreamFaults faults_ VX3_GUARDED_BY(mutex_);
     bool segmentation_ VX3_GUARDED_BY(mutex_) = true;
+    bool rememberRequests_ VX3_GUARDED_BY(mutex_) = true;
     bool omitTrailer_ VX3_GUARDED_BY(mutex_) = false;
     bool extendedIds_ VX3_GUARDED_BY(mutex_) = false;
     std::size_t memory_ VX3_GUARDED_BY(mutex_) = 0;

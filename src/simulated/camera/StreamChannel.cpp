@@ -1,6 +1,7 @@
 #include "simulated/camera/StreamChannel.h"
 
 #include "gev/protocol/Gvsp.h"
+#include "simulated/camera/BlockSource.h"
 #include "simulated/camera/FaultyLine.h"
 
 #include <algorithm>
@@ -31,9 +32,9 @@ Clock::duration Period(double framesPerSecond) {
 
 } // namespace
 
-std::unique_ptr<StreamChannel> StreamChannel::Open(std::uint32_t sourceIp) {
+std::unique_ptr<StreamChannel> StreamChannel::Open(std::uint32_t sourceIp, std::uint16_t sourcePort) {
     CameraSocket socket;
-    if (!socket.Bind(sourceIp, 0))
+    if (!socket.Bind(sourceIp, sourcePort))
         return nullptr;
     return std::unique_ptr<StreamChannel>(new StreamChannel(std::move(socket)));
 }
@@ -48,9 +49,13 @@ StreamChannel::~StreamChannel() {
 const char* StreamChannel::Start(const StreamSetting& setting, const StreamScript& script) {
     if (const char* objection = BlockSource::Objection(script, setting.image))
         return objection;
+    return Start(setting, script, std::make_shared<BlockSource>(script, setting.image, setting.form));
+}
+
+const char* StreamChannel::Start(const StreamSetting& setting, const StreamScript& script,
+                                 std::shared_ptr<IBlockSource> source) {
     MutexLock control(control_);
     StopThread();
-    auto source = std::make_shared<BlockSource>(script, setting.image, setting.form);
     if (!socket_.Connect(setting.destination))
         return "no way to the destination";
     resender_.Begin(setting.destination, script, source->ExtendedIds());
@@ -83,7 +88,7 @@ bool StreamChannel::WaitDone(std::chrono::milliseconds timeout) {
     return !running_;
 }
 
-void StreamChannel::Run(const StreamSetting& setting, const StreamScript& script, BlockSource& source) {
+void StreamChannel::Run(const StreamSetting& setting, const StreamScript& script, IBlockSource& source) {
     (void)::prctl(PR_SET_TIMERSLACK, 1000UL, 0UL, 0UL, 0UL); // sleeps that are microseconds true
     Pacer pacer({script.bytesPerSecond, setting.packetDelay, script.busyPacing}, stop_);
     PacketTrain train(socket_.Descriptor(), script.segmentation, &pacer);
@@ -102,7 +107,9 @@ void StreamChannel::Run(const StreamSetting& setting, const StreamScript& script
         if (script.framesPerSecond > 0)
             stop_.SleepUntil(due);
         due += Period(script.framesPerSecond);
-        const SentBlock block = source.Next(blockId, Nanoseconds(Clock::now()));
+        SentBlock block;
+        if (!source.Next(blockId, Nanoseconds(Clock::now()), block))
+            continue; // nothing to send yet
         resender_.Hold(block);
         const BlockLayout& layout = block.maker->Layout();
         const std::uint32_t end = layout.TrailerId() + (script.omitTrailer ? 0 : 1);
@@ -142,11 +149,14 @@ StreamCounts StreamChannel::Counts() const {
     return counts;
 }
 
-void StreamChannel::SendTestPacket(const NET_ENDPOINT& destination, std::uint32_t packetSize) const {
+void StreamChannel::SendTestPacket(const NET_ENDPOINT& destination, std::uint32_t packetSize,
+                                   bool whole) const {
     if (packetSize <= Gvsp::IpUdpOverhead || packetSize > MostTestPacket || destination.port == 0)
         return;
     const std::vector<std::uint8_t> zeros(packetSize - Gvsp::IpUdpOverhead);
+    socket_.ForbidFragments(whole);
     socket_.Send({zeros.data(), zeros.size()}, destination);
+    socket_.ForbidFragments(false);
 }
 
 std::size_t StreamChannel::TakeNewestDatagram() const {

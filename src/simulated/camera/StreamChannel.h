@@ -24,12 +24,15 @@ struct StreamSetting {
 // Safe to use from any thread.
 class StreamChannel {
 public:
-    // Null when the socket is not to be had. sourceIp 0: whatever the system chooses.
-    static std::unique_ptr<StreamChannel> Open(std::uint32_t sourceIp);
+    // Null when the socket is not to be had. sourceIp 0, sourcePort 0: whatever the system chooses.
+    static std::unique_ptr<StreamChannel> Open(std::uint32_t sourceIp, std::uint16_t sourcePort = 0);
     ~StreamChannel();
 
     // Null, or why such a stream cannot be sent. A running one is stopped first; counts start again at zero.
     const char* Start(const StreamSetting& setting, const StreamScript& script);
+    // The same with blocks from elsewhere; the script's blocks and the setting's image then mean nothing.
+    const char* Start(const StreamSetting& setting, const StreamScript& script,
+                      std::shared_ptr<IBlockSource> source);
     void Stop();
     bool WaitDone(std::chrono::milliseconds timeout);
     void Resend(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, Resender::TimePoint now) {
@@ -44,15 +47,15 @@ public:
     std::uint16_t SourcePort() const { return socket_.Port(); }
     StreamCounts Counts() const;
     std::map<PacketAddress, unsigned> ResendRequests() const { return resender_.Requests(); }
-    // One datagram of zeros as long as the packet size says.
-    void SendTestPacket(const NET_ENDPOINT& destination, std::uint32_t packetSize) const;
+    // One datagram of zeros as long as the packet size says. `whole`: it is lost rather than cut.
+    void SendTestPacket(const NET_ENDPOINT& destination, std::uint32_t packetSize, bool whole = false) const;
     // Takes what hosts sent here; the newest one's size, 0 when there was none.
     std::size_t TakeNewestDatagram() const;
 
 private:
     explicit StreamChannel(CameraSocket socket);
     void StopThread() VX3_REQUIRES(control_);
-    void Run(const StreamSetting& setting, const StreamScript& script, BlockSource& source);
+    void Run(const StreamSetting& setting, const StreamScript& script, IBlockSource& source);
     void Publish(StreamCounts counts) VX3_EXCLUDES(mutex_);
 
     CameraSocket socket_;
