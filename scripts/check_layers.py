@@ -47,8 +47,10 @@ ROOMS = {
     "gev/receive": "core image device wire gev/params gev/protocol gev/net gev/control gev/stream <system>",
     "gev": "core image genicam device wire gev/params gev/protocol gev/net gev/control gev/stream gev/receive <system>",
     "simulated/camera": "core wire gev/params gev/protocol gev/net <system>",
+    "simulated/publish": "core image genicam device wire platform/archive gev/params gev/protocol gev/net"
+                         " simulated/camera <pugixml.hpp> <system>",
     "simulated": "core image genicam device wire gev/params gev/protocol gev/net simulated/camera <opencv2> <system>",
-    "remote": "core image genicam device wire gev/params gev/protocol gev/net gev <system>",
+    "remote": "core image genicam device wire gev/params gev/protocol gev/net gev/control gev/receive gev <system>",
     "gentl": "core image genicam device platform/gentl platform/archive <system>",
     "cameralink": "core image genicam device wire platform/clprotocol platform/archive <system>",
     "grabber": "core image genicam device <system>",
@@ -79,6 +81,7 @@ HOMES = {
     "include/vx3/simulated/Camera.h": "simulated/camera",
     "include/vx3/simulated/CameraConfig.h": "simulated/camera",
     "include/vx3/simulated/CameraScript.h": "simulated/camera",
+    "include/vx3/simulated/Publish.h": "simulated/publish",
 }
 # Targets of others that the build links, by the headers that come with them.
 LIBRARIES = {"PkgConfig::libhwy": "hwy", "PkgConfig::pugixml": "pugixml.hpp", "PkgConfig::libzip": "zip.h",

@@ -18,6 +18,8 @@ constexpr const char* ForceNoFilter = "ForceNoFilter";
 constexpr const char* CreateRemoteDevice = "CreateRemoteDevice";
 constexpr const char* RemoteStreamXml = "RemoteStreamXml";
 constexpr const char* GenTLEnvironmentPath = "GenTLEnvironmentPath";
+constexpr const char* SimuBandwidthLimit = "SimuBandwidthLimit"; // bit/s of a published camera's stream
+constexpr const char* SimuResendFrames = "SimuResendFrames";     // how many of its frames can be sent again
 } // namespace ConfigKeys
 
 // The value of `key` in the default configuration, or the type's zero (a boolean's preset) when it is absent

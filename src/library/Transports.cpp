@@ -4,6 +4,7 @@
 #include "gentl/MiscDeviceManager.h"
 #include "gev/GevManager.h"
 #include "grabber/KdManager.h"
+#include "remote/RemoteDeviceManager.h"
 #include "simulated/VirtualManager.h"
 
 namespace VX3 {
@@ -24,6 +25,7 @@ const TransportTable& Transports() {
         {IntfDevType::Grabber, "ManagerAll KD", Make<KdManager>},
         {IntfDevType::GenCP, "ManagerAll GenCP", Make<GenCpManager>},
         {IntfDevType::Misc, "ManagerAll Misc", Make<MiscDeviceManager>},
+        {IntfDevType::Remote, "ManagerAll Remote", Make<RemoteDeviceManager>},
     };
     return table;
 }

@@ -1,0 +1,70 @@
+#include "simulated/publish/PushedBlocks.h"
+
+#include "vx3/core/Logger.h"
+
+#include <exception>
+#include <utility>
+
+namespace VX3 {
+
+namespace {
+
+using Simulated::Block;
+
+constexpr std::chrono::milliseconds LongestWait{200};
+
+std::uint64_t TimeStampOf(const ImageInfo& info) {
+    return std::uint64_t{info.timestampHigh} << 32 | info.timestampLow;
+}
+
+Block BlockOf(const std::shared_ptr<IImage>& image) {
+    const ImageInfo& info = *image->GetImageInfo();
+    Block block;
+    const bool plain = info.pixelFormat == RawBlock;
+    block.info.payloadType = plain ? Gvsp::PayloadType::RawData : Gvsp::PayloadType::Image;
+    if (plain && Gvsp::PayloadType::Base(info.imageType) == Gvsp::PayloadType::Jpeg)
+        block.info.payloadType = Gvsp::PayloadType::Jpeg;
+    block.info.timeStamp = TimeStampOf(info);
+    block.info.image = {info.pixelFormat, info.width,    info.height,  info.offsetX,
+                        info.offsetY,     info.paddingX, info.paddingY};
+    block.data.push_back({std::shared_ptr<const std::uint8_t>(image, std::as_const(*image).GetImageBuff()),
+                          info.ImageDataSize()});
+    return block;
+}
+
+} // namespace
+
+const char* PushedBlocks::Objection(const IImage& image) {
+    const ImageInfo* const info = image.GetImageInfo();
+    if (image.IsNull() || info == nullptr || image.GetImageBuff() == nullptr || !info->SizesFit() ||
+        info->ImageDataSize() == 0)
+        return "it has no pixels";
+    return nullptr;
+}
+
+StatusCode PushedBlocks::Push(std::shared_ptr<IImage> image) {
+    return waiting_.Push(std::move(image)) ? Status::Ok : Status::QueueFull;
+}
+
+void PushedBlocks::Close() {
+    closed_ = true;
+    waiting_.Wake();
+}
+
+bool PushedBlocks::Next(std::uint64_t blockId, std::uint64_t now, Simulated::SentBlock& sent) {
+    std::shared_ptr<IImage> image;
+    if (!waiting_.Pop(image, LongestWait, [this] { return closed_.load(); }) || closed_)
+        return false;
+    try {
+        auto maker = std::make_shared<const Simulated::PacketMaker>(BlockOf(image), form_);
+        sent.stamp = {blockId, maker->OwnTimeStamp() != 0 ? maker->OwnTimeStamp() : now, nullptr};
+        sent.maker = maker;
+        current_.emplace(std::move(maker), false);
+        return true;
+    } catch (const std::exception& error) { // no memory: this image is not sent
+        VxLoggerLog(LogLevel::Error, "SDK", "an image of a published camera is not sent: %s", error.what());
+        return false;
+    }
+}
+
+} // namespace VX3
