@@ -54,14 +54,16 @@ ROOMS = {
     "gentl": "core image genicam device platform/gentl platform/archive <system>",
     "cameralink": "core image genicam device wire platform/clprotocol platform/archive <system>",
     "grabber": "core image genicam device <system>",
-    "library": "core image genicam device gev simulated remote gentl cameralink grabber <system>",
-    "capi": "core image genicam device library processing <system>",
+    "library": "core image genicam device gev simulated simulated/publish remote gentl cameralink grabber <system>",
+    "capi": "core image genicam device simulated/publish library processing <system>",
     # Programs compile against the installed headers only.
     "tools/vx3/base": "installed <CLI> <nlohmann> <system>",
     "tools/vx3/features": "installed tools/vx3/base <nlohmann>",
     "tools/vx3/search": "installed tools/vx3/base",
     "tools/vx3/grab": "installed tools/vx3/base <opencv2> <system>",
+    "tools/vx3/serve": "installed tools/vx3/base tools/vx3/features <system>",
     "tools/vx3/commands": "installed tools/vx3/base tools/vx3/features tools/vx3/search tools/vx3/grab"
+                          " tools/vx3/serve"
                           " <nlohmann> <system>",
     "tools/vx3": "installed tools/vx3/base tools/vx3/commands <CLI>",
     "tools/web/**": "installed <CLI> <nlohmann> <system>",

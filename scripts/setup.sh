@@ -5,7 +5,7 @@ set -euo pipefail
 
 build=(g++ cmake ninja-build pkg-config ccache git ca-certificates
     libopencv-dev liblog4cpp5-dev libpugixml-dev libzip-dev libhwy-dev libcli11-dev nlohmann-json3-dev)
-test=(libgtest-dev libbenchmark-dev aravis-tools tshark iproute2 nftables util-linux python3
+test=(libgtest-dev libbenchmark-dev aravis-tools aravis-tools-cli gir1.2-aravis-0.8 python3-gi tshark iproute2 nftables util-linux python3
     clang clang-format clang-tidy lld locales)
 # libFuzzer and the sanitizers' runtimes: a package of their own on Debian, part of clang's elsewhere.
 runtime() {

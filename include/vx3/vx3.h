@@ -345,6 +345,19 @@ VX3_C_API int Image_GetFrameInformation(Image* image, FrameInformation* informat
 VX3_C_API int Image_ConvertToBuffer(Image* image, uint32_t pixelFormat, unsigned char* buf, size_t size,
                                     size_t* length);
 
+/* ---- Cameras for other hosts --------------------------------------------------------------------------- */
+
+/*
+ * Makes a camera of this program one for other hosts: it answers as a GigE Vision camera on UDP port `port`
+ * (0: the first free one of 56000, 56002, 56004, 56006, where remote devices are looked for), and on 3956 too
+ * if wanted, where ordinary programs look. This program goes on using it. 0x80000006: a camera that cannot be
+ * shared; 0x80000024: published already; 0x80000003: four are; 0x80000025: the port is taken.
+ */
+VX3_C_API int SubDevice_Publish(SubDevice* camera, unsigned int port, bool standardPort);
+/* Other hosts lose the camera, this program does not. 0x80000004: it was not published, here and below. */
+VX3_C_API int SubDevice_Withdraw(SubDevice* camera);
+VX3_C_API int SubDevice_GetPublishState(SubDevice* camera, PublishedCamera* state);
+
 /* ---- Enumerations by the names of their entries -------------------------------------------------------- */
 
 /* How many entries can be chosen at present; -1 when the feature is absent or no enumeration, here and below.

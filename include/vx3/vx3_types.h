@@ -102,6 +102,22 @@ typedef struct StreamStatistics {
     uint64_t reserved;
 } StreamStatistics;
 
+/* What SubDevice_GetPublishState tells of a camera that is one for other hosts. Addresses in host order. */
+typedef struct PublishedCamera {
+    uint16_t port;              /* of its control channel */
+    uint16_t standardPort;      /* 1: port 3956 too */
+    uint16_t cameraLost;        /* 1: gone, or no longer answering; hosts are told */
+    uint16_t streams;           /* that hosts have started */
+    uint32_t controllerIp;      /* who controls it; 0: nobody */
+    uint32_t controllerPort;    /* likewise */
+    uint64_t frames;            /* sent */
+    uint64_t bytes;             /* of their pixels */
+    uint64_t packetsResent;     /* asked for again, and sent */
+    uint64_t requestsNotServed; /* asked for too late */
+    uint64_t overLimit;         /* frames dropped by the bandwidth limit */
+    uint64_t overrun;           /* frames dropped because the network was slower */
+} PublishedCamera;
+
 /* One feature as GetNodes writes it; both texts are allocated by the library, FreeNodes frees them. */
 typedef struct NodeRecord {
     char* name;

@@ -38,6 +38,9 @@ struct PublishOptions {
     std::optional<std::uint64_t> bandwidthLimit;
     // Frames whose packets can be sent again. Empty: the configuration's key "SimuResendFrames", else 8.
     std::optional<std::size_t> resendFrames;
+    // Hand the kernel trains of packets, which it cuts (UDP_SEGMENT). Where the receiver sits on this machine
+    // and reads below UDP (a packet socket on a virtual link), it sees the trains uncut: say false then.
+    bool segmentation = true;
     Simulated::StreamFaults faults; // what goes wrong on its way out
 };
 

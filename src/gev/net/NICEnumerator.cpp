@@ -8,8 +8,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <ifaddrs.h>
+#include <linux/ethtool.h>
+#include <linux/sockios.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/ioctl.h>
@@ -188,9 +189,15 @@ bool NICEnumerator::IsOwnAddress(std::uint32_t address) {
 
 std::uint32_t NICEnumerator::LinkSpeed(std::uint32_t address) {
     const std::string name = GetNicNameByIp(address);
-    std::ifstream file("/sys/class/net/" + name + "/speed");
-    long speed = 0;
-    return !name.empty() && file >> speed && speed > 0 ? static_cast<std::uint32_t>(speed) : 0;
+    const UniqueFd fd = QuerySocket();
+    ethtool_cmd settings{};
+    settings.cmd = ETHTOOL_GSET;
+    ifreq request = RequestFor(name);
+    request.ifr_data = reinterpret_cast<char*>(&settings);
+    if (name.empty() || !fd || ::ioctl(fd.Get(), SIOCETHTOOL, &request) != 0)
+        return 0;
+    const std::uint32_t speed = ethtool_cmd_speed(&settings);
+    return speed != static_cast<std::uint32_t>(SPEED_UNKNOWN) ? speed : 0;
 }
 
 std::uint32_t NICEnumerator::PathMtu(std::uint32_t from, std::uint32_t to) {

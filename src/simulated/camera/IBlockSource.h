@@ -21,6 +21,8 @@ public:
     virtual bool ExtendedIds() const = 0;
     // The next block, under the id it gets. May wait a while for one; false when none came.
     virtual bool Next(std::uint64_t blockId, std::uint64_t now, SentBlock& sent) = 0;
+    // At which the block that Next gave last is to leave; 0: as the stream's script says.
+    virtual double BytesPerSecond() const { return 0; }
     // A packet of the block that Next gave last.
     virtual OutPacket Packet(std::uint32_t packetId, const BlockStamp& stamp) = 0;
 };

@@ -19,6 +19,8 @@ class Pacer {
 public:
     Pacer(const Pace& pace, StopSignal& stop);
 
+    // From the next packets on.
+    void SetRate(double bytesPerSecond) { pace_.bytesPerSecond = bytesPerSecond; }
     // Bytes and packets that may leave together without making the stream too bursty.
     std::size_t LargestTrain() const { return largestTrain_; }
     std::size_t MostPackets() const { return pace_.packetDelay.count() != 0 ? 1 : 64; }

@@ -110,6 +110,8 @@ void StreamChannel::Run(const StreamSetting& setting, const StreamScript& script
         SentBlock block;
         if (!source.Next(blockId, Nanoseconds(Clock::now()), block))
             continue; // nothing to send yet
+        if (const double rate = source.BytesPerSecond(); rate > 0)
+            pacer.SetRate(rate);
         resender_.Hold(block);
         const BlockLayout& layout = block.maker->Layout();
         const std::uint32_t end = layout.TrailerId() + (script.omitTrailer ? 0 : 1);

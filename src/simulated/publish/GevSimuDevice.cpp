@@ -19,8 +19,9 @@ using namespace Bootstrap;
 
 constexpr std::uint64_t UnknownLinkLimit = 104857600; // bit/s: what any link of today carries
 constexpr std::size_t DefaultResendFrames = 8;
-// A host that only tests packets writes the stream's port too, and its test follows at once.
-constexpr std::chrono::milliseconds TestGrace{50};
+// A stream runs as long as its port is set. It begins when acquisition is started, for which hosts get ready
+// only after they have set the port, or only test packets before; or after this time.
+constexpr std::chrono::milliseconds LongestWait{500};
 constexpr std::uint32_t UnknownSpeed = 1000;
 
 std::string Or(const std::string& text, const char* otherwise) {
@@ -249,7 +250,7 @@ StatusCode GevSimuDevice::ArmStream(unsigned channel) {
     }
     StopChannel(channel);
     channels_[channel].waits = true;
-    channels_[channel].due = std::chrono::steady_clock::now() + TestGrace;
+    channels_[channel].due = std::chrono::steady_clock::now() + LongestWait;
     return Status::Ok;
 }
 
@@ -266,6 +267,7 @@ GevSimuGvsp::Options GevSimuDevice::SenderOptions(std::uint32_t sourceIp) const 
     constexpr std::uint32_t LoopbackNet = 127;
     GevSimuGvsp::Options options;
     options.extendedIds = (registers_.Value(GvspConfiguration) & ExtendedIdsSelected) != 0;
+    options.segmentation = options_.segmentation;
     options.faults = options_.faults;
     const long long frames = ConfigInteger(ConfigKeys::SimuResendFrames);
     options.resendFrames =

@@ -17,6 +17,7 @@ Simulated::StreamScript ScriptOf(const GevSimuGvsp::Options& options) {
         script.resendNotHeldStatus = Gvcp::AckStatus::PacketUnavailable;
     script.extendedIds = options.extendedIds;
     script.resendMemory = options.resendFrames;
+    script.segmentation = options.segmentation;
     script.rememberRequests = false;
     return script;
 }

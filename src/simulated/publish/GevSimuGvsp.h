@@ -24,6 +24,7 @@ public:
         std::chrono::nanoseconds packetDelay{0};
         std::uint64_t bandwidthLimit = 0; // bit/s; 0: none
         std::size_t resendFrames = 8;
+        bool segmentation = true;
         Simulated::StreamFaults faults;
     };
     struct Counts {

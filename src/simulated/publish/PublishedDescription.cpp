@@ -157,13 +157,14 @@ private:
                 }
                 break;
             }
-            if (!node.child("pValue"))
-                return; // a value of its own: nothing is written
-            node = Find(node.child_value("pValue"));
+            node = Find(node.child_value("pValue")); // none: a value of its own
         }
-        needsCommandReg_ = true;
         xml_node top = Find(feature);
-        while (top.remove_child("pValue"))
+        if (!node && std::strcmp(top.name(), "Command") != 0)
+            return;
+        // The server wants to know of commands, whatever the camera does with them.
+        needsCommandReg_ = true;
+        while (top.remove_child("pValue") || top.remove_child("Value"))
             continue;
         top.append_child("pValue").text().set("ServerCommandReg");
     }

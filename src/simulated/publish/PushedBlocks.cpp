@@ -1,7 +1,9 @@
 #include "simulated/publish/PushedBlocks.h"
 
 #include "vx3/core/Logger.h"
+#include "vx3/core/Utilities.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -12,6 +14,11 @@ namespace {
 using Simulated::Block;
 
 constexpr std::chrono::milliseconds LongestWait{200};
+// Bytes a second.
+constexpr double Gigabit = 125e6;
+constexpr double FlatOut = 1e12;
+constexpr double Headroom = 1.25;
+constexpr std::size_t Behind = 2; // images
 
 std::uint64_t TimeStampOf(const ImageInfo& info) {
     return std::uint64_t{info.timestampHigh} << 32 | info.timestampLow;
@@ -43,7 +50,16 @@ const char* PushedBlocks::Objection(const IImage& image) {
 }
 
 StatusCode PushedBlocks::Push(std::shared_ptr<IImage> image) {
-    return waiting_.Push(std::move(image)) ? Status::Ok : Status::QueueFull;
+    if (!waiting_.Push(std::move(image)))
+        return Status::QueueFull;
+    rate_.Update(GetTimeStampLinux());
+    return Status::Ok;
+}
+
+double PushedBlocks::BytesPerSecond() const {
+    if (waiting_.Size() >= Behind)
+        return FlatOut;
+    return std::max(Gigabit, Headroom * rate_.Get() * static_cast<double>(currentBytes_));
 }
 
 void PushedBlocks::Close() {
@@ -59,6 +75,7 @@ bool PushedBlocks::Next(std::uint64_t blockId, std::uint64_t now, Simulated::Sen
         auto maker = std::make_shared<const Simulated::PacketMaker>(BlockOf(image), form_);
         sent.stamp = {blockId, maker->OwnTimeStamp() != 0 ? maker->OwnTimeStamp() : now, nullptr};
         sent.maker = maker;
+        currentBytes_ = static_cast<std::size_t>(maker->Layout().DataBytes());
         current_.emplace(std::move(maker), false);
         return true;
     } catch (const std::exception& error) { // no memory: this image is not sent

@@ -2,6 +2,7 @@
 // lie. Pushed from any thread, taken by the one that sends.
 #pragma once
 
+#include "device/FpsCalculator.h"
 #include "device/SyncQueue.h"
 #include "simulated/camera/IBlockSource.h"
 #include "vx3/core/Status.h"
@@ -26,6 +27,9 @@ public:
     // Null, or why an image like this cannot be sent.
     static const char* Objection(const IImage& image);
 
+    // As a camera at the end of a gigabit link sends, or a quarter faster than images come where that is
+    // more: bursts are what receivers lose. Flat out while further images wait.
+    double BytesPerSecond() const override;
     bool ExtendedIds() const override { return form_.extendedIds; }
     bool Next(std::uint64_t blockId, std::uint64_t now, Simulated::SentBlock& sent) override;
     Simulated::OutPacket Packet(std::uint32_t packetId, const Simulated::BlockStamp& stamp) override {
@@ -36,6 +40,8 @@ private:
     const Simulated::PacketForm form_;
     std::atomic<bool> closed_{false};
     SyncQueue<std::shared_ptr<IImage>, MostWaiting + 1> waiting_;
+    FpsCalculator<32> rate_;
+    std::size_t currentBytes_ = 0;
     std::optional<Simulated::PreparedBlock> current_;
 };
 

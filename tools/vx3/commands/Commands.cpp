@@ -11,6 +11,7 @@ std::vector<std::unique_ptr<Command>> CreateCommands(Arguments& arguments, const
     commands.push_back(CreateSetCommand(arguments, options));
     commands.push_back(CreateRunCommand(arguments, options));
     commands.push_back(CreateGrabCommand(arguments, options));
+    commands.push_back(CreateServeCommand(arguments, options));
     commands.push_back(CreateMonitorCommand(arguments, options));
     commands.push_back(CreateXmlCommand(arguments, options));
     commands.push_back(CreateDescriptionCommand(arguments, options));

@@ -12,6 +12,7 @@ std::unique_ptr<Command> CreateGetCommand(Arguments& arguments, const GlobalOpti
 std::unique_ptr<Command> CreateSetCommand(Arguments& arguments, const GlobalOptions& options);
 std::unique_ptr<Command> CreateRunCommand(Arguments& arguments, const GlobalOptions& options);
 std::unique_ptr<Command> CreateGrabCommand(Arguments& arguments, const GlobalOptions& options);
+std::unique_ptr<Command> CreateServeCommand(Arguments& arguments, const GlobalOptions& options);
 std::unique_ptr<Command> CreateMonitorCommand(Arguments& arguments, const GlobalOptions& options);
 std::unique_ptr<Command> CreateXmlCommand(Arguments& arguments, const GlobalOptions& options);
 std::unique_ptr<Command> CreateDescriptionCommand(Arguments& arguments, const GlobalOptions& options);
