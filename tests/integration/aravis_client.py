@@ -39,6 +39,7 @@ def main():
     stream = camera.create_stream(None, None)
     stream.set_property("socket-buffer", Aravis.GvStreamSocketBuffer.FIXED)
     stream.set_property("socket-buffer-size", 4 << 20)
+    stream.set_property("packet-request-ratio", 2.0)  # a busy machine may lose more than a quarter of a frame
     for _ in range(100):
         stream.push_buffer(Aravis.Buffer.new_allocate(payload))
     camera.start_acquisition()

@@ -35,14 +35,7 @@ stop() { # pid
 remote() { "$vx3" --transport remote "$@"; }
 
 # ---- programs that are not ours
-lab_check "a camera out of nothing is served" serve plain --virtual 640x480@100 --standard-port --single-packets
-tshark -i cam0 -w "$work/capture.pcapng" -q -a duration:8 >/dev/null 2>"$work/tshark.err" &
-capture=$!
-lab_pids+=("$capture")
-for _ in $(seq 100); do
-    grep -q "Capturing on" "$work/tshark.err" && break
-    sleep 0.05
-done
+lab_check "a camera out of nothing is served" serve plain --virtual 640x480@100 --standard-port
 arv-tool-0.8 >"$work/found" 2>&1
 lab_check "an ordinary program finds it" grep -q 'Pattern.*10.77.0.2' "$work/found"
 arv-tool-0.8 -a 10.77.0.2 control Width AcquisitionFrameRate=50 AcquisitionFrameRate >"$work/control" 2>&1
@@ -50,15 +43,8 @@ lab_check "reads a feature" grep -q '^Width = 640' "$work/control"
 lab_check "and writes one" [ "$(grep -c '^AcquisitionFrameRate = 50' "$work/control")" -ge 1 ]
 arv-tool-0.8 -a 10.77.0.2 control AcquisitionFrameRate=100 >/dev/null 2>&1
 /usr/bin/python3 "$here/aravis_client.py" 10.77.0.2 640 480 1000 1500 >"$work/client" 2>&1
-lab_check "a client gets 1000 frames, in order, with the camera's pixels" grep -qx 'frames 1000' "$work/client" || cat "$work/client"
-wait "$capture" 2>/dev/null
-count() { tshark -r "$work/capture.pcapng" -Y "$1" 2>/dev/null | wc -l; }
-lab_check "its answers are read as GVCP" [ "$(count 'gvcp && ip.src == 10.77.0.2')" -gt 20 ]
-lab_check "its packets as GVSP" [ "$(count 'gvsp && ip.src == 10.77.0.2')" -gt 100 ]
-bad='(gvcp || gvsp) && (_ws.malformed || _ws.expert.severity >= 0x600000)'
-complaints=$(tshark -r "$work/capture.pcapng" -Y "$bad && ip.src == 10.77.0.2" 2>/dev/null)
-[ -z "$complaints" ] || echo "$complaints" | head
-lab_check "without a complaint about ours" [ -z "$complaints" ]
+tail -n 1 "$work/client"
+lab_check "a client gets 1000 frames, in order, with the camera's pixels" grep -qx 'frames 1000' "$work/client"
 camera_test() { # log, arguments...
     local log=$1
     shift
@@ -66,16 +52,31 @@ camera_test() { # log, arguments...
 }
 statistic() { sed -n "s/^$2 *= *//p" "$work/$1"; }
 for size in 600 1500; do
-    camera_test "plain$size" --no-packet-socket -i "$size"
+    camera_test "plain$size" --no-packet-socket -i "$size" -q 2
     lab_check "streams in packets of $size" [ "$(statistic "plain$size" n_completed_buffers)" -gt 100 ]
-    lab_check "nearly all complete" [ "$(statistic "plain$size" n_failures)" -le 5 ]
+    lab_check "nearly all complete" [ "$((20 * $(statistic "plain$size" n_failures)))" -le "$(statistic "plain$size" n_completed_buffers)" ]
 done
 stop "$server"
 
 lab_check "served with losses" serve lossy --virtual 640x480@50 --standard-port --loss 0.01 --single-packets
+tshark -i cam0 -w "$work/capture.pcapng" -q -a duration:3 >/dev/null 2>"$work/tshark.err" &
+capture=$!
+lab_pids+=("$capture")
+for _ in $(seq 100); do
+    grep -q "Capturing on" "$work/tshark.err" && break
+    sleep 0.05
+done
 camera_test resend
 lab_check "lost packets come again" is "$(statistic resend n_failures)" 0
 lab_check "since they were asked for" [ "$(statistic resend n_resent_packets)" -gt 50 ]
+wait "$capture" 2>/dev/null
+count() { tshark -r "$work/capture.pcapng" -d udp.port==56001,gvsp -Y "$1" 2>/dev/null | wc -l; }
+lab_check "its answers are read as GVCP" [ "$(count 'gvcp && ip.src == 10.77.0.2')" -gt 20 ]
+lab_check "its packets as GVSP" [ "$(count 'gvsp && ip.src == 10.77.0.2')" -gt 100 ]
+bad='(gvcp || gvsp) && (_ws.malformed || _ws.expert.severity >= 0x600000)'
+complaints=$(tshark -r "$work/capture.pcapng" -d udp.port==56001,gvsp -Y "$bad && ip.src == 10.77.0.2" 2>/dev/null)
+[ -z "$complaints" ] || echo "$complaints" | head
+lab_check "without a complaint about ours" [ -z "$complaints" ]
 camera_test noresend --no-packet-resend
 lab_check "whoever does not ask misses them" [ "$(statistic noresend n_failures)" -gt 10 ]
 stop "$server"
@@ -88,7 +89,7 @@ nsenter -t "$lab_holder" -n "$vx3" --transport remote list --json >"$work/own" 2
 lab_check "and by another program of its own host" is "$(json "$work/own" 'len(d)')" 1
 remote grab 10.77.0.2 -n 100 --no-save --json >"$work/grab"
 lab_check "100 frames" is "$(json "$work/grab" '(d["frames"], d["incomplete"], d["lost_packets"])')" "(100, 0, 0)"
-remote grab 10.77.0.2 -n 1000000 --no-save >/dev/null 2>&1 &
+"$vx3" --transport remote grab 10.77.0.2 -n 1000000 --no-save >/dev/null 2>&1 &
 grab=$!
 lab_pids+=("$grab")
 sleep 3
@@ -109,7 +110,7 @@ lab_check "and it can be had again" is $? 0
 
 # ---- the link is cut
 for seconds in 2 10; do
-    remote grab 10.77.0.2 -n 0 --no-save --timeout 30 --json >"$work/cut$seconds" 2>"$work/cut$seconds.err" &
+    "$vx3" --transport remote grab 10.77.0.2 -n 0 --no-save --timeout 30 --json >"$work/cut$seconds" 2>"$work/cut$seconds.err" &
     grab=$!
     lab_pids+=("$grab")
     sleep 2.5
@@ -137,14 +138,14 @@ lab_pids+=("$local_user")
 sleep 1.5
 remote grab 10.77.0.2 -n 100 --no-save --json >"$work/both" 2>"$work/both.err"
 lab_check "a remote user beside a local one" is "$(json "$work/both" '(d["frames"], d["incomplete"])')" "(100, 0)"
-remote grab 10.77.0.2 -n 0 --no-save >/dev/null 2>&1 &
+"$vx3" --transport remote grab 10.77.0.2 -n 0 --no-save >/dev/null 2>&1 &
 grab=$!
 lab_pids+=("$grab")
 sleep 3
 kill -9 "$grab"
 wait "$grab" 2>/dev/null
 sleep 12
-remote grab 10.77.0.2 -n 1000000 --no-save >/dev/null 2>"$work/dies.err" &
+"$vx3" --transport remote grab 10.77.0.2 -n 1000000 --no-save >/dev/null 2>"$work/dies.err" &
 grab=$!
 lab_pids+=("$grab")
 sleep 3

@@ -164,10 +164,12 @@ std::size_t GvcpAnswers::WriteMem(const CommandPacket& command, bool extended, c
         return Bare(command, AckStatus::InvalidParameter, room);
     const std::uint16_t status =
         control_.MayWrite(sender) ? target_.Write(write.address, write.data) : AckStatus::AccessDenied;
-    if (status != AckStatus::Success)
-        return Bare(command, status, room);
-    return Gvcp::EncodeWriteMemAck(room, extended, command.header.reqId,
-                                   static_cast<std::uint16_t>(write.data.size));
+    const std::size_t written = status == AckStatus::Success ? write.data.size : 0;
+    const std::size_t size =
+        Gvcp::EncodeWriteMemAck(room, extended, command.header.reqId, static_cast<std::uint16_t>(written));
+    if (size != 0)
+        Wire::Store(room.data, status);
+    return size;
 }
 
 void GvcpAnswers::CheckHeartbeat(TimePoint now) {
