@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <vector>
 
 namespace VX3 {
 
@@ -29,6 +30,17 @@ std::string DescriptionOf(const std::string& text) {
         return {};
     file.seekg(0);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// Memory is written in whole words: what lies behind the bytes in the last one stays as it is.
+StatusCode WritePart(GevCmdHelper& helper, unsigned long long address, const unsigned char* buffer,
+                     unsigned int length) {
+    std::vector<unsigned char> words(Gvcp::RoundUp4(length));
+    std::memcpy(words.data(), buffer, length);
+    // Where nothing can be read nothing is overwritten either.
+    (void)helper.ReadMemory(address + length, words.data() + length, words.size() - length, false);
+    const StatusCode status = helper.WriteMemory(address, words.data(), words.size());
+    return Failed(status) ? status : static_cast<StatusCode>(length);
 }
 
 } // namespace
@@ -73,6 +85,8 @@ StatusCode RemoteDevice::WritePort(unsigned long long address, const unsigned ch
     const auto helper = UsableHelper(reason);
     if (!helper)
         return reason;
+    if (length % 4 != 0)
+        return WritePart(*helper, address + RemoteBit, buffer, length);
     if (length != 4)
         return helper->WriteMemory(address + RemoteBit, buffer, length);
     std::uint32_t value = Wire::Load<std::uint32_t>(buffer);

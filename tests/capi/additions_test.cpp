@@ -30,6 +30,26 @@ std::string Words(int status) {
     return text;
 }
 
+TEST(CApiPublishing, ACameraIsPublishedOnceAndWithdrawn) {
+    VirtualCamera owner(0);
+    SubDevice* camera = owner.Get();
+    PublishedCamera state{};
+    EXPECT_EQ(SubDevice_Publish(nullptr, 0, false), -1);
+    EXPECT_EQ(SubDevice_Publish(camera, 70000, false), VX3_STATUS_NOT_FOUND);
+    EXPECT_EQ(SubDevice_GetPublishState(camera, &state), VX3_STATUS_NOT_FOUND);
+    ASSERT_EQ(SubDevice_Publish(camera, 57600, false), 0);
+    EXPECT_EQ(SubDevice_Publish(camera, 57602, false), VX3_STATUS_WRONG_STATE);
+    EXPECT_EQ(SubDevice_GetPublishState(camera, nullptr), -1);
+    ASSERT_EQ(SubDevice_GetPublishState(camera, &state), 0);
+    EXPECT_EQ(std::tuple(state.port, state.standardPort, state.cameraLost, state.controllerPort),
+              std::tuple(57600, 0, 0, 0U));
+    VirtualCamera second(1);
+    EXPECT_EQ(SubDevice_Publish(second.Get(), 57600, false), VX3_STATUS_OPEN_FAILED);
+    EXPECT_NE(WhatFailed().second.find("57600"), std::string::npos) << "which port is taken";
+    EXPECT_EQ(SubDevice_Withdraw(camera), 0);
+    EXPECT_EQ(SubDevice_Withdraw(camera), VX3_STATUS_NOT_FOUND);
+}
+
 TEST(CApiFailures, EveryNamedCodeIsTheLibrarysOwn) {
     const std::tuple codes(VX3_OK, VX3_STATUS_QUEUE_FULL, VX3_STATUS_NO_BUFFER, VX3_STATUS_NOT_FOUND,
                            VX3_STATUS_NOT_SUPPORTED, VX3_STATUS_NO_IP_ADDRESS, VX3_STATUS_NOT_CONNECTED,

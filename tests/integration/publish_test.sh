@@ -86,9 +86,11 @@ lab_check "served again" serve mine --virtual 1920x1200@40
 remote list --json >"$work/list"
 lab_check "it is found as a remote camera" is "$(json "$work/list" '[(c["name"], c["transport"]) for c in d]')" "[('Pattern(000001)@10.77.0.2', 'remote')]"
 nsenter -t "$lab_holder" -n "$vx3" --transport remote list --json >"$work/own" 2>/dev/null
-lab_check "and by another program of its own host" is "$(json "$work/own" 'len(d)')" 1
+lab_check "and, marked, by another program of its own host" is "$(json "$work/own" '[c["published_here"] for c in d]')" "[True]"
 remote grab 10.77.0.2 -n 100 --no-save --json >"$work/grab"
 lab_check "100 frames" is "$(json "$work/grab" '(d["frames"], d["incomplete"], d["lost_packets"])')" "(100, 0, 0)"
+remote grab 10.77.0.2 -n 3 -o "$work/recorded" --format raw >/dev/null
+remote save 10.77.0.2 "$work/recorded/settings.txt" --all >/dev/null
 "$vx3" --transport remote grab 10.77.0.2 -n 1000000 --no-save >/dev/null 2>&1 &
 grab=$!
 lab_pids+=("$grab")
@@ -130,6 +132,15 @@ done
 remote grab 10.77.0.2 -n 20 --no-save >/dev/null
 lab_check "after which it is free again" is $? 0
 stop "$server"
+
+# ---- what was recorded is a camera again
+lab_check "a folder is served" serve replay --replay "$work/recorded" --fps 20
+remote grab 10.77.0.2 -n 6 -o "$work/replayed" --format raw >/dev/null
+lab_check "with the frames that were recorded" cmp "$work"/recorded/frame_000002.*.raw "$work"/replayed/frame_000005.*.raw
+lab_check "at the rate that was asked for" is "$(remote get 10.77.0.2 AcquisitionFrameRate)" 20
+stop "$server"
+"$vx3" serve --replay "$work/absent" >"$work/out" 2>&1
+lab_check "a folder that is none fails" is $? 1
 
 # ---- a local and a remote user of one camera
 nsenter -t "$lab_holder" -n "$share" 30 >"$work/share" 2>"$work/share.err" &

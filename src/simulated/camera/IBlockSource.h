@@ -12,6 +12,7 @@ namespace Simulated {
 struct SentBlock {
     BlockStamp stamp;
     std::shared_ptr<const PacketMaker> maker;
+    std::shared_ptr<const void> owner{}; // of the stamp's pixels, where they are not the maker's own
 };
 
 class IBlockSource {

@@ -19,9 +19,10 @@ PreparedBlock::PreparedBlock(std::shared_ptr<const PacketMaker> maker, bool whol
     for (std::uint32_t id = 1; id < trailerId_; ++id) {
         std::uint8_t* const packet = payload_.data() + (id - 1) * stride_;
         (void)maker_->MakeHead(id, {}, 0, {packet, payloadHead_});
+        if (!whole)
+            continue;
         const WireBytes data = maker_->Data(id, {});
-        if (whole)
-            std::memcpy(packet + payloadHead_, data.data, data.size);
+        std::memcpy(packet + payloadHead_, data.data, data.size);
     }
 }
 

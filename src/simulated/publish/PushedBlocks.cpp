@@ -24,19 +24,23 @@ std::uint64_t TimeStampOf(const ImageInfo& info) {
     return std::uint64_t{info.timestampHigh} << 32 | info.timestampLow;
 }
 
-Block BlockOf(const std::shared_ptr<IImage>& image) {
-    const ImageInfo& info = *image->GetImageInfo();
+// Without time stamp and pixels, which are each frame's own.
+Block BlockOf(const ImageInfo& info) {
     Block block;
     const bool plain = info.pixelFormat == RawBlock;
     block.info.payloadType = plain ? Gvsp::PayloadType::RawData : Gvsp::PayloadType::Image;
     if (plain && Gvsp::PayloadType::Base(info.imageType) == Gvsp::PayloadType::Jpeg)
         block.info.payloadType = Gvsp::PayloadType::Jpeg;
-    block.info.timeStamp = TimeStampOf(info);
     block.info.image = {info.pixelFormat, info.width,    info.height,  info.offsetX,
                         info.offsetY,     info.paddingX, info.paddingY};
-    block.data.push_back({std::shared_ptr<const std::uint8_t>(image, std::as_const(*image).GetImageBuff()),
-                          info.ImageDataSize()});
+    block.data.push_back({nullptr, info.ImageDataSize()});
     return block;
+}
+
+bool IsAlike(const ImageInfo& a, const ImageInfo& b) {
+    return a.pixelFormat == b.pixelFormat && a.width == b.width && a.height == b.height &&
+           a.offsetX == b.offsetX && a.offsetY == b.offsetY && a.paddingX == b.paddingX &&
+           a.paddingY == b.paddingY && a.imageType == b.imageType;
 }
 
 } // namespace
@@ -67,16 +71,27 @@ void PushedBlocks::Close() {
     waiting_.Wake();
 }
 
+void PushedBlocks::Prepare(const ImageInfo& info) {
+    if (current_ && IsAlike(info, prepared_))
+        return;
+    current_.reset();
+    auto maker = std::make_shared<const Simulated::PacketMaker>(BlockOf(info), form_);
+    currentBytes_ = static_cast<std::size_t>(maker->Layout().DataBytes());
+    current_.emplace(std::move(maker), false);
+    prepared_ = info;
+}
+
 bool PushedBlocks::Next(std::uint64_t blockId, std::uint64_t now, Simulated::SentBlock& sent) {
     std::shared_ptr<IImage> image;
     if (!waiting_.Pop(image, LongestWait, [this] { return closed_.load(); }) || closed_)
         return false;
     try {
-        auto maker = std::make_shared<const Simulated::PacketMaker>(BlockOf(image), form_);
-        sent.stamp = {blockId, maker->OwnTimeStamp() != 0 ? maker->OwnTimeStamp() : now, nullptr};
-        sent.maker = maker;
-        currentBytes_ = static_cast<std::size_t>(maker->Layout().DataBytes());
-        current_.emplace(std::move(maker), false);
+        const ImageInfo& info = *image->GetImageInfo();
+        Prepare(info);
+        const std::uint64_t stamp = TimeStampOf(info);
+        sent.stamp = {blockId, stamp != 0 ? stamp : now, std::as_const(*image).GetImageBuff()};
+        sent.maker = current_->Maker();
+        sent.owner = std::move(image);
         return true;
     } catch (const std::exception& error) { // no memory: this image is not sent
         VxLoggerLog(LogLevel::Error, "SDK", "an image of a published camera is not sent: %s", error.what());

@@ -37,11 +37,15 @@ public:
     }
 
 private:
+    // Frames that are alike share their packets' heads: laying these out costs as much as sending them.
+    void Prepare(const ImageInfo& info);
+
     const Simulated::PacketForm form_;
     std::atomic<bool> closed_{false};
     SyncQueue<std::shared_ptr<IImage>, MostWaiting + 1> waiting_;
     FpsCalculator<32> rate_;
     std::size_t currentBytes_ = 0;
+    ImageInfo prepared_; // the header that `current_` was laid out for
     std::optional<Simulated::PreparedBlock> current_;
 };
 

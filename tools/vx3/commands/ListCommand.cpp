@@ -29,6 +29,14 @@ void PrintTable(std::ostream& out, const std::vector<Row>& rows) {
     }
 }
 
+// A camera that another program of this host publishes: its pictures may be had here without a network.
+bool IsOfThisHost(const IDevice& camera) {
+    for (const auto& [name, value] : camera.GetInfo())
+        if (name == "Published")
+            return true;
+    return false;
+}
+
 Json CameraJson(const FoundCamera& found) {
     const IDevice& camera = *found.camera;
     return {{"name", camera.Name()},
@@ -40,7 +48,8 @@ Json CameraJson(const FoundCamera& found) {
             {"address", AddressOf(camera)},
             {"state", StateText(camera.DeviceState())},
             {"transport", TransportName(camera)},
-            {"interface", found.interfaceDevice->Name()}};
+            {"interface", found.interfaceDevice->Name()},
+            {"published_here", IsOfThisHost(camera)}};
 }
 
 Json ProducerJson(const GenTLProducer& producer) {
@@ -124,7 +133,8 @@ private:
             const IDevice& camera = *found.camera;
             rows.push_back({Printable(camera.Name()), OrDash(camera.SerialNumber()),
                             OrDash(AddressOf(camera)), StateText(camera.DeviceState()), TransportName(camera),
-                            Printable(found.interfaceDevice->Name())});
+                            Printable(found.interfaceDevice->Name()) +
+                                (IsOfThisHost(camera) ? " (this host)" : "")});
         }
         PrintTable(Console::Instance().Out(), rows);
     }
