@@ -111,7 +111,7 @@ std::string ImageCamera::Describe(const ImageCameraConfig& config, const ImageIn
     std::string names;
     std::string nodes;
     // A feature of this camera's own is not one of the recording's.
-    const std::string own = Body;
+    const std::string own = std::string(Body) + "\"PixelFormat\" \"PayloadSize\" \"RecordedSettings\"";
     for (const auto& [name, value] : config.settings) {
         if (!IsNodeName(name) || own.find("\"" + name + "\"") != std::string::npos ||
             nodes.find("\"" + name + "\"") != std::string::npos || name.compare(0, 6, "Device") == 0)
