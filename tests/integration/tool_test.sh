@@ -50,7 +50,7 @@ check "as JSON, with numbers" "$(json out '(d["Height"], d["Width"], d["adjusted
 run get "$camera" Widht >out 2>&1; check "near misses are recognised" "$(has 'did you mean Width' out)" yes
 run lsit >out 2>&1; check "of verbs, too" "$? $(has 'did you mean list' out)" "2 yes"
 run get "VIRTUAL device #1" WIDTH >out; check "case does not matter" "$(cat out)" 400
-"$vx3" list --transport gentl >out 2>&1; check "a family that is not built says so" "$? $(has 'family not built' out)" "1 yes"
+"$vx3" list --transport usb >out 2>&1; check "a family that does not exist is wrong usage" "$? $(has 'usb not in .*gencp' out)" "2 yes"
 check "in hexadecimal, too" "$(run set "$camera" Width=0x40)" "Width = 64"
 run run "$camera" AcquisitionStop; check "a command is executed" $? 0
 run run "$camera" Width >out 2>&1; check "a number cannot be executed" $? 1

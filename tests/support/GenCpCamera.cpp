@@ -12,7 +12,6 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
-#include <zip.h>
 
 namespace VX3::Test {
 
@@ -20,28 +19,7 @@ using GenCpPackets::Number;
 
 namespace {
 
-constexpr std::uint64_t Manifest = 0x8000;
-constexpr std::uint64_t File = 0x100000;
-constexpr std::uint32_t Rates[] = {9600, 19200, 38400, 57600, 115200, 230400, 460800, 921600};
 const Bytes Noise{0x41, 0x01, 0x00, 0x0D, 0x01, 0x00, 0xFF};
-
-Bytes Zip(const std::string& text) {
-    zip_error_t error;
-    zip_source_t* target = zip_source_buffer_create(nullptr, 0, 0, &error);
-    zip_source_keep(target);
-    zip_t* archive = zip_open_from_source(target, ZIP_TRUNCATE, &error);
-    zip_file_add(archive, "camera.xml", zip_source_buffer(archive, text.data(), text.size(), 0),
-                 ZIP_FL_ENC_UTF_8);
-    if (zip_close(archive) != 0 || zip_source_open(target) != 0)
-        throw std::runtime_error("no archive");
-    zip_source_seek(target, 0, SEEK_END);
-    Bytes bytes(static_cast<std::size_t>(zip_source_tell(target)));
-    zip_source_seek(target, 0, SEEK_SET);
-    zip_source_read(target, bytes.data(), bytes.size());
-    zip_source_close(target);
-    zip_source_free(target);
-    return bytes;
-}
 
 // Not the library's own settings, so that it is seen when they are left behind.
 void Prepare(int slave) {
@@ -57,7 +35,7 @@ void Prepare(int slave) {
 
 } // namespace
 
-GenCpCamera::GenCpCamera(GenCpCameraData data) : data_(std::move(data)), rate_(data_.rate) {
+GenCpCamera::GenCpCamera(GenCpCameraData data) : data_(std::move(data)), memory_(data_), rate_(data_.rate) {
     master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     char name[128];
     if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0 ||
@@ -66,8 +44,6 @@ GenCpCamera::GenCpCamera(GenCpCameraData data) : data_(std::move(data)), rate_(d
     port_ = name;
     slave_ = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     Prepare(slave_);
-    LoadRegisters();
-    LoadDescription();
     lastAccess_ = Clock::now();
     thread_ = std::thread([this] { Run(); });
 }
@@ -76,79 +52,6 @@ GenCpCamera::~GenCpCamera() {
     run_ = false;
     thread_.join();
     Cut();
-}
-
-// Memory ---------------------------------------------------------------------------------------------------
-
-void GenCpCamera::Put(std::uint64_t address, std::uint64_t value, std::size_t size) {
-    for (std::size_t i = 0; i < size; ++i)
-        memory_[address + i] = static_cast<std::uint8_t>(value >> (8 * (size - 1 - i)));
-}
-
-void GenCpCamera::PutText(std::uint64_t address, const std::string& text, std::size_t size) {
-    for (std::size_t i = 0; i < size; ++i)
-        memory_[address + i] = i < text.size() ? static_cast<std::uint8_t>(text[i]) : 0;
-}
-
-std::uint64_t GenCpCamera::Get(std::uint64_t address, std::size_t size) const {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        const auto at = memory_.find(address + i);
-        value = (value << 8) | (at != memory_.end() ? at->second : 0);
-    }
-    return value;
-}
-
-void GenCpCamera::LoadRegisters() {
-    Put(0x0, 0x00010003, 4);
-    PutText(0x4, "Works", 64);
-    PutText(0x44, data_.model, 64);
-    PutText(0xC4, "1.0", 64);
-    PutText(0x104, "", 64);
-    PutText(0x144, data_.serial, 64);
-    Put(0x1C4,
-        (data_.hasHeartbeat ? 2U : 0U) | (data_.hasSbrm ? 1U << 9 : 0U) |
-            (data_.tellsWritten ? 1U << 11 : 0U),
-        8);
-    Put(0x1CC, data_.responseMs, 4);
-    Put(0x1D0, Manifest, 8);
-    Put(0x1E0, 0, 8);
-    if (data_.hasHeartbeat) {
-        Put(0x1E8, data_.heartbeatMs, 4);
-        Put(0x204, 0, 4);
-    }
-    if (data_.hasSbrm) {
-        Put(0x1D8, Sbrm, 8);
-        Put(Sbrm, data_.supportedRates, 4);
-        for (std::size_t i = 0; i < std::size(Rates); ++i)
-            if (Rates[i] == rate_)
-                Put(Sbrm + 4, 1U << i, 4);
-    }
-    PutText(Scratch, "", 256);
-    PutText(ReadOnly, "constant", 64);
-    for (const auto& [address, size] : {std::pair<std::uint64_t, std::size_t>{Scratch, 256},
-                                        {0x1E0, 8},
-                                        {0x1E8, 4},
-                                        {0x204, 4},
-                                        {Sbrm + 4, 4}})
-        for (std::size_t i = 0; i < size; ++i)
-            writable_.insert(address + i);
-}
-
-void GenCpCamera::LoadDescription() {
-    Put(Manifest, data_.description.empty() ? 0 : 1, 8);
-    if (data_.description.empty())
-        return;
-    const Bytes file =
-        data_.zipped ? Zip(data_.description) : Bytes(data_.description.begin(), data_.description.end());
-    Put(Manifest + 8, 0x01020003, 4);
-    Put(Manifest + 12, data_.zipped ? 0x01010400 : 0x01010000, 4);
-    Put(Manifest + 16, File, 8);
-    Put(Manifest + 24, file.size(), 8);
-    for (std::size_t i = 0; i < 40; ++i)
-        memory_[Manifest + 32 + i] = i < data_.hash.size() ? data_.hash[i] : 0;
-    for (std::size_t i = 0; i < file.size(); ++i)
-        memory_[File + i] = file[i];
 }
 
 // What tests ask -------------------------------------------------------------------------------------------
@@ -170,7 +73,7 @@ std::uint32_t GenCpCamera::Rate() {
 
 std::uint32_t GenCpCamera::Register32(std::uint64_t address) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return static_cast<std::uint32_t>(Get(address, 4));
+    return static_cast<std::uint32_t>(memory_.Get(address, 4));
 }
 
 void GenCpCamera::Unplug() {
@@ -205,11 +108,11 @@ void GenCpCamera::Run() {
 }
 
 void GenCpCamera::BackToDefaults() {
-    if (Get(0x204, 4) != 0)
-        Put(0x204, 0, 4);
+    if (memory_.Get(0x204, 4) != 0)
+        memory_.Put(0x204, 0, 4);
     rate_ = 9600;
     if (data_.hasSbrm)
-        Put(Sbrm + 4, 1, 4);
+        memory_.Put(Sbrm + 4, 1, 4);
 }
 
 void GenCpCamera::Tick() {
@@ -218,8 +121,8 @@ void GenCpCamera::Tick() {
         awaitsConfirmation_ = false;
         rate_ = oldRate_;
     }
-    if (data_.hasHeartbeat && (Get(0x1E0, 8) & 1) != 0 && Get(0x204, 4) == 1 &&
-        now - lastAccess_ > std::chrono::milliseconds(Get(0x1E8, 4)))
+    if (data_.hasHeartbeat && (memory_.Get(0x1E0, 8) & 1) != 0 && memory_.Get(0x204, 4) == 1 &&
+        now - lastAccess_ > std::chrono::milliseconds(memory_.Get(0x1E8, 4)))
         BackToDefaults();
 }
 
@@ -312,14 +215,9 @@ Bytes GenCpCamera::Answered(const Bytes& packet, const GenCpCommand& command) {
 }
 
 Bytes GenCpCamera::ReadAnswer(const Bytes& packet, const GenCpCommand& command) {
-    std::size_t count = Number(packet, 26, 2);
     Bytes data;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto byte = memory_.find(command.address + i);
-        if (byte == memory_.end())
-            return GenCpPackets::Answer(0x8003, 0x0801, command.id, {});
-        data.push_back(byte->second);
-    }
+    if (const std::uint16_t status = memory_.Read(command.address, Number(packet, 26, 2), data))
+        return GenCpPackets::Answer(status, 0x0801, command.id, {});
     if (faults_.shortAnswers > 0 && !data.empty()) {
         --faults_.shortAnswers;
         data.pop_back();
@@ -339,28 +237,23 @@ Bytes GenCpCamera::WriteAnswer(const Bytes& packet, const GenCpCommand& command)
 }
 
 std::uint16_t GenCpCamera::WriteRegisters(std::uint64_t address, const Bytes& data) {
-    for (std::size_t i = 0; i < data.size(); ++i)
-        if (writable_.count(address + i) == 0)
-            return memory_.count(address + i) != 0 ? 0x8004 : 0x8003;
     if (address == Sbrm + 4 && faults_.refuseRate)
         return 0x8002;
     if (address == 0x204 && faults_.refuseControl)
         return 0x8006;
-    for (std::size_t i = 0; i < data.size(); ++i)
-        memory_[address + i] = data[i];
-    return 0;
+    return memory_.Write(address, data);
 }
 
 // After the answer has gone out at the old rate.
 void GenCpCamera::ChangeRate(std::uint32_t bit) {
-    for (std::size_t i = 0; i < std::size(Rates); ++i) {
+    for (std::size_t i = 0; i < std::size(GenCpMemory::Rates); ++i) {
         if (bit != 1U << i)
             continue;
-        if (awaitsConfirmation_ && Rates[i] == rate_) {
+        if (awaitsConfirmation_ && GenCpMemory::Rates[i] == rate_) {
             awaitsConfirmation_ = false;
-        } else if (Rates[i] != rate_) {
+        } else if (GenCpMemory::Rates[i] != rate_) {
             oldRate_ = rate_;
-            rate_ = Rates[i];
+            rate_ = GenCpMemory::Rates[i];
             awaitsConfirmation_ = true;
             confirmBy_ = Clock::now() + std::chrono::milliseconds(250);
         }
@@ -410,8 +303,8 @@ void GenCpCamera::Reply(const Bytes& answer, const GenCpCommand& command) {
     if (command.command != 0x0802 || Number(answer, 8, 2) != 0)
         return;
     if (command.address == Sbrm + 4)
-        ChangeRate(static_cast<std::uint32_t>(Get(Sbrm + 4, 4)));
-    if (command.address == 0x204 && Get(0x204, 4) == 0)
+        ChangeRate(static_cast<std::uint32_t>(memory_.Get(Sbrm + 4, 4)));
+    if (command.address == 0x204 && memory_.Get(0x204, 4) == 0)
         BackToDefaults();
 }
 

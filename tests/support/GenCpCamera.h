@@ -5,34 +5,18 @@
 // side, and where it is not the camera's own, swallows what comes and sends noise.
 #pragma once
 
+#include "support/GenCpMemory.h"
 #include "support/Hex.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace VX3::Test {
-
-struct GenCpCameraData {
-    std::string model = "Linea";
-    std::string serial = "S0042";
-    std::string description; // XML; none without
-    bool zipped = true;
-    Bytes hash = Bytes(20, 0); // as the manifest tells it
-    std::uint32_t rate = 9600;
-    std::uint32_t supportedRates = 0xFF;
-    bool hasSbrm = true;
-    bool hasHeartbeat = true;
-    std::uint32_t heartbeatMs = 3000;
-    std::uint32_t responseMs = 100;
-    bool tellsWritten = true; // the written length, in answers to writes
-};
 
 // Each number says how often; each is used up.
 struct GenCpFaults {
@@ -67,9 +51,9 @@ struct GenCpCommand {
 
 class GenCpCamera {
 public:
-    static constexpr std::uint64_t Scratch = 0x40000;  // registers to write, 256 bytes
-    static constexpr std::uint64_t ReadOnly = 0x50000; // 64 bytes
-    static constexpr std::uint64_t Sbrm = 0x10000;
+    static constexpr std::uint64_t Scratch = GenCpMemory::Scratch;
+    static constexpr std::uint64_t ReadOnly = GenCpMemory::ReadOnly;
+    static constexpr std::uint64_t Sbrm = GenCpMemory::Sbrm;
 
     explicit GenCpCamera(GenCpCameraData data = {});
     ~GenCpCamera();
@@ -89,12 +73,6 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-
-    void LoadRegisters();
-    void LoadDescription();
-    void Put(std::uint64_t address, std::uint64_t value, std::size_t size);
-    void PutText(std::uint64_t address, const std::string& text, std::size_t size);
-    std::uint64_t Get(std::uint64_t address, std::size_t size) const;
 
     void Run();
     void Tick();
@@ -117,8 +95,7 @@ private:
     std::string port_;
     std::mutex mutex_; // guards all below
     GenCpFaults faults_;
-    std::map<std::uint64_t, std::uint8_t> memory_;
-    std::set<std::uint64_t> writable_;
+    GenCpMemory memory_;
     std::vector<GenCpCommand> commands_;
     std::uint32_t rate_ = 0;
     std::uint32_t oldRate_ = 0;

@@ -131,10 +131,10 @@ private:
         std::vector<Row> rows{{"NAME", "SERIAL", "ADDRESS", "STATE", "TRANSPORT", "INTERFACE"}};
         for (const FoundCamera& found : cameras) {
             const IDevice& camera = *found.camera;
-            rows.push_back({Printable(camera.Name()), OrDash(camera.SerialNumber()),
-                            OrDash(AddressOf(camera)), StateText(camera.DeviceState()), TransportName(camera),
-                            Printable(found.interfaceDevice->Name()) +
-                                (IsOfThisHost(camera) ? " (this host)" : "")});
+            rows.push_back(
+                {Printable(camera.Name()), OrDash(camera.SerialNumber()), OrDash(AddressOf(camera)),
+                 StateText(camera.DeviceState()), TransportName(camera),
+                 Printable(found.interfaceDevice->Name()) + (IsOfThisHost(camera) ? " (this host)" : "")});
         }
         PrintTable(Console::Instance().Out(), rows);
     }
