@@ -7,9 +7,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace VX3 {
@@ -20,7 +20,7 @@ constexpr std::size_t ScratchSize = 1U << 20;
 constexpr std::uint32_t Raised = 1;
 
 std::string Reason(std::int64_t result) {
-    return result == 0 ? "at its end" : std::strerror(errno);
+    return result == 0 ? std::string("at its end") : std::generic_category().message(errno);
 }
 
 } // namespace
@@ -31,7 +31,7 @@ StatusCode KdNode::Open() {
     fd_ = UniqueFd(::open(path_.c_str(), O_RDONLY | O_SYNC | O_CLOEXEC | flags_));
     if (fd_)
         return Status::Ok;
-    return SetLastFailure(Status::OpenFailed, path_ + ": " + std::strerror(errno));
+    return SetLastFailure(Status::OpenFailed, path_ + ": " + std::generic_category().message(errno));
 }
 
 void KdNode::Tell(const std::string& failure) {

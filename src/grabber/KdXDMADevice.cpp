@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <system_error>
 
 namespace VX3 {
 
@@ -29,7 +30,7 @@ KdXDMADevice::KdXDMADevice(const std::string& devicePath, const char* name) {
     fd_ = UniqueFd(::open(path.c_str(), O_RDWR | O_SYNC | O_CLOEXEC));
     if (!fd_) {
         VxLoggerLog(LogLevel::Error, "SDK", "%s: %s cannot be opened: %s", name, path.c_str(),
-                    std::strerror(errno));
+                    std::generic_category().message(errno).c_str());
         return;
     }
     void* base = IsLongEnough(fd_.Get())

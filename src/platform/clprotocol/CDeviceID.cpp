@@ -17,7 +17,7 @@ std::string Clean(std::string text) {
 
 std::string TakePiece(std::string& rest) {
     const std::size_t end = rest.find(Separator);
-    const std::string piece = rest.substr(0, end);
+    std::string piece = rest.substr(0, end);
     rest = end == std::string::npos ? "" : rest.substr(end + 1);
     return piece;
 }

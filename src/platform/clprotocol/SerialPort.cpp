@@ -7,12 +7,12 @@
 #include <asm/ioctls.h>
 #include <asm/termbits.h>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace CLProtocol {
@@ -52,7 +52,7 @@ private:
 SerialPort::SerialPort(const std::string& path) : path_(path) {
     struct stat info {};
     if (::stat(path.c_str(), &info) != 0)
-        throw Unusable(path, std::strerror(errno));
+        throw Unusable(path, std::generic_category().message(errno));
     if (!S_ISCHR(info.st_mode))
         throw Unusable(path, "not a serial port");
     claim_ = std::make_unique<PortRegister::Claim>(info.st_rdev);
@@ -62,7 +62,7 @@ SerialPort::SerialPort(const std::string& path) : path_(path) {
     if (fd < 0 && errno == EBUSY)
         throw InUse(path, "another program");
     if (fd < 0)
-        throw Unusable(path, std::strerror(errno));
+        throw Unusable(path, std::generic_category().message(errno));
     fd_ = std::make_unique<Descriptor>(fd);
     Lock();
     MakeRaw();
