@@ -10,6 +10,11 @@ namespace VX3::GenICam {
 
 namespace {
 
+// An owner that tells how much it moved, and moved less, has not carried the access out.
+StatusCode Whole(StatusCode moved, std::int64_t length, StatusCode otherwise) {
+    return moved > 0 && moved < length ? otherwise : moved;
+}
+
 void Check(StatusCode code, const char* what, std::int64_t address, std::int64_t length) {
     if (!Failed(code))
         return;
@@ -33,19 +38,20 @@ GenApi_3_2::EAccessMode GenIDevicePort::GetAccessMode() const {
 
 void GenIDevicePort::Read(void* buffer, std::int64_t address, std::int64_t length) {
     const std::shared_ptr<IGenIObj> owner = owner_.lock();
-    Check(owner ? owner->ReadPort(static_cast<unsigned long long>(address),
-                                  static_cast<unsigned char*>(buffer), static_cast<unsigned int>(length))
-                : Status::NotConnected,
-          "Read from GenIPort Error.", address, length);
+    const StatusCode moved =
+        owner ? owner->ReadPort(static_cast<unsigned long long>(address), static_cast<unsigned char*>(buffer),
+                                static_cast<unsigned int>(length))
+              : Status::NotConnected;
+    Check(Whole(moved, length, Status::Malformed), "Read from GenIPort Error.", address, length);
 }
 
 void GenIDevicePort::Write(const void* buffer, std::int64_t address, std::int64_t length) {
     const std::shared_ptr<IGenIObj> owner = owner_.lock();
-    Check(owner
-              ? owner->WritePort(static_cast<unsigned long long>(address),
+    const StatusCode moved =
+        owner ? owner->WritePort(static_cast<unsigned long long>(address),
                                  static_cast<const unsigned char*>(buffer), static_cast<unsigned int>(length))
-              : Status::NotConnected,
-          "Write to GenIObject Error.", address, length);
+              : Status::NotConnected;
+    Check(Whole(moved, length, Status::IncompleteWrite), "Write to GenIObject Error.", address, length);
 }
 
 } // namespace VX3::GenICam

@@ -43,6 +43,9 @@ TEST(GenTLCamera, SaysWhoItIsAndItsFeaturesWork) {
     EXPECT_NE(LastFailure().text.find("GC_ERR_INVALID_ADDRESS"), std::string::npos);
     lab.Producer().Set("short", "2");
     EXPECT_EQ(camera->ReadPort(0x100, bytes, 4), 2);
+    GenICam::NodeValue locked;
+    EXPECT_EQ(camera->GetConfigurer()->ReadNodeValue("TLParamsLocked", locked), Status::Malformed)
+        << "half a register is none";
     lab.Producer().Set("short", "100");
     std::string url;
     EXPECT_EQ(camera->GetXmlUrl(url), Status::Ok);
