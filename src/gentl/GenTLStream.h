@@ -65,7 +65,7 @@ private:
     void Deliver(GenTLBlockInfo& block, const GenTLFrame& frame);
     std::unique_ptr<IImage> Copied(const GenTLBlockInfo& block, const GenTLFrame& frame,
                                    const ImageInfo& header);
-    void Pause(const std::atomic<bool>& run);
+    void Rest(const std::atomic<bool>& run);
 
     bool OpenModule();
     unsigned int BufferCount(unsigned int wanted);

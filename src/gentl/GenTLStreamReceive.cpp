@@ -22,7 +22,7 @@ void GenTLStream::ReceivingThread(const std::atomic<bool>& run, const std::share
                 Receive(use.Get(), data);
         } else if (code != GenTL::GC_ERR_TIMEOUT && run) {
             VxLoggerLog(LogLevel::Error, "SDK", "GenTL::EventGetData error with %d!", code);
-            Pause(run);
+            Rest(run);
         }
         if (run)
             blocks_->Replenish();
@@ -46,7 +46,7 @@ void GenTLStream::ReceivingThread(const std::atomic<bool>& run, const std::share
 }
 
 // A wait that fails at once must not keep a processor busy.
-void GenTLStream::Pause(const std::atomic<bool>& run) {
+void GenTLStream::Rest(const std::atomic<bool>& run) {
     MutexLock lock(mutex_);
     if (run)
         receiverEnded_.WaitFor(mutex_, milliseconds(100));

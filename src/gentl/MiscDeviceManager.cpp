@@ -120,12 +120,10 @@ void MiscDeviceManager::Load(const std::vector<std::string>& files) {
         producers_.push_back(std::make_shared<Producer>());
         producers_.back()->api = std::move(api);
     }
-    // One that takes long does not keep those that are loaded from being asked.
+    // Other families are listed meanwhile, and one that takes long does not keep those that are loaded from
+    // being asked.
     for (const auto& producer : producers_)
         producer->BeginRound();
-    for (const auto& producer : producers_)
-        producer->api->Threads().Wait(producer->api->loading, firstRoundEnd_);
-    DropRefused();
 }
 
 // The registry remembers why.
@@ -176,6 +174,9 @@ StatusCode MiscDeviceManager::EnumDevices() {
         for (const auto& producer : producers_)
             producer->BeginRound();
     firstRound_ = false;
+    for (const auto& producer : producers_)
+        producer->api->Threads().Wait(producer->api->loading, deadline);
+    DropRefused();
     std::vector<std::shared_ptr<IDevice>> devices;
     for (const auto& producer : producers_) {
         if (producer->IsUsable())

@@ -2,11 +2,13 @@
 // library and of the environment's search path, and makes an interface device of each interface that they
 // report.
 //
-// All producers are loaded, and asked, at once: the first round takes at most 5 s and later ones 2 s,
-// whatever their number. One that takes longer has its interfaces listed by a later round.
+// All producers are loaded, and asked, at once, from the constructor on: the first enumeration ends at most
+// 5 s after it and later ones take 2 s, whatever their number. One that takes longer has its interfaces
+// listed by a later enumeration.
 #pragma once
 
 #include "device/ManagerAbs.h"
+
 #include <chrono>
 #include <memory>
 #include <string>
