@@ -2,6 +2,7 @@
 
 #include "vx3/core/Logger.h"
 
+#include <cstdlib>
 #include <exception>
 #include <thread>
 #include <vector>
@@ -45,11 +46,30 @@ struct CallThreads::Shared {
 };
 
 namespace {
+// An abandoned job may come back when the process is ending, and with it all that the library has: it goes no
+// further then.
+std::atomic<bool> g_exiting{false};
+
+void ParkAtExit() {
+    static const bool registered = [] {
+        std::atexit([] { g_exiting = true; });
+        return true;
+    }();
+    (void)registered;
+}
+
+void ParkWhenExiting() {
+    while (g_exiting)
+        std::this_thread::sleep_for(std::chrono::hours(1));
+}
+
 thread_local const void* t_owner = nullptr;              // the threads this one belongs to
 thread_local std::atomic<const char*>* t_call = nullptr; // of the job that runs
 } // namespace
 
-CallThreads::CallThreads(std::string owner) : owner_(std::move(owner)), shared_(std::make_shared<Shared>()) {}
+CallThreads::CallThreads(std::string owner) : owner_(std::move(owner)), shared_(std::make_shared<Shared>()) {
+    ParkAtExit();
+}
 
 CallThreads::~CallThreads() {
     std::vector<std::shared_ptr<Worker>> workers;
@@ -110,6 +130,11 @@ std::shared_ptr<CallThreads::Task> CallThreads::Begin(const char* what, std::fun
     return task;
 }
 
+bool CallThreads::IsAbandoned(const Task& task) {
+    MutexLock lock(task.mutex);
+    return task.abandoned;
+}
+
 bool CallThreads::HasEnded(const Task& task) {
     MutexLock lock(task.mutex);
     return task.ended;
@@ -160,6 +185,8 @@ void CallThreads::Work(const std::shared_ptr<Shared>& shared, const std::shared_
         } catch (const std::exception& error) {
             VxLoggerLog(LogLevel::Error, "SDK", "%s: %s: %s", task->owner.c_str(), task->what, error.what());
         }
+        if (IsAbandoned(*task))
+            ParkWhenExiting();
         t_call = nullptr;
         task->job = nullptr; // with what it holds
         // The thread is free before its job is known to have ended, so that the next job finds it.

@@ -59,6 +59,8 @@ public:
     static void NoteCall(const char* name);
 
 private:
+    static bool IsAbandoned(const Task& task);
+
     struct Worker;
     struct Shared;
 

@@ -11,8 +11,8 @@ namespace TestProducer {
 // ---- settings ----
 
 Settings& TheSettings() {
-    static Settings settings;
-    return settings;
+    static auto* const settings = new Settings; // a thread may hang in it when the process ends
+    return *settings;
 }
 
 void Settings::Load() {
@@ -115,8 +115,8 @@ GC_ERROR GiveNumber(std::uint64_t value, std::int32_t kind, std::int32_t* type, 
 // ---- the system ----
 
 System& TheSystem() {
-    static System system;
-    return system;
+    static auto* const system = new System;
+    return *system;
 }
 
 void System::Reset() {
