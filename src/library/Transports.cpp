@@ -1,9 +1,11 @@
 #include "library/Transports.h"
 
 #include "cameralink/GenCpManager.h"
+#include "gentl/GenTLInterfaceDev.h"
 #include "gentl/MiscDeviceManager.h"
 #include "gev/GevManager.h"
 #include "grabber/KdManager.h"
+#include "library/PublishFound.h"
 #include "remote/RemoteDeviceManager.h"
 #include "simulated/VirtualManager.h"
 
@@ -19,6 +21,11 @@ std::unique_ptr<IManager> Make(const char* name) {
 } // namespace
 
 const TransportTable& Transports() {
+    static const bool observed = [] {
+        GenTLInterfaceDev::Observe(PublishFound);
+        return true;
+    }();
+    (void)observed;
     static const TransportTable table{
         {IntfDevType::Virtual, "ManagerAll Virtual", Make<VirtualManager>},
         {IntfDevType::GigEVision, "ManagerAll GigE", Make<GevManager>},
