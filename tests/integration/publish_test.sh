@@ -142,6 +142,23 @@ stop "$server"
 "$vx3" serve --replay "$work/absent" >"$work/out" 2>&1
 lab_check "a folder that is none fails" is $? 1
 
+# ---- a GigE Vision camera that is not ours, from the host that has it to one that has not
+if command -v arv-fake-gv-camera-0.8 >/dev/null; then
+    lab_camera_start VX3TEST03
+    "$vx3" --transport gige serve VX3TEST03 --set Width=320 --json >"$work/onward" 2>"$work/onward.err" &
+    server=$!
+    lab_pids+=("$server")
+    for _ in $(seq 100); do
+        grep -q serving "$work/onward" && break
+        sleep 0.05
+    done
+    lab_camera_do "$vx3" --transport remote set 10.77.0.1 Height=200 >/dev/null
+    lab_camera_do "$vx3" --transport remote grab 10.77.0.1 -n 20 --no-save --json >"$work/grab"
+    lab_check "a GigE Vision camera is published as well" is "$(json "$work/grab" '(d["frames"], d["incomplete"], d["width"], d["height"])')" "(20, 0, 320, 200)"
+    stop "$server"
+    lab_camera_stop
+fi
+
 # ---- a local and a remote user of one camera
 nsenter -t "$lab_holder" -n "$share" 30 >"$work/share" 2>"$work/share.err" &
 local_user=$!

@@ -104,7 +104,7 @@ TEST(PublishedDescription, MovesEveryRegisterIntoTheWindowAndBack) {
 TEST(PublishedDescription, AGigEVisionCamerasBootstrapRegistersAreTheServers) {
     const std::string camera =
         DescriptionOf("<Category Name=\"Root\"/>" + Reg("GevSCDA", "<Address>0xD18</Address>") +
-                      Reg("Width", "<Address>0xA000</Address>"));
+                      Reg("Own", "<Address>0x100</Address>") + Reg("Width", "<Address>0xA000</Address>"));
     for (const bool gigE : {true, false}) {
         const auto published = PublishedDescription::Make("c", camera, gigE);
         const auto owner = std::make_shared<NotingOwner>();
@@ -112,6 +112,8 @@ TEST(PublishedDescription, AGigEVisionCamerasBootstrapRegistersAreTheServers) {
         ASSERT_NE(nodes.GetNodeMap(), nullptr);
         (void)nodes.GetNodeValue("GevSCDA");
         EXPECT_EQ(owner->last, gigE ? 0xD18U : 0x10D18U);
+        (void)nodes.GetNodeValue("Own");
+        EXPECT_EQ(owner->last, 0x10100U) << "no register of the standard's";
         (void)nodes.GetNodeValue("Width");
         EXPECT_EQ(owner->last, 0x1A000U);
     }

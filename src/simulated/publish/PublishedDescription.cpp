@@ -10,6 +10,7 @@
 #include <optional>
 #include <pugixml.hpp>
 #include <sstream>
+#include <utility>
 
 namespace VX3 {
 
@@ -65,6 +66,17 @@ std::optional<std::uint64_t> Number(const char* text) {
 bool IsAddressPiece(const char* name) {
     for (const char* piece : {"Address", "pAddress", "IntSwissKnife", "pIndex"})
         if (std::strcmp(name, piece) == 0)
+            return true;
+    return false;
+}
+
+// Of every GigE Vision camera: identity, URLs and network, capabilities and control, message and stream
+// channels. What lies between belongs to some cameras' own features.
+bool IsStandardRegister(std::uint64_t address) {
+    constexpr std::pair<std::uint64_t, std::uint64_t> Ranges[] = {
+        {0x0000, 0x0100}, {0x0200, 0x0700}, {0x0900, 0x0C00}, {0x0D00, 0x0E00}};
+    for (const auto& [first, end] : Ranges)
+        if (address >= first && address < end)
             return true;
     return false;
 }
@@ -185,7 +197,7 @@ private:
     void Move(xml_node node) {
         bool whole = true;
         const std::uint64_t address = StaticAddress(node, whole);
-        if (gigEVision_ && address < AddressWindow::ServerEnd && (whole || node.child("Address")))
+        if (gigEVision_ && IsStandardRegister(address) && (whole || node.child("Address")))
             return;
         const std::optional<std::int64_t> shift = result_.window.ShiftOf(address);
         if (!shift)

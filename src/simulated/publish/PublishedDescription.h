@@ -21,7 +21,7 @@ struct PublishedDescription {
     std::string failure; // why there is none, in words
 
     // `name`: becomes the file's. `description`: XML, or a zip archive with it. `gigEVision`: its camera is
-    // one, and registers on the server's page mean the server's.
+    // one, and registers that every such camera has mean the server's.
     static PublishedDescription Make(const std::string& name, std::string_view description, bool gigEVision);
 };
 
