@@ -68,8 +68,10 @@ function(vx3_precompiled_gtest target)
   target_precompile_headers(${target} REUSE_FROM vx3_gtest_header)
 endfunction()
 
-# vx3_tests(NAME LINKS...): the executable NAME_tests over tests/NAME/*_test.cpp.
+# vx3_tests(NAME LINKS... [LOCK RESOURCE]): the executable NAME_tests over tests/NAME/*_test.cpp. Tests that lock the
+# same resource do not run at the same time.
 function(vx3_tests name)
+  cmake_parse_arguments(PARSE_ARGV 1 tests "" "LOCK" "")
   file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/${name}/*_test.cpp)
   if(NOT sources)
     return()
@@ -77,6 +79,7 @@ function(vx3_tests name)
   add_executable(${name}_tests ${sources})
   vx3_test_options(${name}_tests)
   vx3_precompiled_gtest(${name}_tests)
-  target_link_libraries(${name}_tests PRIVATE ${ARGN})
-  gtest_discover_tests(${name}_tests PROPERTIES LABELS ${name} TIMEOUT 300 DISCOVERY_TIMEOUT 60)
+  target_link_libraries(${name}_tests PRIVATE ${tests_UNPARSED_ARGUMENTS})
+  gtest_discover_tests(${name}_tests PROPERTIES LABELS ${name} TIMEOUT 300 RESOURCE_LOCK "${tests_LOCK}"
+                       DISCOVERY_TIMEOUT 60)
 endfunction()
