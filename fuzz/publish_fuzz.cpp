@@ -7,6 +7,7 @@
 #include "FuzzInput.h"
 #include "simulated/camera/GvcpAnswers.h"
 #include "simulated/publish/GevSimuDevice.h"
+#include "vx3/genicam/IGenIObj.h"
 #include "vx3/simulated/ImageCamera.h"
 
 using namespace VX3;
