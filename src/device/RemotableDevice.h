@@ -40,7 +40,7 @@ public:
     bool IsConnectedRemotely() const override { return users_[StreamUsers::Remote]; }
 
     // The end for both users, whoever is connected.
-    StatusCode DisConnectA();
+    StatusCode DisConnectA(); // NOLINT(bugprone-virtual-near-miss): another one than DisConnectP
 
     // `user`: 0 local, 1 remote. AlreadyConnected: this one is. WrongState: the device is connected with
     // another access. DeviceLost: the other user still holds a connection whose camera is gone.
