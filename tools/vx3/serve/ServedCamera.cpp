@@ -10,7 +10,6 @@
 #include "vx3/simulated/ImageCamera.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -22,6 +21,14 @@ namespace {
 constexpr double UsualRate = 30;
 constexpr std::uint64_t MostBytes = std::uint64_t{1} << 30; // of recorded frames in memory
 constexpr const char* SettingsFile = "settings.txt";
+
+// A number of up to five digits, and nothing else.
+bool ParseSize(const std::string& text, std::uint32_t& size) {
+    if (text.empty() || text.size() > 5 || text.find_first_not_of("0123456789") != std::string::npos)
+        return false;
+    size = static_cast<std::uint32_t>(std::strtoul(text.c_str(), nullptr, 10));
+    return true;
+}
 
 std::shared_ptr<IDevice> Make(const ImageCameraConfig& config) {
     auto camera = MakeImageCamera(config);
@@ -94,15 +101,19 @@ void LoadSettings(const std::string& folder, ImageCameraConfig& config) {
 
 std::shared_ptr<IDevice> PatternCamera(const std::string& text) {
     ImageCameraConfig config;
-    int used = 0;
-    int more = 0;
-    if (std::sscanf(text.c_str(), "%5ux%5u%n", &config.width, &config.height, &used) < 2)
+    const std::size_t cross = text.find('x');
+    const std::size_t at = text.find('@');
+    bool good = cross != std::string::npos && (at == std::string::npos || cross < at);
+    good = good && ParseSize(text.substr(0, cross), config.width) &&
+           ParseSize(text.substr(cross + 1, at - cross - 1), config.height);
+    if (!good)
         throw ToolError("\"" + text + "\" is not WIDTHxHEIGHT or WIDTHxHEIGHT@FRAMES");
-    const char* const rest = text.c_str() + used;
-    config.framesPerSecond = UsualRate;
-    if (*rest != '\0' && (std::sscanf(rest, "@%lf%n", &config.framesPerSecond, &more) < 1 ||
-                          rest[more] != '\0' || !(config.framesPerSecond > 0)))
-        throw ToolError("\"" + text + "\" does not end in a number of frames a second");
+    if (at != std::string::npos) {
+        char* end = nullptr;
+        config.framesPerSecond = std::strtod(text.c_str() + at + 1, &end);
+        if (end == text.c_str() + at + 1 || *end != '\0' || !(config.framesPerSecond > 0))
+            throw ToolError("\"" + text + "\" does not end in a number of frames a second");
+    }
     return Make(config);
 }
 
