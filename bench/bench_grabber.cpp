@@ -92,7 +92,8 @@ public:
         return result;
     }
 
-    // Bytes a second of the same reads into images of a pool.
+    // Bytes a second of the same reads into images of a pool, of which one is still with the client while the
+    // next is filled.
     double BareReads(std::uint32_t frames) const {
         ImageInfo info;
         info.width = Width;
@@ -100,14 +101,15 @@ public:
         info.pixelFormat = Mono8;
         const auto pool = ImagePoolFactory::CreateRecycleImagePool(1ULL << 32, "bench");
         const int fd = open(card_.Node("c2h_0").c_str(), O_RDONLY | O_CLOEXEC);
-        (void)pool->Create(&info, nullptr, 0);
+        std::unique_ptr<IImage> previous = pool->Create(&info, nullptr, 0);
         const auto start = Clock::now();
         for (std::uint32_t i = 0; i < frames; ++i) {
-            const auto image = pool->Create(&info, nullptr, 0);
+            auto image = pool->Create(&info, nullptr, 0);
             for (std::uint32_t n = 0; n < Segments; ++n)
                 if (pread(fd, image->GetImageBuff() + n * (FrameBytes / Segments), FrameBytes / Segments,
                           n * (FrameBytes / Segments)) <= 0)
                     std::abort();
+            previous = std::move(image);
         }
         const double seconds = Seconds(Clock::now() - start);
         close(fd);
