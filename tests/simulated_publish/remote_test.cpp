@@ -52,9 +52,10 @@ struct Receiver {
     std::uint64_t lastFrame = 1;
 };
 
-// A free pair of ports for every test.
+// A free pair of ports for every test, below those that the system gives out; another run of the tests may be
+// under way.
 std::uint16_t NextPort() {
-    static std::uint16_t next = 57100;
+    static std::uint16_t next = static_cast<std::uint16_t>(20000 + ::getpid() % 5000 * 2);
     return next = static_cast<std::uint16_t>(next + 2);
 }
 
