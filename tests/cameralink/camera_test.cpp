@@ -116,6 +116,33 @@ TEST(GenCpInterface, PortsThatCannotBeAskedAreTold) {
     EXPECT_EQ(other.WritePort(GenCpCamera::Scratch, word, 4), Status::NotAvailable);
 }
 
+TEST(GenCpInterface, FourCamerasAtOnce) {
+    std::vector<std::unique_ptr<GenCpCamera>> cameras;
+    std::string ports;
+    for (const std::uint32_t rate : {9600U, 19200U, 115200U, 921600U}) {
+        GenCpCameraData data = Camera(std::to_string(rate));
+        data.rate = rate;
+        data.zipped =
+            false; // libzip asks for the time zone: the thread sanitizer does not see that lock of glibc's
+        cameras.push_back(std::make_unique<GenCpCamera>(data));
+        ports += cameras.back()->Port() + " ";
+    }
+    GenCpInterfaceDev interface("GenCP Interface", ports);
+    const auto start = Clock::now();
+    const auto found = interface.EnumSubDevices(5000);
+    EXPECT_LT(Clock::now() - start, milliseconds(5000));
+    ASSERT_EQ(found.size(), 4U);
+    const std::vector<std::shared_ptr<IDevice>> devices(found.begin(), found.end());
+    OnThreads(4, [&](unsigned int i) {
+        for (unsigned int cycle = 0; cycle < 5; ++cycle) {
+            ASSERT_EQ(devices[i]->Connect(), Status::Ok);
+            EXPECT_EQ(devices[i]->GetConfigurer()->SetNodeValue("Gain", 100 * i + cycle), Status::Ok);
+            EXPECT_EQ(cameras[i]->Register32(GenCpCamera::Scratch), 100 * i + cycle);
+            EXPECT_EQ(devices[i]->DisConnect(), Status::Ok);
+        }
+    });
+}
+
 TEST(GenCpInterface, PortsAddedLater) {
     GenCpCamera one(Camera("1"));
     GenCpCamera two(Camera("2"));
