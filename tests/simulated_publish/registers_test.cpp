@@ -136,6 +136,12 @@ TEST(PublishedRegisters, EveryWrongAccessIsAnsweredWithItsStatus) {
     EXPECT_EQ(read(0x48000000), AckStatus::InvalidAddress) << "no description";
     EXPECT_EQ(read(0x7FFFFFFC), AckStatus::InvalidAddress);
     EXPECT_EQ(lab.Write(0x000C, 1), AckStatus::WriteProtect) << "what it is, is not written";
+    EXPECT_EQ(lab.Write(0x064C, 1), AckStatus::WriteProtect) << "nor is this host's address";
+    Bytes force(56);
+    Wire::Store<std::uint16_t>(force.data() + 2, 0x1234);
+    Wire::Store<std::uint32_t>(force.data() + 4, 0x567890AB);
+    EXPECT_EQ(PublishedLab::StatusOf(lab.Ask(PublishedLab::Command(0x0004, force))),
+              AckStatus::NotImplemented);
     EXPECT_EQ(lab.Write(0x48000000, 1), AckStatus::WriteProtect);
     EXPECT_EQ(lab.Write(0x14000, 1), AckStatus::Error);
     camera->failingWrite = 0x1000;

@@ -1,6 +1,7 @@
 // A published camera and the remote device that opens it, over the loopback interface.
 #include "PublishedLab.h"
 #include "gev/control/GevCmdHelper.h"
+#include "gev/net/OwnPorts.h"
 #include "remote/RemoteDevice.h"
 #include "remote/RemoteInterfaceDev.h"
 #include "simulated/publish/GevSimuDeviceList.h"
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 
@@ -231,6 +233,59 @@ TEST(Published, FourAtMostAndEachOnce) {
     EXPECT_EQ(list.FindEmptyAndinsertSimuDevice(cameras[1]), 1U) << "the first slot that is free";
     for (const auto& camera : cameras)
         EXPECT_EQ(Withdraw(*camera), Status::Ok);
+}
+
+// The loopback interface, which enumeration never lists, on two ports of choice.
+class Loop : public GevInterfaceDev {
+public:
+    explicit Loop(std::vector<std::uint16_t> ports)
+        : GevInterfaceDev("lo", "", "lo", 0, 0), ports_(std::move(ports)) {
+        SetNameRule(ModelSerialIp);
+    }
+    ~Loop() override { Shutdown(); }
+    using GevInterfaceDev::EnumSubDevices;
+
+protected:
+    std::vector<std::uint16_t> Ports() const override { return ports_; }
+    std::shared_ptr<IDevice> MakeDevice(const std::string& name, const GevDiscovered& found,
+                                        bool noFilter) override {
+        return std::make_shared<RemoteDevice>(name, found.host, found.ack, this, found.port, noFilter,
+                                              StateOf(found.control));
+    }
+
+private:
+    const std::vector<std::uint16_t> ports_;
+};
+
+TEST(RemoteInterface, FindsCamerasThatAreAlikeButNotItsOwnProcesss) {
+    std::vector<std::shared_ptr<GevSimuDevice>> published;
+    std::vector<std::shared_ptr<IDevice>> cameras;
+    const std::vector<std::uint16_t> ports{NextPort(), NextPort()};
+    PublishOptions options;
+    options.address = 0x7F000001;
+    for (const std::uint16_t port : ports) {
+        cameras.push_back(SmallCamera());
+        published.push_back(
+            CreateGevSimuDevice(port, static_cast<std::uint16_t>(port + 1), cameras.back(), options));
+        ASSERT_EQ(published.back()->StartMonitor(), Status::Ok);
+    }
+    Loop interface(ports);
+    EXPECT_TRUE(interface.EnumSubDevices(LoopbackHost, 0x7F000001).empty())
+        << "what this process publishes itself";
+    for (const std::uint16_t port : ports)
+        OwnPorts::Remove(port); // as if another process did
+    const auto start = std::chrono::steady_clock::now();
+    const auto found = interface.EnumSubDevices(LoopbackHost, 0x7F000001);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1500ms) << "all ports at once";
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found.front()->Name(), "Pattern(000001)@127.0.0.1");
+    EXPECT_EQ(found.front()->Name(), found.back()->Name());
+    EXPECT_NE(found.front()->UniqueName(), found.back()->UniqueName());
+    EXPECT_EQ(found.front()->DeviceState(), DEVICE_STATE::Available);
+    const auto info = found.front()->GetInfo();
+    EXPECT_TRUE(std::any_of(info.begin(), info.end(), [](const auto& entry) {
+        return entry.first == "Published";
+    })) << "marked as this host's";
 }
 
 TEST(RemoteInterface, CamerasAreNotAddedByAddress) {

@@ -44,10 +44,11 @@ std::uint16_t CameraTarget::ControlChanged(std::uint32_t privilege, const NET_EN
     return AckStatus::Success;
 }
 
-void CameraTarget::ForceIp(const Gvcp::ForceIpRequest& request) {
+std::uint16_t CameraTarget::ForceIp(const Gvcp::ForceIpRequest& request) {
     (void)registers_.SetValue(Bootstrap::CurrentIp, request.ip);
     (void)registers_.SetValue(Bootstrap::CurrentMask, request.mask);
     (void)registers_.SetValue(Bootstrap::CurrentGateway, request.gateway);
+    return AckStatus::Success;
 }
 
 } // namespace Simulated

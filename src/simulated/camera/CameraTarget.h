@@ -16,7 +16,7 @@ public:
     std::uint16_t Read(std::uint64_t address, WireRoom room) override;
     std::uint16_t Write(std::uint64_t address, WireBytes bytes) override;
     std::uint16_t ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) override;
-    void ForceIp(const Gvcp::ForceIpRequest& request) override;
+    std::uint16_t ForceIp(const Gvcp::ForceIpRequest& request) override;
     void Resend(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, TimePoint now) override {
         streams_.Resend(request, sender, now);
     }

@@ -90,8 +90,7 @@ std::size_t GvcpAnswers::ForceIp(const CommandPacket& command, WireRoom room) {
     if (!Gvcp::DecodeForceIp(command.payload, request) ||
         (request.macHigh & 0xFFFF) != Value(Bootstrap::MacHigh) || request.macLow != Value(Bootstrap::MacLow))
         return 0; // meant for somebody else
-    target_.ForceIp(request);
-    return Bare(command, AckStatus::Success, room);
+    return Bare(command, target_.ForceIp(request), room);
 }
 
 std::uint32_t GvcpAnswers::Value(std::uint32_t address) {

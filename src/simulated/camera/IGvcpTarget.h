@@ -39,8 +39,8 @@ public:
     // The control channel privilege changed hands; 0: nobody holds it any more, and the holder is empty. Any
     // status but Success refuses it to the new holder: nobody has it then.
     virtual std::uint16_t ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) = 0;
-    // The request names this camera.
-    virtual void ForceIp(const Gvcp::ForceIpRequest& request) = 0;
+    // The request names this camera. A GigE Vision status.
+    virtual std::uint16_t ForceIp(const Gvcp::ForceIpRequest& request) = 0;
     virtual void Resend(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, TimePoint now) = 0;
     // Called every few milliseconds. True when it wants to be called again as soon as possible.
     virtual bool Tick(TimePoint now) = 0;

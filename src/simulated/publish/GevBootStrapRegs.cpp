@@ -63,9 +63,8 @@ GevBootStrapRegs::GevBootStrapRegs(const GevBootStrapRegsValue& value, std::uint
         file_.AllowWrites(StreamRegister(StreamDestination, channel), 4);
     }
     SetValue(StreamSourcePort, gvspPort);
-    for (const std::uint32_t address :
-         {NetworkConfiguration, PersistentIp, PersistentMask, PersistentGateway, HeartbeatTimeout,
-          TimestampControl, GvcpConfiguration, GvspConfiguration})
+    // Not what belongs to this host: its addresses, and how it gets them.
+    for (const std::uint32_t address : {HeartbeatTimeout, TimestampControl, GvspConfiguration})
         file_.AllowWrites(address, 4);
     file_.AllowWrites(UserDefinedName, 16);
     file_.AllowWrites(0x0B00, 0x20); // the message channel's

@@ -52,7 +52,8 @@ public:
     std::uint16_t WriteRegister(std::uint32_t address, std::uint32_t value) override;
     std::uint16_t Identify(const NET_ENDPOINT& asker, WireRoom room) override;
     std::uint16_t ControlChanged(std::uint32_t privilege, const NET_ENDPOINT& holder) override;
-    void ForceIp(const Gvcp::ForceIpRequest&) override {} // the host's addresses are not ours to change
+    // The host's addresses are not ours to change.
+    std::uint16_t ForceIp(const Gvcp::ForceIpRequest&) override { return Gvcp::AckStatus::NotImplemented; }
     void Resend(const Gvcp::ResendRequest& request, const NET_ENDPOINT& sender, TimePoint now) override;
     bool Tick(TimePoint now) override;
 
