@@ -100,7 +100,7 @@ void CallThreads::NoteCall(const char* name) {
 
 std::shared_ptr<CallThreads::Task> CallThreads::Begin(const char* what, std::function<void()> job,
                                                       std::function<void()> late, Overdue overdue) {
-    const auto task = std::make_shared<Task>();
+    auto task = std::make_shared<Task>();
     task->job = std::move(job);
     task->late = std::move(late);
     task->owner = owner_;

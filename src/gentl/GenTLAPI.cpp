@@ -19,6 +19,15 @@ void AnnounceCall(const std::string& producer, const char* function) {
     CallThreads::NoteCall(function);
     VxLoggerLog(LogLevel::Debug, "SDK", "%s: %s", producer.c_str(), function);
 }
+
+// What a call that never returned may still touch.
+void KeepForEver(const std::vector<std::shared_ptr<void>>& things) {
+    static auto* const forEver = new std::vector<std::shared_ptr<void>>;
+    static Mutex mutex;
+    MutexLock lock(mutex);
+    forEver->insert(forEver->end(), things.begin(), things.end());
+}
+
 } // namespace
 
 GenTLAPI::GenTLAPI(std::string file)
@@ -44,11 +53,8 @@ GenTLAPI::~GenTLAPI() {
     const auto closed = Ask("closing", UnloadBound, close);
     threads_.reset();
     if (!closed) {
-        static auto* const forEver = new std::vector<std::shared_ptr<void>>;
-        static Mutex mutex;
-        MutexLock keeping(mutex);
         MutexLock lock(descriptionMutex_);
-        forEver->insert(forEver->end(), kept_.begin(), kept_.end());
+        KeepForEver(kept_);
         return;
     }
     CallThreads unloading(Name());
@@ -100,6 +106,7 @@ std::string GenTLAPI::LoadLibrary() {
     VxLoggerLog(LogLevel::Debug, "SDK", "Ready to load library:%s...", path.c_str());
     CallThreads::NoteCall("dlopen");
     library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is this thread's own
     const char* error = library == nullptr ? ::dlerror() : nullptr;
     VxLoggerLog(LogLevel::Debug, "SDK", "load library with result %p", library);
     if (library == nullptr)

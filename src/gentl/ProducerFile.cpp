@@ -69,6 +69,7 @@ std::vector<std::string> ProducerFilesOfPath(const std::string& searchPath) {
 }
 
 std::vector<std::string> ProducerFilesOfEnvironment() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the library changes the environment
     const char* searchPath = ConfigBool(ConfigKeys::GenTLEnvironmentPath, nullptr, true)
                                  ? std::getenv("GENICAM_GENTL64_PATH")
                                  : nullptr;

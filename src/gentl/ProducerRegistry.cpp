@@ -39,8 +39,8 @@ std::shared_ptr<GenTLAPI> ProducerRegistry::Get(const std::string& file) {
             return known;
         if (entry.closing)
             return nullptr;
-        const std::shared_ptr<GenTLAPI> producer(new GenTLAPI(file),
-                                                 [this, path](GenTLAPI* ending) { End(ending, path); });
+        std::shared_ptr<GenTLAPI> producer(new GenTLAPI(file),
+                                           [this, path](GenTLAPI* ending) { End(ending, path); });
         // The job has a share: a producer that does not return is never unloaded under its feet.
         producer->loading = producer->Threads().Begin("loading", [producer] { producer->Load(); });
         entry.producer = producer;

@@ -133,6 +133,7 @@ static_assert(sizeof(void*) != 8 ||
 // clang-format on
 
 // Pointers to them: PGCGetInfo, ...
+// NOLINTNEXTLINE(bugprone-macro-parentheses): the parameters bring theirs
 #define VX3_GENTL_POINTER(name, parameters) using P##name = GC_ERROR(*) parameters;
 VX3_GENTL_FUNCTIONS(VX3_GENTL_POINTER)
 VX3_GENTL_LATER_FUNCTIONS(VX3_GENTL_POINTER)
