@@ -118,7 +118,7 @@ StatusCode RemotableDevice<Base>::DisConnectRemotely() {
     return MUSerDisConnect(StreamUsers::Remote);
 }
 
-template <typename Base>
+template <typename Base> // NOLINTNEXTLINE(bugprone-virtual-near-miss): see above
 StatusCode RemotableDevice<Base>::DisConnectA() {
     const TransitionGate::Pass pass(sharing_);
     if (!pass)

@@ -69,10 +69,10 @@ std::vector<std::string> ProducerFilesOfPath(const std::string& searchPath) {
 }
 
 std::vector<std::string> ProducerFilesOfEnvironment() {
+    if (!ConfigBool(ConfigKeys::GenTLEnvironmentPath, nullptr, true))
+        return {};
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the library changes the environment
-    const char* searchPath = ConfigBool(ConfigKeys::GenTLEnvironmentPath, nullptr, true)
-                                 ? std::getenv("GENICAM_GENTL64_PATH")
-                                 : nullptr;
+    const char* searchPath = std::getenv("GENICAM_GENTL64_PATH");
     return searchPath != nullptr ? ProducerFilesOfPath(searchPath) : std::vector<std::string>();
 }
 
