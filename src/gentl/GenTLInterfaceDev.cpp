@@ -58,9 +58,13 @@ GenTLInterfaceDev::GenTLInterfaceDev(std::shared_ptr<GenTLAPI> producer, const c
 
 GenTLInterfaceDev::~GenTLInterfaceDev() {
     MonitorSubDevices(false, 0, 0, {});
+    std::list<std::shared_ptr<IDevice>> gone;
     for (const auto& known : SubDevices())
         if (const auto camera = std::dynamic_pointer_cast<GenTLRemotableDevice>(known.lock()))
-            camera->DisConnectA();
+            gone.push_back(camera);
+    TellObserver({{SUB_DEVICE_EVENT::Lost, gone}});
+    for (const auto& camera : gone)
+        static_cast<GenTLRemotableDevice&>(*camera).DisConnectA();
     Shutdown();
 }
 

@@ -18,6 +18,12 @@ std::unique_ptr<IManager> Make(const char* name) {
     return std::make_unique<Manager>(name);
 }
 
+// What its interfaces find is published where the configuration wants that.
+std::unique_ptr<IManager> MakeGenTL(const char* name) {
+    GenTLInterfaceDev::Observe(PublishFound);
+    return Make<MiscDeviceManager>(name);
+}
+
 } // namespace
 
 const TransportTable& Transports() {
@@ -31,7 +37,7 @@ const TransportTable& Transports() {
         {IntfDevType::GigEVision, "ManagerAll GigE", Make<GevManager>},
         {IntfDevType::Grabber, "ManagerAll KD", Make<KdManager>},
         {IntfDevType::GenCP, "ManagerAll GenCP", Make<GenCpManager>},
-        {IntfDevType::Misc, "ManagerAll Misc", Make<MiscDeviceManager>},
+        {IntfDevType::Misc, "ManagerAll Misc", MakeGenTL},
         {IntfDevType::Remote, "ManagerAll Remote", Make<RemoteDeviceManager>},
     };
     return table;
