@@ -11,8 +11,16 @@ namespace TestProducer {
 // ---- settings ----
 
 Settings& TheSettings() {
-    static auto* const settings = new Settings; // a thread may hang in it when the process ends
-    return *settings;
+    static Settings settings;
+    return settings;
+}
+
+// A thread may hang in it when the process ends.
+Settings::~Settings() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    values_["release"] = "1";
+    released_.notify_all();
+    left_.wait(lock, [&] { return hanging_ == 0; });
 }
 
 void Settings::Load() {
@@ -60,9 +68,13 @@ GC_ERROR Settings::Enter(const char* function) {
         return value == values_.end() || value->second.empty() ? 0LL : std::stoll(value->second);
     };
     const std::string name(function);
-    if (const long long ms = number("hang." + name))
+    if (const long long ms = number("hang." + name)) {
+        ++hanging_;
         released_.wait_for(lock, std::chrono::milliseconds(ms),
                            [&] { return values_.count("release") != 0; });
+        --hanging_;
+        left_.notify_all();
+    }
     if (const long long code = number("fail." + name))
         return static_cast<GC_ERROR>(code);
     for (long long n = 1; n <= std::min(count, 9LL); ++n)
@@ -115,8 +127,8 @@ GC_ERROR GiveNumber(std::uint64_t value, std::int32_t kind, std::int32_t* type, 
 // ---- the system ----
 
 System& TheSystem() {
-    static auto* const system = new System;
-    return *system;
+    static System system;
+    return system;
 }
 
 void System::Reset() {

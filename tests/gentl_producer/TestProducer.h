@@ -36,6 +36,7 @@ using namespace GenTL;
 
 class Settings {
 public:
+    ~Settings();
     void Load();
     void Set(const std::string& key, const std::string& value);
     std::string Text(const std::string& key, const std::string& otherwise = "") const;
@@ -50,6 +51,8 @@ public:
 private:
     mutable std::mutex mutex_;
     std::condition_variable released_;
+    std::condition_variable left_;
+    int hanging_ = 0; // calls, now
     std::map<std::string, std::string> values_;
     std::map<std::string, long long> calls_;
 };
