@@ -11,16 +11,16 @@ namespace TestProducer {
 // ---- settings ----
 
 Settings& TheSettings() {
-    static Settings settings;
-    return settings;
-}
-
-// A thread may hang in it when the process ends.
-Settings::~Settings() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    values_["release"] = "1";
-    released_.notify_all();
-    left_.wait(lock, [&] { return hanging_ == 0; });
+    // A thread may hang in it when the process ends: then it stays.
+    struct Holder {
+        ~Holder() {
+            if (!settings->IsHanging())
+                delete settings;
+        }
+        Settings* settings = new Settings;
+    };
+    static const Holder holder;
+    return *holder.settings;
 }
 
 void Settings::Load() {
@@ -73,7 +73,6 @@ GC_ERROR Settings::Enter(const char* function) {
         released_.wait_for(lock, std::chrono::milliseconds(ms),
                            [&] { return values_.count("release") != 0; });
         --hanging_;
-        left_.notify_all();
     }
     if (const long long code = number("fail." + name))
         return static_cast<GC_ERROR>(code);
@@ -81,6 +80,11 @@ GC_ERROR Settings::Enter(const char* function) {
         if (const long long code = number("fail." + name + "." + std::to_string(n)))
             return static_cast<GC_ERROR>(code);
     return GC_ERR_SUCCESS;
+}
+
+bool Settings::IsHanging() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return hanging_ > 0;
 }
 
 long long Settings::Calls(const std::string& function) const {

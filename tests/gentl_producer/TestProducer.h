@@ -36,7 +36,6 @@ using namespace GenTL;
 
 class Settings {
 public:
-    ~Settings();
     void Load();
     void Set(const std::string& key, const std::string& value);
     std::string Text(const std::string& key, const std::string& otherwise = "") const;
@@ -44,6 +43,7 @@ public:
     // Counts a call of that function, hangs where asked to, and gives the code to fail with.
     GC_ERROR Enter(const char* function);
     long long Calls(const std::string& function) const;
+    bool IsHanging() const;
     // Microseconds between two frames of a benchmark; 0: none is run.
     std::atomic<long long> pace{0};
     bool copying = false; // of a benchmark: no buffer is given back
@@ -51,7 +51,6 @@ public:
 private:
     mutable std::mutex mutex_;
     std::condition_variable released_;
-    std::condition_variable left_;
     int hanging_ = 0; // calls, now
     std::map<std::string, std::string> values_;
     std::map<std::string, long long> calls_;
