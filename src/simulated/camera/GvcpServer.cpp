@@ -15,6 +15,7 @@ constexpr int BusyMs = 1;
 // Of every batch of commands, what those who do not control may take while somebody does: the rest of theirs
 // is dropped, as a network drops, so that neither floods nor slow registers keep the controller waiting.
 constexpr std::chrono::milliseconds OthersShare(20);
+constexpr std::size_t OthersOfMany = 8; // commands of a full batch
 
 } // namespace
 
@@ -73,10 +74,15 @@ void GvcpServer::ServeBatch(const CameraSocket& socket) {
         if (!isOthers[i])
             Handle(socket, inbox_.At(i));
     }
+    const bool held = control_.IsHeld();
+    // More than a batch waits: the controller's next command may be behind it.
+    std::size_t left = held && count == CommandInbox::MostDatagrams ? OthersOfMany : count;
     const auto end = Clock::now() + OthersShare;
-    for (std::size_t i = 0; i < count && !stop_.Raised(); ++i)
-        if (isOthers[i] && (!control_.IsHeld() || Clock::now() < end))
+    for (std::size_t i = 0; i < count && left != 0 && !stop_.Raised(); ++i)
+        if (isOthers[i] && (!held || Clock::now() < end)) {
             Handle(socket, inbox_.At(i));
+            --left;
+        }
 }
 
 void GvcpServer::Handle(const CameraSocket& socket, const CommandInbox::Arrived& arrived) {
