@@ -48,8 +48,8 @@ KdStream::KdStream(IDevice* device, const std::string& devicePath, unsigned int 
       dma_(devicePath + "_c2h_0"),
       events_(devicePath + "_events_" + std::to_string(index + FirstStreamEvent)),
       assembler_([this](std::unique_ptr<IImage>&& image) {
+          LiveStatistics::Add(statistics_.blocks); // before the client can see it
           InsertImage(std::move(image), 0);
-          LiveStatistics::Add(statistics_.blocks);
       }),
       reader_([this](const std::atomic<bool>& run, const std::shared_ptr<IImagePool>& pool) {
           ThreadReadFrames(run, pool);
