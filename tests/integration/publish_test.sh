@@ -59,13 +59,14 @@ done
 stop "$server"
 
 lab_check "served with losses" serve lossy --virtual 640x480@50 --standard-port --loss 0.01 --single-packets
-tshark -i cam0 -w "$work/capture.pcapng" -q -a duration:5 >/dev/null 2>"$work/tshark.err" &
+tshark -i cam0 -w "$work/capture.pcapng" -q -a duration:7 >/dev/null 2>"$work/tshark.err" &
 capture=$!
 lab_pids+=("$capture")
 for _ in $(seq 100); do
     grep -q "Capturing on" "$work/tshark.err" && break
     sleep 0.05
 done
+sleep 1 # it says so before it does
 camera_test resend
 lab_check "lost packets come again" is "$(statistic resend n_failures)" 0
 lab_check "since they were asked for" [ "$(statistic resend n_resent_packets)" -gt 50 ]
