@@ -1,6 +1,7 @@
 #include "remote/RemoteDevice.h"
 
 #include "core/DefaultConfig.h"
+#include "gev/protocol/RemoteAddresses.h"
 #include "remote/RemoteStream.h"
 #include "vx3/core/IntfDevType.h"
 #include "vx3/core/LastFailure.h"
@@ -15,9 +16,7 @@ namespace VX3 {
 
 namespace {
 
-constexpr unsigned long long RemoteBit = 0x80000000;
 constexpr unsigned long long ServerEnd = 0x1000;
-constexpr unsigned long long TextAddress = 0x0FC0;
 constexpr std::streamoff LargestDescription = 0x6400000;
 
 // The description itself where the text is one, else the file's that it names; empty where that cannot be
@@ -65,9 +64,9 @@ StatusCode RemoteDevice::ReadPort(unsigned long long address, unsigned char* buf
     if (!helper)
         return reason;
     if (length != 4)
-        return helper->ReadMemory(address + RemoteBit, buffer, length, false);
+        return helper->ReadMemory(address + RemoteAddresses::RemoteBit, buffer, length, false);
     std::uint32_t value = 0;
-    const StatusCode result = helper->ReadRegister(address + RemoteBit, value);
+    const StatusCode result = helper->ReadRegister(address + RemoteAddresses::RemoteBit, value);
     if (Failed(result))
         return result;
     if (address < ServerEnd)
@@ -86,13 +85,13 @@ StatusCode RemoteDevice::WritePort(unsigned long long address, const unsigned ch
     if (!helper)
         return reason;
     if (length % 4 != 0)
-        return WritePart(*helper, address + RemoteBit, buffer, length);
+        return WritePart(*helper, address + RemoteAddresses::RemoteBit, buffer, length);
     if (length != 4)
-        return helper->WriteMemory(address + RemoteBit, buffer, length);
+        return helper->WriteMemory(address + RemoteAddresses::RemoteBit, buffer, length);
     std::uint32_t value = Wire::Load<std::uint32_t>(buffer);
     if (address >= ServerEnd)
         std::memcpy(&value, buffer, sizeof(value));
-    return helper->WriteRegister(address + RemoteBit, value);
+    return helper->WriteRegister(address + RemoteAddresses::RemoteBit, value);
 }
 
 StatusCode RemoteDevice::ReadPortEx(unsigned long long address, unsigned char* buffer, unsigned int length) {
@@ -111,7 +110,8 @@ StatusCode RemoteDevice::WritePortEx(unsigned long long address, const unsigned 
 }
 
 StatusCode RemoteDevice::SendText(const std::string& text) {
-    return GevDevice::WritePort(TextAddress, reinterpret_cast<const unsigned char*>(text.data()),
+    return GevDevice::WritePort(RemoteAddresses::TextCommands,
+                                reinterpret_cast<const unsigned char*>(text.data()),
                                 static_cast<unsigned int>(text.size()));
 }
 

@@ -1,5 +1,6 @@
 // The description that hosts get, and where its addresses lead.
 #include "genicam/GenApiRI.h"
+#include "gev/protocol/RemoteAddresses.h"
 #include "platform/archive/ZipArchive.h"
 #include "simulated/publish/PublishedDescription.h"
 #include "support/MemoryOwner.h"
@@ -81,7 +82,7 @@ TEST(PublishedDescription, MovesEveryRegisterIntoTheWindowAndBack) {
         ASSERT_NE(node, nullptr) << name;
         (void)dynamic_cast<GenICam::IInteger&>(*node).GetValue(false, true);
         ASSERT_GE(owner->last, AddressWindow::ServerEnd) << name;
-        ASSERT_LT(owner->last, AddressWindow::RemoteBit) << name << ": the remote bit must stay free";
+        ASSERT_LT(owner->last, RemoteAddresses::RemoteBit) << name << ": the remote bit must stay free";
         const auto route = published.window.Find(static_cast<std::uint32_t>(owner->last), 4);
         EXPECT_EQ(route.place, Place::Camera) << name;
         EXPECT_EQ(route.address, home) << name;

@@ -25,8 +25,6 @@ public:
     static constexpr std::uint32_t Pages = 0x50000000;
     static constexpr std::uint32_t PageSize = 0x01000000;
     static constexpr std::size_t MostPages = 48;
-    // Set in the addresses of a remote device of this library.
-    static constexpr std::uint32_t RemoteBit = 0x80000000;
 
     enum class Place { Server, Description, Camera, Nowhere };
     struct Route {

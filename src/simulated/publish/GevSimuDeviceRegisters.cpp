@@ -1,4 +1,5 @@
 // What the addresses of a published camera mean: registers of the server, its description, or the camera's.
+#include "gev/protocol/RemoteAddresses.h"
 #include "simulated/publish/GevSimuDevice.h"
 #include "vx3/core/Logger.h"
 
@@ -14,14 +15,13 @@ using namespace Bootstrap;
 using Place = AddressWindow::Place;
 namespace AckStatus = Gvcp::AckStatus;
 
-constexpr std::uint32_t TextCommands = 0x0FC0;
 constexpr std::uint32_t CommandElsewhere = 0x0FB0; // of cameras whose own command register is not known
 constexpr std::size_t LongestText = 64;
 constexpr std::uint64_t LargestShort =
     0xFFFFFFFF; // of addresses; longer ones come with the extended commands
 
 bool IsRemote(std::uint64_t address) {
-    return address <= LargestShort && (address & AddressWindow::RemoteBit) != 0;
+    return address <= LargestShort && (address & RemoteAddresses::RemoteBit) != 0;
 }
 
 std::uint16_t ReadStatus(StatusCode status) {
@@ -62,7 +62,7 @@ bool IndexBehind(const char* word, const std::string& text, unsigned& index) {
 AddressWindow::Route GevSimuDevice::RouteOf(std::uint64_t address, std::size_t size) const {
     if (address > LargestShort)
         return {Place::Camera, address}; // as it is
-    return description_.window.Find(static_cast<std::uint32_t>(address) & ~AddressWindow::RemoteBit, size);
+    return description_.window.Find(static_cast<std::uint32_t>(address) & ~RemoteAddresses::RemoteBit, size);
 }
 
 // As the owner sees them ----------------------------------------------------------------------------------
@@ -124,7 +124,7 @@ StatusCode GevSimuDevice::WriteMemory(std::uint64_t address, WireBytes bytes) {
     const AddressWindow::Route route = RouteOf(address, bytes.size);
     switch (route.place) {
     case Place::Server:
-        if (route.address == TextCommands)
+        if (route.address == RemoteAddresses::TextCommands)
             return Command(bytes);
         return WriteServerMemory(static_cast<std::uint32_t>(route.address), bytes);
     case Place::Camera:
@@ -221,7 +221,8 @@ std::uint16_t GevSimuDevice::Write(std::uint64_t address, WireBytes bytes) {
     const AddressWindow::Route route = RouteOf(address, bytes.size);
     const auto at = static_cast<std::uint32_t>(route.address);
     if (route.place == Place::Description ||
-        (route.place == Place::Server && at != TextCommands && !registers_.IsWritable(at, bytes.size)))
+        (route.place == Place::Server && at != RemoteAddresses::TextCommands &&
+         !registers_.IsWritable(at, bytes.size)))
         return AckStatus::WriteProtect;
     return WriteStatus(WriteMemory(address, bytes));
 }
