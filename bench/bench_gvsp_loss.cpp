@@ -2,7 +2,8 @@
 // the same receiver without asking for anything again, in the same run.
 //
 //   unshare -rn bench_gvsp_loss [--smoke] [--mtu M] [--rate GBIT] [--loss P] [--buffer BYTES] [--frames N]
-//                               [--burst PACKETS] [--duplicates P] [--reorder PLACES] [--resend-loss P] [--runs N]
+//                               [--burst PACKETS] [--duplicates P] [--reorder PLACES] [--resend-loss P]
+//                               [--runs N]
 //   Without --mtu, --rate, --loss or --buffer all of the table; --rate 0 is flat out, --buffer 0 forced.
 #include "CameraProcess.h"
 
